@@ -1,0 +1,37 @@
+#include "support/LoopJobs.h"
+
+#include "support/Clock.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+
+#include <utility>
+
+namespace parlivo {
+
+void LoopJobs::post(Job job) {
+    const std::lock_guard lock(mutex_);
+    jobs_.push_back(std::move(job));
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+void LoopJobs::run(const Job& job) {
+    Clock::Signal done;
+    post([&] {
+        job();
+        done.raise();
+    });
+    done.waitUninterrupted();
+}
+
+void LoopJobs::customEvent(QEvent*) {
+    Job job;
+    {
+        const std::lock_guard lock(mutex_);
+        job = std::move(jobs_.front());
+        jobs_.pop_front();
+    }
+    job();
+}
+
+}  // namespace parlivo

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QObject>
+
+#include <deque>
+#include <functional>
+#include <mutex>
+
+namespace parlivo {
+
+/// Jobs for a thread that runs a Qt event loop: the thread that this object lives on.
+///
+/// Qt could carry a job inside an event, but hands events over under locks that ThreadSanitizer cannot see.
+/// Here the job itself goes through a lock of ours, and the event only says that there is one.
+class LoopJobs : public QObject {
+  public:
+    using Job = std::function<void()>;
+
+    /// Queues a job and returns at once; jobs run in the order they came. Any thread. Jobs that wait when
+    /// this object dies are forgotten.
+    void post(Job job);
+
+    /// Runs a job there and returns once it has run. Not on the thread itself. The job must not throw.
+    void run(const Job& job);
+
+  protected:
+    void customEvent(QEvent* event) override;
+
+  private:
+    std::mutex mutex_;
+    std::deque<Job> jobs_;  // under mutex_
+};
+
+}  // namespace parlivo

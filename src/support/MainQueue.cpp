@@ -1,0 +1,69 @@
+#include "support/MainQueue.h"
+
+#include "support/Clock.h"
+
+#include <QCoreApplication>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
+#include <memory>
+#include <utility>
+
+namespace parlivo::MainQueue {
+
+namespace {
+
+Job guarded(const Lifeline::Watch& owner, Job job) {
+    return [owner, job = std::move(job)] {
+        if (!owner.expired()) job();
+    };
+}
+
+/// A job that one thread waits for. Whoever claims it first decides: the main thread runs it or the waiter
+/// abandons it.
+struct Rendezvous {
+    std::atomic<bool> claimed = false;
+    Clock::Signal done;
+};
+
+}  // namespace
+
+void async(Job job) {
+    QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(job), Qt::QueuedConnection);
+}
+
+void async(const Lifeline::Watch& owner, Job job) {
+    async(guarded(owner, std::move(job)));
+}
+
+void after(std::chrono::milliseconds delay, const Lifeline::Watch& owner, Job job) {
+    // A timer belongs to the thread that starts it, so the start itself is moved to the main thread.
+    async([delay, job = guarded(owner, std::move(job))] {
+        QTimer::singleShot(Clock::scaled(delay), Qt::PreciseTimer, QCoreApplication::instance(), job);
+    });
+}
+
+bool isCurrent() {
+    return QThread::currentThread() == QCoreApplication::instance()->thread();
+}
+
+bool sync(const Job& job) {
+    if (isCurrent()) {
+        job();
+        return true;
+    }
+    auto meeting = std::make_shared<Rendezvous>();
+    async([meeting, &job] {
+        if (meeting->claimed.exchange(true)) return;
+        job();
+        meeting->done.raise();
+    });
+    if (meeting->done.wait()) return true;
+    // Interrupted. If the main thread is already at it, it uses the caller's variables: let it finish.
+    if (!meeting->claimed.exchange(true)) return false;
+    meeting->done.waitUninterrupted();
+    return true;
+}
+
+}  // namespace parlivo::MainQueue

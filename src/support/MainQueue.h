@@ -1,0 +1,29 @@
+#pragma once
+
+#include "support/Lifeline.h"
+
+#include <chrono>
+#include <functional>
+
+/// The main thread seen as a queue. Every operation may be called from any thread and returns at once.
+namespace parlivo::MainQueue {
+
+using Job = std::function<void()>;
+
+/// Runs `job` on the main thread, after what is already queued there.
+void async(Job job);
+/// The same, unless the owner behind `owner` is gone by then.
+void async(const Lifeline::Watch& owner, Job job);
+
+/// Runs `job` on the main thread once `delay` has passed, unless the owner is gone by then.
+void after(std::chrono::milliseconds delay, const Lifeline::Watch& owner, Job job);
+
+/// Whether the caller runs on the main thread.
+bool isCurrent();
+
+/// Runs `job` on the main thread and waits for it; at once when the caller is there already. Returns false,
+/// with the job abandoned, when the program ends meanwhile: the main thread may then be waiting for the
+/// caller.
+bool sync(const Job& job);
+
+}  // namespace parlivo::MainQueue

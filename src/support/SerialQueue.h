@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QString>
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+class QThread;
+
+namespace parlivo {
+
+/// Jobs run one after the other, in the order they came, on a thread of the queue's own.
+///
+/// A job must not throw and must not wait for the main thread other than through MainQueue::sync.
+class SerialQueue {
+  public:
+    using Job = std::function<void()>;
+    enum class AtEnd {
+        DropWaiting,    ///< the destructor forgets the jobs that have not begun
+        FinishWaiting,  ///< the destructor lets them all run
+    };
+
+    explicit SerialQueue(const QString& label, AtEnd atEnd = AtEnd::DropWaiting);
+    /// Waits for the running job. Not from a job of this queue.
+    ~SerialQueue();
+    SerialQueue(const SerialQueue&) = delete;
+    SerialQueue& operator=(const SerialQueue&) = delete;
+
+    /// Queues a job and returns at once. Any thread.
+    void async(Job job);
+
+    /// Waits until every job queued before this call has run. Not from a job of this queue.
+    void waitUntilDone();
+
+  private:
+    void run();
+
+    const AtEnd atEnd_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<Job> jobs_;  // under mutex_
+    bool ending_ = false;   // under mutex_
+    std::unique_ptr<QThread> thread_;
+};
+
+}  // namespace parlivo
