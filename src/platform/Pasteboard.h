@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+
+namespace parlivo {
+
+/// The places from which a system's applications paste. macOS has the first only.
+enum class PasteboardPlace { Clipboard, PrimarySelection };
+
+/// Plain texts by place; a place without plain text is absent.
+using PasteboardTexts = QMap<PasteboardPlace, QString>;
+
+/// The general pasteboard. Any thread; blocks while the owner of the present contents is asked for them (a
+/// few seconds at most when it stalls).
+class Pasteboard {
+  public:
+    /// Who may keep a copy of what is put there.
+    enum class History {
+        Keep,  ///< clipboard managers may record it
+        Omit,  ///< marked as secret: a passing stay that no history should keep
+    };
+
+    virtual ~Pasteboard() = default;
+
+    /// The plain texts there now.
+    virtual PasteboardTexts texts() = 0;
+
+    /// Clears every place and puts `text` there as plain text.
+    virtual void setText(const QString& text, History history) = 0;
+
+    /// Puts texts back, each only into a place that still holds what we put there last.
+    virtual void restore(const PasteboardTexts& texts) = 0;
+};
+
+}  // namespace parlivo

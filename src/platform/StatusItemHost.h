@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace parlivo {
+
+/// A place on the desktop that shows status items: the menu bar, a panel's tray.
+struct StatusItemPlace {
+    /// What plain symbols are drawn in there.
+    enum class Foreground {
+        Unknown,  ///< nobody says: the applications' own text colour is the best guess
+        Dark,     ///< on a light panel
+        Light,    ///< on a dark panel
+    };
+    /// Who draws an item's menu.
+    enum class Menus {
+        DrawnByUs,     ///< an ordinary pop-up window
+        DrawnByPanel,  ///< titles travel to the panel, which reads an underscore as the mark of a shortcut
+    };
+
+    Foreground foreground = Foreground::Unknown;
+    Menus menus = Menus::DrawnByUs;
+
+    bool operator==(const StatusItemPlace&) const = default;
+};
+
+/// Knows whether there is a place for status items. It may come after the program has started, go, and come
+/// back. Main thread.
+class StatusItemHost {
+  public:
+    /// The place as it is now; nothing when there is none. A place that was replaced by another is first
+    /// reported gone.
+    using Observer = std::function<void(const std::optional<StatusItemPlace>& place)>;
+
+    virtual ~StatusItemHost() = default;
+
+    /// Calls `observer` with the place there is, now or soon, and at every change from then on. One observer
+    /// at a time; an empty one ends the watch.
+    virtual void watch(Observer observer) = 0;
+};
+
+}  // namespace parlivo

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+namespace parlivo {
+
+/// The user's settings: key -> value with its own type. Any thread; nothing is cached, so a change made by
+/// hand counts at the next read. Unknown keys survive every write.
+class UserDefaults {
+  public:
+    virtual ~UserDefaults() = default;
+
+    /// The stored value (bool, integer, double, string; a date is a string in ISO 8601, UTC), or an invalid
+    /// variant when the key was never written or the store cannot be read.
+    virtual QVariant value(const QString& key) const = 0;
+    /// Stores a value. A failure is reported by the store in the system log, never to the caller.
+    virtual void setValue(const QString& key, const QVariant& value) = 0;
+    virtual void remove(const QString& key) = 0;
+};
+
+}  // namespace parlivo

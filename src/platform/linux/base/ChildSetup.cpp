@@ -1,0 +1,19 @@
+#include "platform/linux/base/ChildSetup.h"
+
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace parlivo {
+
+std::function<void()> linuxChildSetup() {
+    return [parent = getpid()] {
+        setsid();
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        // The parent may have died before the request: then nobody would ever send the signal.
+        if (getppid() != parent) _exit(1);
+    };
+}
+
+}  // namespace parlivo

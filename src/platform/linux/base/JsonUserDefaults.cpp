@@ -1,0 +1,89 @@
+#include "platform/linux/base/JsonUserDefaults.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSettings>
+
+#include <cstdio>
+#include <utility>
+
+namespace parlivo {
+
+namespace {
+
+bool readJson(QIODevice& device, QSettings::SettingsMap& map) {
+    const QJsonDocument document = QJsonDocument::fromJson(device.readAll());
+    if (!document.isObject()) return false;
+    map = document.object().toVariantMap();
+    return true;
+}
+
+bool writeJson(QIODevice& device, const QSettings::SettingsMap& map) {
+    const QByteArray text = QJsonDocument(QJsonObject::fromVariantMap(map)).toJson();
+    return device.write(text) == text.size();
+}
+
+QSettings::Format jsonFormat() {
+    static const QSettings::Format format =
+        QSettings::registerFormat(QStringLiteral("json"), readJson, writeJson, Qt::CaseSensitive);
+    return format;
+}
+
+/// The file must be the user's alone from its first moment on, so it is made before QSettings would make it.
+void createPrivately(const QString& path) {
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.exists() &&
+        file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner)) {
+        return;
+    }
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+}
+
+}  // namespace
+
+JsonUserDefaults::JsonUserDefaults(QString file, Complaint complaint)
+    : file_(std::move(file)), complaint_(std::move(complaint)) {}
+
+QVariant JsonUserDefaults::value(const QString& key) const {
+    const std::lock_guard lock(mutex_);
+    const QSettings settings(file_, jsonFormat());
+    setAsideIfBroken(settings);
+    return settings.value(key);
+}
+
+void JsonUserDefaults::setValue(const QString& key, const QVariant& value) {
+    write([&](QSettings& settings) { settings.setValue(key, value); });
+}
+
+void JsonUserDefaults::remove(const QString& key) {
+    write([&](QSettings& settings) { settings.remove(key); });
+}
+
+void JsonUserDefaults::write(const std::function<void(QSettings&)>& change) const {
+    const std::lock_guard lock(mutex_);
+    {
+        const QSettings settings(file_, jsonFormat());
+        setAsideIfBroken(settings);
+    }
+    createPrivately(file_);
+    QSettings settings(file_, jsonFormat());
+    change(settings);
+    settings.sync();
+    if (settings.status() != QSettings::NoError) {
+        complaint_(QStringLiteral("impostazioni non salvate: ") + file_);
+    }
+}
+
+void JsonUserDefaults::setAsideIfBroken(const QSettings& settings) const {
+    if (settings.status() != QSettings::FormatError) return;
+    const QString aside = file_ + QStringLiteral(".broken");
+    // rename(2) replaces an earlier broken file in one step; QFile::rename would refuse to.
+    std::rename(QFile::encodeName(file_).constData(), QFile::encodeName(aside).constData());
+    complaint_(QStringLiteral("impostazioni illeggibili, messe da parte in ") + aside);
+}
+
+}  // namespace parlivo

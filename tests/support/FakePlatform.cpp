@@ -1,0 +1,299 @@
+#include "support/FakePlatform.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <span>
+#include <utility>
+
+namespace parlivo::fake {
+
+class Capture : public AudioCapture {
+  public:
+    explicit Capture(AudioInput& input) : input_(input) {}
+    ~Capture() override { finish(); }
+    Capture(const Capture&) = delete;
+    Capture& operator=(const Capture&) = delete;
+
+    AudioFormat format() const override { return input_.format; }
+
+    void start(Tap tap, Interruption interruption) override {
+        if (input_.startError) throw Error(*input_.startError);
+        tap_ = std::move(tap);
+        interruption_ = std::move(interruption);
+        input_.current_ = this;
+        ++input_.running;
+    }
+
+    void stop(Clock::TimePoint end) override {
+        input_.stoppedAt = end;
+        if (!input_.tail.empty()) deliver(input_.tail);
+        finish();
+    }
+
+    void deliver(const std::vector<float>& samples) const {
+        const auto channels = static_cast<std::size_t>(input_.format.channels);
+        const std::size_t frames = samples.size() / channels;
+        for (std::size_t at = 0; at < frames; at += blockFrames) {
+            const std::size_t count = std::min(blockFrames, frames - at);
+            tap_(std::span(samples).subspan(at * channels, count * channels), count);
+        }
+    }
+
+    void interrupt() {
+        const Interruption interruption = std::move(interruption_);
+        finish();
+        interruption();
+    }
+
+  private:
+    void finish() {
+        if (input_.current_ != this) return;
+        input_.current_ = nullptr;
+        --input_.running;
+    }
+
+    AudioInput& input_;
+    Tap tap_;
+    Interruption interruption_;
+};
+
+std::unique_ptr<AudioCapture> AudioInput::open() {
+    ++opened;
+    if (real) return real->open();
+    if (!present) return nullptr;
+    return std::make_unique<Capture>(*this);
+}
+
+bool AudioInput::speak(const std::vector<float>& interleaved) {
+    if (!current_) return false;
+    current_->deliver(interleaved);
+    return true;
+}
+
+bool AudioInput::interrupt() {
+    if (!current_) return false;
+    current_->interrupt();
+    return true;
+}
+
+std::optional<QString> Bundle::resource(const QString& name) const {
+    const auto found = resources.find(name);
+    if (found == resources.end()) return std::nullopt;
+    return found->second;
+}
+
+QString Directories::root() {
+    static const QTemporaryDir dir;
+    return dir.path();
+}
+
+namespace {
+
+template <typename Port>
+class AtEnd : public Port {
+  public:
+    explicit AtEnd(std::function<void()> job) : job_(std::move(job)) {}
+    ~AtEnd() override { job_(); }
+    AtEnd(const AtEnd&) = delete;
+    AtEnd& operator=(const AtEnd&) = delete;
+
+  private:
+    std::function<void()> job_;
+};
+
+class Source : public KeyEventSource {
+  public:
+    explicit Source(Keyboard& keyboard) : keyboard_(keyboard) {
+        ++keyboard_.sourcesMade;
+        ++keyboard_.sourcesAlive;
+    }
+    ~Source() override { --keyboard_.sourcesAlive; }
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    void postKey(KeyCode key, KeyFlags flags) override {
+        keyboard_.record(QStringLiteral("key %1 %2").arg(key).arg(flags));
+    }
+    void postCharacter(QStringView character) override {
+        keyboard_.record(QStringLiteral("«%1»").arg(character));
+    }
+
+  private:
+    Keyboard& keyboard_;
+};
+
+}  // namespace
+
+std::unique_ptr<HotKeyHandler> HotKeys::installHandler(Edge pressedEdge, Edge releasedEdge) {
+    calls.append(QStringLiteral("install"));
+    pressed = std::move(pressedEdge);
+    released = std::move(releasedEdge);
+    return std::make_unique<AtEnd<HotKeyHandler>>([this] { calls.append(QStringLiteral("remove")); });
+}
+
+HotKeys::Result HotKeys::registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) {
+    calls.append(QStringLiteral("register %1 %2").arg(key).arg(modifiers));
+    if (refuseWith != 0) return HotKeyRefusal{refuseWith};
+    registered.push_back({key, modifiers, identity});
+    return std::make_unique<AtEnd<HotKeyRegistration>>([this] {
+        calls.append(QStringLiteral("unregister"));
+        registered.erase(registered.begin());
+    });
+}
+
+void HotKeys::press() const {
+    if (!registered.empty()) pressed();
+}
+
+void HotKeys::release() const {
+    if (!registered.empty()) released();
+}
+
+std::unique_ptr<KeyEventSource> Keyboard::makeSource(QStringView) {
+    if (!canType) return nullptr;
+    return std::make_unique<Source>(*this);
+}
+
+std::unique_ptr<KeyEventSource> Keyboard::makeShortcutSource() {
+    if (!canSendShortcuts) return nullptr;
+    return std::make_unique<Source>(*this);
+}
+
+void Keyboard::record(const QString& stroke) {
+    const std::lock_guard lock(mutex_);
+    strokes_.append(stroke);
+}
+
+QStringList Keyboard::strokes() const {
+    const std::lock_guard lock(mutex_);
+    return strokes_;
+}
+
+QString Keyboard::typed() const {
+    QString text;
+    const QStringList all = strokes();
+    for (const QString& stroke : all) {
+        if (stroke == QLatin1String("key 36 0")) {
+            text += QLatin1Char('\n');
+        } else if (stroke == QLatin1String("key 48 0")) {
+            text += QLatin1Char('\t');
+        } else if (stroke.startsWith(QChar(u'«'))) {
+            text += QStringView(stroke).sliced(1).chopped(1);
+        }
+    }
+    return text;
+}
+
+PasteboardTexts Pasteboard::texts() {
+    const std::lock_guard lock(mutex_);
+    return contents_;
+}
+
+void Pasteboard::setText(const QString& text, History history) {
+    const std::lock_guard lock(mutex_);
+    contents_ = {{PasteboardPlace::Clipboard, text}, {PasteboardPlace::PrimarySelection, text}};
+    ours_ = true;
+    sets_.push_back({text, history});
+}
+
+void Pasteboard::restore(const PasteboardTexts& texts) {
+    const std::lock_guard lock(mutex_);
+    ++restores_;
+    if (!ours_) return;
+    for (auto entry = texts.begin(); entry != texts.end(); ++entry) contents_[entry.key()] = entry.value();
+}
+
+void Pasteboard::takenOver(const PasteboardTexts& texts) {
+    const std::lock_guard lock(mutex_);
+    contents_ = texts;
+    ours_ = false;
+}
+
+std::vector<Pasteboard::Set> Pasteboard::sets() const {
+    const std::lock_guard lock(mutex_);
+    return sets_;
+}
+
+int Pasteboard::restores() const {
+    const std::lock_guard lock(mutex_);
+    return restores_;
+}
+
+void Permissions::requestMicrophone(Answer answer) {
+    ++microphoneRequests;
+    answer(microphoneStatus == MicrophoneStatus::Authorised);
+}
+
+bool Permissions::accessibilityTrusted(Prompt prompt) {
+    if (prompt == Prompt::Yes) ++prompts;
+    return trusted;
+}
+
+RemoteControl::Delivery RemoteControl::send(RemoteCommand command) {
+    sent.push_back(command);
+    return Delivery::Done;
+}
+
+void StatusItems::watch(Observer newObserver) {
+    observer = std::move(newObserver);
+    if (observer) observer(place);
+}
+
+void StatusItems::report(const std::optional<StatusItemPlace>& newPlace) {
+    place = newPlace;
+    if (observer) observer(place);
+}
+
+void SystemLog::write(const QString& message) {
+    const std::lock_guard lock(mutex_);
+    lines_.append(message);
+}
+
+QStringList SystemLog::lines() const {
+    const std::lock_guard lock(mutex_);
+    return lines_;
+}
+
+QVariant UserDefaults::value(const QString& key) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = values_.find(key);
+    return found == values_.end() ? QVariant() : found->second;
+}
+
+void UserDefaults::setValue(const QString& key, const QVariant& value) {
+    const std::lock_guard lock(mutex_);
+    values_[key] = value;
+}
+
+void UserDefaults::remove(const QString& key) {
+    const std::lock_guard lock(mutex_);
+    values_.erase(key);
+}
+
+void WavConverter::convert(const QString& source, const QString& destination) {
+    if (real) return real->convert(source, destination);
+    converted.append(source);
+    if (error) throw Error(*error);
+    QFile wav(destination);
+    if (!wav.open(QIODevice::WriteOnly)) throw Error::system(EIO, destination);
+    wav.write("RIFF");
+}
+
+}  // namespace parlivo::fake
+
+namespace parlivo {
+
+FakePlatform& FakePlatform::install() {
+    auto platform = std::make_unique<FakePlatform>();
+    FakePlatform& installed = *platform;
+    Platform::install(std::move(platform));
+    return installed;
+}
+
+void FakePlatform::uninstall() {
+    Platform::install(nullptr);
+}
+
+}  // namespace parlivo

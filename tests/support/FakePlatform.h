@@ -1,0 +1,309 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "support/Error.h"
+
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QUrl>
+
+#include <atomic>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <variant>
+#include <vector>
+
+/// A platform that records what it was asked and plays back what a test scripts. Every member is open to the
+/// test; what the pipeline thread touches has a lock of its own.
+namespace parlivo::fake {
+
+/// One capture; the test speaks into it through FakeAudioInput.
+class Capture;
+
+class AudioInput : public parlivo::AudioInput {
+  public:
+    std::unique_ptr<AudioCapture> open() override;
+
+    /// Asked instead, if set: a real microphone on an otherwise fake system.
+    parlivo::AudioInput* real = nullptr;
+    bool present = true;
+    AudioFormat format{48'000, 1};
+    /// What start() throws, if anything.
+    std::optional<Error> startError;
+    /// What the source delivers in the moment it is stopped, that is between key-up and the end of the tail.
+    std::vector<float> tail;
+
+    /// Speaks into the running capture, block by block as the port promises. False when none runs.
+    bool speak(const std::vector<float>& interleaved);
+    /// The source goes away.
+    bool interrupt();
+    int opened = 0;
+    int running = 0;
+    std::optional<Clock::TimePoint> stoppedAt;
+
+  private:
+    friend class Capture;
+    Capture* current_ = nullptr;
+};
+
+class Bundle : public parlivo::Bundle {
+  public:
+    QString location() const override { return place; }
+    std::optional<QString> resource(const QString& name) const override;
+    std::optional<QString> shortVersion() const override { return version; }
+
+    QString place;
+    std::map<QString, QString> resources;
+    std::optional<QString> version = QStringLiteral("1.2.3");
+};
+
+/// Everything lies in one temporary folder a process, since some places are computed once a process.
+class Directories : public parlivo::Directories {
+  public:
+    QString applicationSupport() const override { return root() + QStringLiteral("/support"); }
+    QString logs() const override { return root() + QStringLiteral("/logs"); }
+    QString home() const override { return root() + QStringLiteral("/home"); }
+    QString temporary() const override { return temporaryDir.path(); }
+    static QString root();
+
+    /// Fresh for each test.
+    QTemporaryDir temporaryDir;
+};
+
+class HotKeys : public parlivo::HotKeyService {
+  public:
+    struct Registered {
+        KeyCode key = 0;
+        HotKeyModifiers modifiers = 0;
+        HotKeyIdentity identity;
+    };
+
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge) override;
+    Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+
+    void press() const;
+    void release() const;
+
+    /// The status of the next registrations; 0 accepts.
+    int refuseWith = 0;
+    std::vector<Registered> registered;  ///< those in force
+    QStringList calls;                   ///< "install", "register 49 2048", "unregister", "remove"
+    Edge pressed;
+    Edge released;
+};
+
+/// Key strokes as a list of words: "return", "tab", "key 9 1048576", or the character in angle quotes.
+class Keyboard : public parlivo::KeyboardSynthesizer {
+  public:
+    void prepare() override { ++prepared; }
+    std::unique_ptr<KeyEventSource> makeSource(QStringView text) override;
+    std::unique_ptr<KeyEventSource> makeShortcutSource() override;
+
+    void record(const QString& stroke);
+    QStringList strokes() const;
+    /// All characters typed, line ends and tabs included.
+    QString typed() const;
+
+    std::atomic<bool> canType = true;
+    std::atomic<bool> canSendShortcuts = true;
+    std::atomic<int> prepared = 0;
+    std::atomic<int> sourcesMade = 0;
+    std::atomic<int> sourcesAlive = 0;
+
+  private:
+    mutable std::mutex mutex_;
+    QStringList strokes_;  // under mutex_
+};
+
+/// Does what it is told until a test makes it refuse.
+class LoginItem : public parlivo::LoginItem {
+  public:
+    bool isEnabled() override { return enabled; }
+    void setEnabled(bool wanted) override {
+        calls.append(wanted ? QStringLiteral("register") : QStringLiteral("unregister"));
+        if (error) throw Error(*error);
+        enabled = wanted;
+    }
+
+    bool enabled = false;
+    std::optional<Error> error;
+    QStringList calls;
+};
+
+class Pasteboard : public parlivo::Pasteboard {
+  public:
+    PasteboardTexts texts() override;
+    void setText(const QString& text, History history) override;
+    void restore(const PasteboardTexts& texts) override;
+
+    /// What the user (or another program) put there.
+    void takenOver(const PasteboardTexts& texts);
+
+    struct Set {
+        QString text;
+        History history;
+    };
+    std::vector<Set> sets() const;
+    int restores() const;
+
+  private:
+    mutable std::mutex mutex_;
+    PasteboardTexts contents_;  // under mutex_
+    bool ours_ = false;         // under mutex_
+    std::vector<Set> sets_;     // under mutex_
+    int restores_ = 0;          // under mutex_
+};
+
+class Permissions : public parlivo::Permissions {
+  public:
+    MicrophoneStatus microphone() override { return microphoneStatus; }
+    void requestMicrophone(Answer answer) override;
+    bool accessibilityTrusted(Prompt prompt) override;
+
+    MicrophoneStatus microphoneStatus = MicrophoneStatus::Authorised;
+    std::atomic<bool> trusted = true;
+    std::atomic<int> prompts = 0;
+    int microphoneRequests = 0;
+};
+
+class RemoteControl : public parlivo::RemoteControl {
+  public:
+    Claim claim() override { return answer; }
+    void serve(RemoteTarget served) override { target = std::move(served); }
+    void announceState(const QString& state) override { announced.append(state); }
+    Delivery send(RemoteCommand command) override;
+
+    Claim answer = Claim::Only;
+    RemoteTarget target;
+    QStringList announced;
+    std::vector<RemoteCommand> sent;
+};
+
+class Screens : public parlivo::Screens {
+  public:
+    std::optional<QRect> mainVisibleFrame() override { return visibleFrame; }
+    bool transparencyAvailable() override { return transparency; }
+
+    std::optional<QRect> visibleFrame = QRect(0, 0, 1280, 800);
+    bool transparency = true;
+};
+
+class Sounds : public parlivo::Sounds {
+  public:
+    void play(const QString& name) override { played.append(name); }
+    QStringList played;
+};
+
+/// No place at first; the test opens and closes it.
+class StatusItems : public parlivo::StatusItemHost {
+  public:
+    void watch(Observer newObserver) override;
+    void report(const std::optional<StatusItemPlace>& newPlace);
+
+    std::optional<StatusItemPlace> place;
+    Observer observer;
+};
+
+class SystemLog : public parlivo::SystemLog {
+  public:
+    void write(const QString& message) override;
+    QStringList lines() const;
+
+  private:
+    mutable std::mutex mutex_;
+    QStringList lines_;  // under mutex_
+};
+
+class SystemVersion : public parlivo::SystemVersion {
+  public:
+    QString description() override { return QStringLiteral("Version 14.5 (Build 23F79)"); }
+};
+
+class UserDefaults : public parlivo::UserDefaults {
+  public:
+    QVariant value(const QString& key) const override;
+    void setValue(const QString& key, const QVariant& value) override;
+    void remove(const QString& key) override;
+
+  private:
+    mutable std::mutex mutex_;
+    std::map<QString, QVariant> values_;  // under mutex_
+};
+
+/// Writes a small WAV, or fails as told.
+class WavConverter : public parlivo::WavConverter {
+  public:
+    void convert(const QString& source, const QString& destination) override;
+
+    /// Asked instead, if set.
+    parlivo::WavConverter* real = nullptr;
+    std::optional<Error> error;
+    QStringList converted;
+};
+
+class Workspace : public parlivo::Workspace {
+  public:
+    void open(const QUrl& url) override { opened.append(url.toString()); }
+    void openPrivacyPane(PrivacyPane pane) override { panes.push_back(pane); }
+
+    QStringList opened;
+    std::vector<PrivacyPane> panes;
+};
+
+}  // namespace parlivo::fake
+
+namespace parlivo {
+
+class FakePlatform : public Platform {
+  public:
+    /// Installs a fresh fake and returns it; it is in force until the next one or `uninstall`.
+    static FakePlatform& install();
+    static void uninstall();
+
+    fake::AudioInput& audioInput() override { return audioInput_; }
+    fake::Bundle& bundle() override { return bundle_; }
+    fake::Directories& directories() override { return directories_; }
+    fake::HotKeys& hotKeys() override { return hotKeys_; }
+    fake::Keyboard& keyboard() override { return keyboard_; }
+    fake::LoginItem& loginItem() override { return loginItem_; }
+    fake::Pasteboard& pasteboard() override { return pasteboard_; }
+    fake::Permissions& permissions() override { return permissions_; }
+    fake::RemoteControl& remoteControl() override { return remoteControl_; }
+    fake::Screens& screens() override { return screens_; }
+    fake::Sounds& sounds() override { return sounds_; }
+    fake::StatusItems& statusItems() override { return statusItems_; }
+    fake::SystemLog& systemLog() override { return systemLog_; }
+    fake::SystemVersion& systemVersion() override { return systemVersion_; }
+    fake::UserDefaults& userDefaults() override { return userDefaults_; }
+    fake::WavConverter& wavConverter() override { return wavConverter_; }
+    fake::Workspace& workspace() override { return workspace_; }
+    std::optional<QString> startProblem() override { return std::nullopt; }
+    std::function<void()> childSetup() override { return {}; }
+    void onTerminationRequest(std::function<void()> requested) override {
+        terminationRequested = std::move(requested);
+    }
+
+    std::function<void()> terminationRequested;
+
+  private:
+    fake::AudioInput audioInput_;
+    fake::Bundle bundle_;
+    fake::Directories directories_;
+    fake::HotKeys hotKeys_;
+    fake::Keyboard keyboard_;
+    fake::LoginItem loginItem_;
+    fake::Pasteboard pasteboard_;
+    fake::Permissions permissions_;
+    fake::RemoteControl remoteControl_;
+    fake::Screens screens_;
+    fake::Sounds sounds_;
+    fake::StatusItems statusItems_;
+    fake::SystemLog systemLog_;
+    fake::SystemVersion systemVersion_;
+    fake::UserDefaults userDefaults_;
+    fake::WavConverter wavConverter_;
+    fake::Workspace workspace_;
+};
+
+}  // namespace parlivo

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <sys/resource.h>
+
+#include <csignal>
+
+namespace parlivo {
+
+/// A disk that is full, for this process and as long as this lives: no file grows beyond so many bytes.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limited{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, signal_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  private:
+    using Handler = void (*)(int);
+    const Handler signal_;  // otherwise the system ends a process that goes beyond
+    rlimit before_{};
+};
+
+}  // namespace parlivo

@@ -1,0 +1,243 @@
+#include "platform/linux/base/JsonUserDefaults.h"
+#include "platform/linux/base/LinuxBundle.h"
+#include "platform/linux/base/XdgDirectories.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+#include <thread>
+
+namespace parlivo {
+namespace {
+
+class JsonUserDefaultsTest : public testing::Test {
+  protected:
+    QString file() const { return dir.path() + QStringLiteral("/Parlivo/Parlivo.json"); }
+    JsonUserDefaults store() {
+        return {file(), [this](const QString& complaint) { complaints.append(complaint); }};
+    }
+    void write(const QByteArray& text) const {
+        QDir().mkpath(QFileInfo(file()).path());
+        QFile out(file());
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        ASSERT_EQ(out.write(text), text.size());
+    }
+    QByteArray read(const QString& path) const {
+        QFile in(path);
+        return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+    }
+
+    QTemporaryDir dir;
+    QStringList complaints;
+};
+
+const QString key = QStringLiteral("chiave");
+
+TEST_F(JsonUserDefaultsTest, KeepsEachTypeAcrossProcesses) {
+    auto first = store();
+    const QVariantMap values = {
+        {QStringLiteral("testo"), QStringLiteral("perché «no» 👍")},
+        {QStringLiteral("vero"), true},
+        {QStringLiteral("intero"), std::numeric_limits<qint64>::max()},
+        {QStringLiteral("virgola"), 0.25},
+    };
+    for (auto value = values.begin(); value != values.end(); ++value)
+        first.setValue(value.key(), value.value());
+    const auto second = store();
+    for (auto value = values.begin(); value != values.end(); ++value) {
+        EXPECT_EQ(second.value(value.key()), value.value()) << value.key().toStdString();
+        EXPECT_EQ(second.value(value.key()).typeId(), value.value().typeId());
+    }
+    EXPECT_FALSE(second.value(QStringLiteral("mai scritta")).isValid());
+    EXPECT_TRUE(complaints.isEmpty());
+}
+
+TEST_F(JsonUserDefaultsTest, IsPlainJsonForTheUsersEyesOnly) {
+    store().setValue(key, QStringLiteral("v"));
+    EXPECT_EQ(QJsonDocument::fromJson(read(file())).object().value(key).toString(), QStringLiteral("v"));
+    EXPECT_EQ(QFileInfo(file()).permissions() & QFile::Permissions(0x0077), QFile::Permissions());
+}
+
+TEST_F(JsonUserDefaultsTest, AFileThatOthersCouldReadIsClosedToThem) {
+    write("{}");
+    QFile::setPermissions(file(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+    store().setValue(key, 1);
+    EXPECT_EQ(QFileInfo(file()).permissions() & QFile::Permissions(0x0077), QFile::Permissions());
+}
+
+TEST_F(JsonUserDefaultsTest, AChangeMadeByHandCountsAtTheNextRead) {
+    auto defaults = store();
+    defaults.setValue(key, QStringLiteral("prima"));
+    ASSERT_EQ(defaults.value(key).toString(), QStringLiteral("prima"));
+    write(R"({"chiave": "scritto a mano", "altra": [1, {"x": null}]})");
+    EXPECT_EQ(defaults.value(key).toString(), QStringLiteral("scritto a mano"));
+    defaults.setValue(key, QStringLiteral("dopo"));
+    const QJsonObject object = QJsonDocument::fromJson(read(file())).object();
+    EXPECT_EQ(object.value(key).toString(), QStringLiteral("dopo"));
+    EXPECT_EQ(QJsonDocument(object.value(QStringLiteral("altra")).toArray()).toJson(QJsonDocument::Compact),
+              QByteArray(R"([1,{"x":null}])"))
+        << "unknown keys survive";
+}
+
+TEST_F(JsonUserDefaultsTest, ARemovedKeyIsAbsent) {
+    auto defaults = store();
+    defaults.setValue(key, 1);
+    defaults.remove(key);
+    EXPECT_FALSE(defaults.value(key).isValid());
+}
+
+TEST_F(JsonUserDefaultsTest, WhatIsNoJsonObjectIsKeptAside) {
+    for (const char* broken :
+         {"not json", "[1,2]", "\"x\"", "{\"chiave\": ", "{\"chiave\": \"\xff\xfe\"}", "\x01\x02"}) {
+        write(broken);
+        auto defaults = store();
+        EXPECT_FALSE(defaults.value(key).isValid()) << broken;
+        EXPECT_EQ(read(file() + QStringLiteral(".broken")), QByteArray(broken));
+        EXPECT_FALSE(QFile::exists(file()));
+        defaults.setValue(key, QStringLiteral("di nuovo"));
+        EXPECT_EQ(store().value(key).toString(), QStringLiteral("di nuovo"));
+    }
+}
+
+TEST_F(JsonUserDefaultsTest, ABrokenFileIsNotOverwrittenByAWriteBeforeAnyRead) {
+    write("prezioso ma rotto");
+    store().setValue(key, 1);
+    EXPECT_EQ(read(file() + QStringLiteral(".broken")), QByteArray("prezioso ma rotto"));
+    EXPECT_EQ(store().value(key).toInt(), 1);
+}
+
+TEST_F(JsonUserDefaultsTest, AnEmptyFileMeansNothingStored) {
+    write("");
+    auto defaults = store();
+    EXPECT_FALSE(defaults.value(key).isValid());
+    EXPECT_FALSE(QFile::exists(file() + QStringLiteral(".broken")));
+    defaults.setValue(key, 5);
+    EXPECT_EQ(store().value(key).toInt(), 5);
+}
+
+TEST_F(JsonUserDefaultsTest, AStoreThatCannotBeWrittenComplainsAndReadsOn) {
+    // A file where the folder should be: not even root can write below it.
+    QFile obstacle(dir.path() + QStringLiteral("/Parlivo"));
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
+    auto defaults = store();
+    defaults.setValue(key, 1);
+    EXPECT_FALSE(defaults.value(key).isValid());
+    EXPECT_EQ(complaints.size(), 1);
+}
+
+TEST_F(JsonUserDefaultsTest, RandomDamageNeverCrashesAndNeverLosesTheFile) {
+    const QByteArray whole = R"({"chiave": "valore", "n": 12, "b": [true, null, {"x": 1.5}]})";
+    std::mt19937 random(11);
+    for (int round = 0; round < 300; ++round) {
+        QByteArray damaged = whole;
+        for (int i = 0; i < 3; ++i) {
+            damaged[static_cast<qsizetype>(random() % static_cast<unsigned>(damaged.size()))] =
+                static_cast<char>(random() % 256);
+        }
+        QFile::remove(file() + QStringLiteral(".broken"));
+        write(damaged);
+        (void)store().value(key);
+        const bool kept = read(file()) == damaged || read(file() + QStringLiteral(".broken")) == damaged;
+        ASSERT_TRUE(kept) << damaged.toStdString();
+    }
+}
+
+TEST_F(JsonUserDefaultsTest, ThreadsReadAndWriteTogether) {
+    auto defaults = store();
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&defaults, t] {
+            for (int i = 0; i < 25; ++i) {
+                defaults.setValue(QStringLiteral("k%1").arg(t), i);
+                (void)defaults.value(QStringLiteral("k%1").arg((t + 1) % 4));
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    for (int t = 0; t < 4; ++t) EXPECT_EQ(defaults.value(QStringLiteral("k%1").arg(t)).toInt(), 24);
+}
+
+/// Sets or unsets an environment variable until the end of the scope.
+class Variable {
+  public:
+    Variable(const char* name, const char* value)
+        : name_(name), before_(qgetenv(name)), was_(qEnvironmentVariableIsSet(name)) {
+        value ? qputenv(name, value) : qunsetenv(name);
+    }
+    ~Variable() { was_ ? qputenv(name_, before_) : qunsetenv(name_); }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+  private:
+    const char* name_;
+    QByteArray before_;
+    bool was_;
+};
+
+TEST(XdgDirectoriesTest, FollowsTheVariablesElseTheirDefaults) {
+    const Variable home("HOME", "/casa/ada");
+    const XdgDirectories places;
+    {
+        const Variable data("XDG_DATA_HOME", nullptr);
+        const Variable state("XDG_STATE_HOME", nullptr);
+        const Variable config("XDG_CONFIG_HOME", nullptr);
+        EXPECT_EQ(places.applicationSupport(), QStringLiteral("/casa/ada/.local/share"));
+        EXPECT_EQ(places.logs(), QStringLiteral("/casa/ada/.local/state/Parlivo"));
+        EXPECT_EQ(XdgDirectories::configuration(), QStringLiteral("/casa/ada/.config/Parlivo"));
+    }
+    const Variable data("XDG_DATA_HOME", "/dati");
+    EXPECT_EQ(places.applicationSupport(), QStringLiteral("/dati"));
+    const Variable relative("XDG_STATE_HOME", "relativo/non/vale");
+    EXPECT_EQ(places.logs(), QStringLiteral("/casa/ada/.local/state/Parlivo"));
+}
+
+TEST(XdgDirectoriesTest, WithoutHomeTheUserDatabaseSays) {
+    for (const char* value : {static_cast<const char*>(nullptr), "", "relativa"}) {
+        const Variable home("HOME", value);
+        const QString path = XdgDirectories().home();
+        EXPECT_TRUE(QDir::isAbsolutePath(path));
+        EXPECT_NE(path, QStringLiteral("/"));
+    }
+}
+
+TEST(LinuxBundleTest, ReadsTheVersionOfAPropertyList) {
+    const QString version = QStringLiteral("CFBundleShortVersionString");
+    const auto list = [](const char* body) {
+        return QByteArray("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>") + body + "</dict></plist>";
+    };
+    EXPECT_EQ(propertyListString(list("<key>a</key><array><string>x</string></array>"
+                                      "<key>CFBundleShortVersionString</key><string>1.4.2</string>"),
+                                 version),
+              QStringLiteral("1.4.2"));
+    EXPECT_EQ(propertyListString(list("<key>CFBundleShortVersionString</key><integer>1</integer>"), version),
+              std::nullopt);
+    EXPECT_EQ(propertyListString(list("<key>a</key><string>CFBundleShortVersionString</string>"), version),
+              std::nullopt);
+    EXPECT_EQ(propertyListString(list("<key>CFBundleShortVersionString</key>"), version), std::nullopt);
+    EXPECT_EQ(propertyListString("<plist><dict><key>CFBundleShortVersionString</key><string>1.", version),
+              std::nullopt);
+    EXPECT_EQ(propertyListString("", version), std::nullopt);
+    EXPECT_EQ(propertyListString("bplist00\x01\x02", version), std::nullopt);
+}
+
+TEST(LinuxBundleTest, FindsResourcesInItsOwnFolder) {
+    const QTemporaryDir dir;
+    const QString contents = dir.path() + QStringLiteral("/Parlivo.app/Contents");
+    QDir().mkpath(contents + QStringLiteral("/Resources/sounds"));
+    const LinuxBundle bundle(dir.path() + QStringLiteral("/Parlivo.app"));
+    EXPECT_EQ(bundle.resource(QStringLiteral("sounds")), contents + QStringLiteral("/Resources/sounds"));
+    EXPECT_EQ(bundle.resource(QStringLiteral("ggml-model.bin")), std::nullopt);
+    EXPECT_EQ(bundle.shortVersion(), std::nullopt);
+}
+
+}  // namespace
+}  // namespace parlivo
