@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+#include <vector>
+
+/// The fixed list of model files that can be downloaded and used. Any thread.
+namespace parlivo::ModelCatalog {
+
+/// One tier.
+struct Entry {
+    QString id;
+    QString label;
+    /// One line for the user; its sizes are for display only.
+    QString detail;
+    /// Below the models folder; empty for the tier that needs no file.
+    QString fileName;
+    QUrl url;
+    /// Exact size of the complete file in bytes; 0 = unknown or no file.
+    qint64 expectedSize = 0;
+};
+
+/// Speech recognition: "fast", "best".
+const std::vector<Entry>& asrTiers();
+/// Text cleanup: "none", "light", "full".
+const std::vector<Entry>& cleanupTiers();
+
+/// The tier of this id; an unknown one means the recommended recogniser, "best".
+const Entry& asrTier(const QString& id);
+/// The tier of this id; an unknown one means no cleanup, "none".
+const Entry& cleanupTier(const QString& id);
+
+/// Whether the entry's file is in the models folder and complete. Size is looked at on each call: half a
+/// model taken for a whole one would block a user for good.
+bool isDownloaded(const Entry& entry);
+
+}  // namespace parlivo::ModelCatalog

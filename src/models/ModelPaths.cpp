@@ -1,0 +1,43 @@
+#include "models/ModelPaths.h"
+
+#include "models/ModelCatalog.h"
+#include "platform/Platform.h"
+#include "settings/Config.h"
+
+#include <QFileInfo>
+
+namespace parlivo::Config {
+
+namespace {
+
+const QString bundledModel = QStringLiteral("ggml-model.bin");
+const QString developersModel = QStringLiteral("Projects/Parlivo/models/ggml-large-v3-turbo-q8_0.bin");
+
+const ModelCatalog::Entry& chosenRecogniser() {
+    return ModelCatalog::asrTier(string(Key::asrTier, QStringLiteral("best")));
+}
+
+QString inModelsDir(const ModelCatalog::Entry& entry) {
+    return modelsDir() + QLatin1Char('/') + entry.fileName;
+}
+
+}  // namespace
+
+QString whisperModel() {
+    const ModelCatalog::Entry& entry = chosenRecogniser();
+    return ModelCatalog::isDownloaded(entry) ? inModelsDir(entry)
+                                             : resourceOrHome(bundledModel, developersModel);
+}
+
+std::optional<QString> llamaModel() {
+    const ModelCatalog::Entry& entry =
+        ModelCatalog::cleanupTier(string(Key::cleanupTier, QStringLiteral("none")));
+    if (entry.id == QLatin1String("none")) return std::nullopt;
+    return inModelsDir(entry);
+}
+
+bool hasUsableModel() {
+    return ModelCatalog::isDownloaded(chosenRecogniser()) || QFileInfo::exists(whisperModel());
+}
+
+}  // namespace parlivo::Config

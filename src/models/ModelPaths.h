@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+/// The part of Config that resolves the chosen tiers to files. Recomputed on each call. Any thread.
+namespace parlivo::Config {
+
+/// The recognition model: the chosen tier's file when it is complete, else the bundle's own, else the
+/// developer's.
+QString whisperModel();
+
+/// The built-in cleanup model of the chosen tier, present or not; nothing for the tier without one.
+std::optional<QString> llamaModel();
+
+/// Whether dictation has a recognition model to work with.
+bool hasUsableModel();
+
+}  // namespace parlivo::Config
