@@ -1,0 +1,52 @@
+#include "audio/CaptureFile.h"
+
+#include "support/Error.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <sndfile.h>
+
+#include <cerrno>
+
+namespace parlivo {
+
+namespace {
+
+int createPrivateFile(const QString& path) {
+    const int descriptor =
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (descriptor < 0) throw Error::system(errno, path);
+    return descriptor;
+}
+
+SF_INFO describe(const AudioFormat& format) {
+    SF_INFO info{};
+    info.samplerate = static_cast<int>(format.sampleRate);
+    info.channels = format.channels;
+    info.format = SF_FORMAT_CAF | SF_FORMAT_FLOAT | SF_ENDIAN_CPU;
+    return info;
+}
+
+}  // namespace
+
+CaptureFile::CaptureFile(const QString& path, const AudioFormat& format) {
+    SF_INFO info = describe(format);
+    file_.reset(sf_open_fd(createPrivateFile(path), SFM_WRITE, &info, SF_TRUE));
+    if (!file_) {
+        QFile::remove(path);
+        throw Error(QStringLiteral("libsndfile"), sf_error(nullptr), QString::fromUtf8(sf_strerror(nullptr)));
+    }
+    // Otherwise every block would be searched for its loudest sample, for a chunk that nobody reads.
+    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+}
+
+void CaptureFile::append(std::span<const float> samples, std::size_t frames) noexcept {
+    sf_writef_float(file_.get(), samples.data(), static_cast<sf_count_t>(frames));
+}
+
+void CaptureFile::Close::operator()(sf_private_tag* file) const {
+    sf_close(file);
+}
+
+}  // namespace parlivo

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/AudioInput.h"
+
+#include <QString>
+
+#include <cstddef>
+#include <memory>
+#include <span>
+
+struct sf_private_tag;
+
+namespace parlivo {
+
+/// A recording on disk: Core Audio Format, 32-bit float, written as it comes. Only the user can read it (mode
+/// 0600). Closed by its end; never deleted by it.
+class CaptureFile {
+  public:
+    /// Creates the file. Throws Error with the system's text when it cannot; a file that was there stays
+    /// untouched.
+    CaptureFile(const QString& path, const AudioFormat& format);
+
+    /// Appends interleaved frames, without allocating. An error of the disk is ignored: what has been written
+    /// remains usable.
+    void append(std::span<const float> samples, std::size_t frames) noexcept;
+
+  private:
+    struct Close {
+        void operator()(sf_private_tag* file) const;
+    };
+    std::unique_ptr<sf_private_tag, Close> file_;
+};
+
+}  // namespace parlivo

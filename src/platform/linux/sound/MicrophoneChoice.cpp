@@ -1,0 +1,35 @@
+#include "platform/linux/sound/MicrophoneChoice.h"
+
+#include <algorithm>
+
+namespace parlivo {
+
+namespace {
+
+bool isLiveMicrophone(const SoundSource& source) {
+    return !source.isMonitor() && source.pluggedIn;
+}
+
+bool isServersFallback(const SoundSource& source, std::span<const SoundSource> all,
+                       const SoundDefaults& defaults) {
+    return source.isMonitor() && source.monitoredSink == defaults.sink &&
+           std::none_of(all.begin(), all.end(), isLiveMicrophone);
+}
+
+bool delivers(const SoundSource& source) {
+    return pa_sample_spec_valid(&source.sampleSpec) != 0;
+}
+
+}  // namespace
+
+std::optional<SoundSource> chooseMicrophone(std::span<const SoundSource> sources,
+                                            const SoundDefaults& defaults) {
+    const auto found = std::find_if(sources.begin(), sources.end(), [&](const SoundSource& source) {
+        return source.name == defaults.source;
+    });
+    if (found == sources.end() || !delivers(*found)) return {};
+    if (isServersFallback(*found, sources, defaults)) return {};
+    return *found;
+}
+
+}  // namespace parlivo

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <pulse/channelmap.h>
+#include <pulse/sample.h>
+
+#include <optional>
+#include <span>
+#include <string>
+
+namespace parlivo {
+
+/// What the sound server says of one source.
+struct SoundSource {
+    std::string name;
+    std::string monitoredSink;  ///< the sink whose sound this source repeats; empty for a microphone
+    bool pluggedIn = true;      ///< false when the server knows that nothing is in the socket
+    pa_sample_spec sampleSpec{};
+    pa_channel_map channelMap{};
+
+    bool isMonitor() const { return !monitoredSink.empty(); }
+};
+
+/// The server's present defaults.
+struct SoundDefaults {
+    std::string source;
+    std::string sink;
+};
+
+/// The default source, if it may be taken for a microphone. Nothing when there is no default source or it has
+/// no rate or channels.
+///
+/// A source that repeats what a sink plays is no microphone. But servers fall back on one: where no
+/// microphone is plugged in, the default source is the monitor of the default sink. Only that one is refused;
+/// any other monitor is the default because the user made it so.
+std::optional<SoundSource> chooseMicrophone(std::span<const SoundSource> sources,
+                                            const SoundDefaults& defaults);
+
+}  // namespace parlivo
