@@ -1,0 +1,76 @@
+#include "input/HotKeyManager.h"
+
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "settings/Log.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace parlivo {
+
+namespace {
+
+constexpr KeyCode space = 49;
+constexpr KeyCode backtick = 50;
+
+/// There is only one hot key at a time, so one identity does for all presets. The signature is "PRLV".
+constexpr HotKeyIdentity identity{.signature = 0x50524C56, .id = 1};
+
+}  // namespace
+
+const std::vector<Preset>& HotKeyManager::presets() {
+    using namespace HotKeyModifier;
+    static const std::vector<Preset> table{
+        {QStringLiteral("opt-space"), QStringLiteral("⌥ Spazio"), space, option},
+        {QStringLiteral("ctrl-opt-space"), QStringLiteral("⌃⌥ Spazio"), space, control | option},
+        {QStringLiteral("cmd-shift-space"), QStringLiteral("⌘⇧ Spazio"), space, command | shift},
+        {QStringLiteral("opt-backtick"), QStringLiteral("⌥ ` (backtick)"), backtick, option},
+    };
+    return table;
+}
+
+const Preset& HotKeyManager::preset(const QString& id) {
+    const auto found = std::ranges::find(presets(), id, &Preset::id);
+    return found == presets().end() ? presets().front() : *found;
+}
+
+HotKeyManager::~HotKeyManager() {
+    // Dropping a key that is held ends the hold, which is nobody's business any more.
+    onKeyDown = nullptr;
+    onKeyUp = nullptr;
+    hotKeyRef_.reset();
+    handlerRef_.reset();
+}
+
+void HotKeyManager::applyCurrentPreset() {
+    const QString id = Config::string(Config::Key::hotkeyPreset, presets().front().id);
+    const Preset& chosen = preset(id);
+    hotKeyRef_.reset();
+    registerHotKey(chosen.keyCode, chosen.modifiers);
+}
+
+void HotKeyManager::installHandler() {
+    if (handlerRef_) return;
+    handlerRef_ = Platform::current().hotKeys().installHandler(
+        [this] {
+            if (onKeyDown) onKeyDown();
+        },
+        [this] {
+            if (onKeyUp) onKeyUp();
+        });
+}
+
+void HotKeyManager::registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers) {
+    installHandler();
+    auto result = Platform::current().hotKeys().registerHotKey(keyCode, modifiers, identity);
+    if (const auto* const refusal = std::get_if<HotKeyRefusal>(&result)) {
+        Log::info(QStringLiteral("registrazione hotkey fallita (status %1) — probabilmente già in uso da "
+                                 "un'altra app")
+                      .arg(refusal->status));
+        return;
+    }
+    hotKeyRef_ = std::get<std::unique_ptr<HotKeyRegistration>>(std::move(result));
+}
+
+}  // namespace parlivo

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/KeyboardSynthesizer.h"
+#include "support/Clock.h"
+
+#include <QString>
+
+/// Puts text into whatever application has the keyboard focus. Pipeline queue only; the process must be
+/// allowed to send keys.
+namespace parlivo::Injector {
+
+/// The pause after each character that a value of the typing speed setting stands for.
+Clock::Duration pauseAfterCharacter(const QString& typingSpeed);
+
+/// Types `text` character by character (user-perceived characters) at the pace that the settings choose.
+/// Returns when the last pause has passed; the end of the program ends the typing. A text with more
+/// different characters than the keyboard can be given is pasted.
+void typeText(const QString& text);
+
+/// Pastes `text` through the pasteboard. Returns when the shortcut has been posted; half a second later the
+/// main queue puts back the plain text that was there before. Where there was none, `text` stays.
+void paste(const QString& text);
+
+/// Posts one key down and one key up.
+void postKey(KeyCode key, KeyEventSource& source, KeyFlags flags);
+
+}  // namespace parlivo::Injector

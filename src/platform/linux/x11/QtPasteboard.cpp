@@ -1,0 +1,82 @@
+#include "platform/linux/x11/QtPasteboard.h"
+
+#include "platform/linux/x11/SelectionReader.h"
+#include "support/MainQueue.h"
+
+#include <QGuiApplication>
+
+#include <array>
+#include <memory>
+
+namespace parlivo {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto ownerPatience = 1000ms;
+
+constexpr std::array everyPlace{PasteboardPlace::Clipboard, PasteboardPlace::PrimarySelection};
+
+QClipboard::Mode mode(PasteboardPlace place) {
+    return place == PasteboardPlace::Clipboard ? QClipboard::Clipboard : QClipboard::Selection;
+}
+
+/// What Klipper and most other clipboard managers leave out of their history.
+void markAsSecret(QMimeData& data) {
+    data.setData(QStringLiteral("x-kde-passwordManagerHint"), QByteArrayLiteral("secret"));
+}
+
+}  // namespace
+
+PasteboardTexts QtPasteboard::texts() {
+    PasteboardTexts texts;
+    QList<PasteboardPlace> others;
+    // Qt is asked for no more than what we put there: it takes note of a new owner late, and to look into
+    // what that one has is to wait for it.
+    const bool alive = MainQueue::sync([&] {
+        for (const PasteboardPlace place : everyPlace) {
+            if (isOurs(place)) {
+                texts.insert(place, put_.at(place)->text());
+            } else {
+                others.append(place);
+            }
+        }
+    });
+    if (!alive || others.isEmpty()) return texts;
+    if (const auto reader = x11::SelectionReader::open()) texts.insert(reader->read(others, ownerPatience));
+    return texts;
+}
+
+void QtPasteboard::setText(const QString& text, History history) {
+    // Lines end with a line feed in X selections: a terminal takes a carriage return for one more.
+    const QString lines = QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    MainQueue::sync([&] {
+        for (const PasteboardPlace place : everyPlace) put(place, lines, history);
+    });
+}
+
+void QtPasteboard::restore(const PasteboardTexts& texts) {
+    MainQueue::sync([&] {
+        for (auto entry = texts.begin(); entry != texts.end(); ++entry) {
+            // A history has the text from its first stay, unless it was one that no history should have.
+            if (isOurs(entry.key())) put(entry.key(), entry.value(), History::Omit);
+        }
+    });
+}
+
+void QtPasteboard::put(PasteboardPlace place, const QString& text, History history) {
+    auto data = std::make_unique<QMimeData>();
+    data->setText(text);
+    if (history == History::Omit) markAsSecret(*data);
+    put_[place] = data.get();
+    QGuiApplication::clipboard()->setMimeData(data.release(), mode(place));
+}
+
+bool QtPasteboard::isOurs(PasteboardPlace place) const {
+    const auto last = put_.find(place);
+    return last != put_.end() && last->second &&
+           QGuiApplication::clipboard()->mimeData(mode(place)) == last->second;
+}
+
+}  // namespace parlivo

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/Pasteboard.h"
+#include "platform/linux/x11/XcbHandles.h"
+
+#include <QByteArray>
+#include <QList>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace parlivo::x11 {
+
+/// Asks the owners of the selections for their plain text, over an X connection of its own and in the calling
+/// thread: an owner that stalls keeps nobody but the caller waiting. Protocol: ICCCM 2.0, section 2.
+class SelectionReader {
+  public:
+    /// Null when there is no display.
+    static std::unique_ptr<SelectionReader> open();
+
+    /// The texts of these places, all asked at once. A place whose owner has no text, or has not given all of
+    /// it within `limit`, is absent. The end of the program ends the wait.
+    PasteboardTexts read(const QList<PasteboardPlace>& places, std::chrono::milliseconds limit);
+
+  private:
+    /// How an owner is asked, the best way first.
+    struct Target {
+        xcb_atom_t atom = XCB_ATOM_NONE;
+        QString (*decode)(const QByteArray& bytes) = nullptr;
+    };
+    struct Question {
+        PasteboardPlace place;
+        xcb_atom_t selection = XCB_ATOM_NONE;
+        /// Where the owner is to leave the answer.
+        xcb_atom_t property = XCB_ATOM_NONE;
+        std::size_t target = 0;
+        QByteArray bytes;
+        /// The answer comes in pieces.
+        bool incremental = false;
+        enum class State { Open, Answered, Refused } state = State::Open;
+    };
+
+    SelectionReader(ConnectionHandle connection, xcb_window_t window);
+    Question question(PasteboardPlace place);
+    void ask(const Question& question);
+    void handle(const xcb_generic_event_t& event, std::vector<Question>& questions);
+    void handleNotify(const xcb_selection_notify_event_t& event, std::vector<Question>& questions);
+    void handleProperty(const xcb_property_notify_event_t& event, std::vector<Question>& questions);
+    void askNextTarget(Question& question);
+    void takeFirstPart(Question& question);
+    void takePiece(Question& question);
+    Reply<xcb_get_property_reply_t> takeProperty(xcb_atom_t property);
+    bool waitForData(std::chrono::milliseconds limit);
+    xcb_atom_t atom(const char* name);
+
+    ConnectionHandle connection_;
+    xcb_window_t window_;
+    xcb_atom_t incr_;
+    std::vector<Target> targets_;
+};
+
+}  // namespace parlivo::x11

@@ -1,0 +1,285 @@
+#include "platform/linux/x11/X11HotKeyService.h"
+
+#include "platform/linux/x11/XcbXkb.h"
+
+#include <QSocketNotifier>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <span>
+#include <utility>
+
+namespace parlivo {
+
+namespace {
+
+using namespace std::chrono_literals;
+using x11::owned;
+
+/// While a key is held, and only then, the server is asked this often whether it still is.
+constexpr auto holdCheckInterval = 150ms;
+/// Changes of the keyboard map come in bursts: setxkbmap makes several.
+constexpr auto mapSettling = 20ms;
+
+struct Position {
+    KeyCode code;
+    xcb_keycode_t key;
+};
+/// Positions as X counts them: the kernel's code (linux/input-event-codes.h) + 8, whatever the layout prints
+/// there.
+constexpr std::array positions{
+    Position{.code = 49, .key = 57 + 8},  // KEY_SPACE
+    Position{.code = 50, .key = 41 + 8},  // KEY_GRAVE
+};
+
+struct ModifierPair {
+    HotKeyModifiers modifier;
+    std::uint16_t mask;
+};
+constexpr std::array modifierPairs{
+    ModifierPair{HotKeyModifier::command, XCB_MOD_MASK_4},
+    ModifierPair{HotKeyModifier::shift, XCB_MOD_MASK_SHIFT},
+    ModifierPair{HotKeyModifier::option, XCB_MOD_MASK_1},
+    ModifierPair{HotKeyModifier::control, XCB_MOD_MASK_CONTROL},
+};
+
+std::optional<x11::KeyCombination> combinationOf(KeyCode code, HotKeyModifiers modifiers) {
+    const auto position = std::ranges::find(positions, code, &Position::code);
+    if (position == positions.end()) return std::nullopt;
+    x11::KeyCombination combination{.key = position->key};
+    for (const auto& [modifier, mask] : modifierPairs) {
+        if ((modifiers & modifier) != 0) combination.modifiers |= mask;
+    }
+    return combination;
+}
+
+/// The modifiers among an event's state, which also tells mouse buttons and the layout's group.
+constexpr std::uint16_t allModifiers = 0xff;
+
+xcb_window_t rootOf(xcb_connection_t* connection, int screenNumber) {
+    auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (; screens.rem > 1 && screenNumber > 0; --screenNumber) xcb_screen_next(&screens);
+    return screens.data->root;
+}
+
+bool isDown(xcb_connection_t* connection, xcb_keycode_t key) {
+    const auto map = owned(xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr));
+    return map && (std::span(map->keys)[key / 8U] >> (key % 8U) & 1U) != 0;
+}
+
+}  // namespace
+
+class X11HotKeyService::Handler : public HotKeyHandler {
+  public:
+    explicit Handler(X11HotKeyService& service) : service_(service) {}
+    ~Handler() override {
+        service_.pressed_ = nullptr;
+        service_.released_ = nullptr;
+    }
+    Handler(const Handler&) = delete;
+    Handler& operator=(const Handler&) = delete;
+
+  private:
+    X11HotKeyService& service_;
+};
+
+class X11HotKeyService::Registration : public HotKeyRegistration {
+  public:
+    Registration(X11HotKeyService& service, x11::KeyCombination combination, x11::KeyGrab grab)
+        : service_(service), combination_(combination), grab_(std::move(grab)) {
+        service_.registrations_.push_back(this);
+    }
+    ~Registration() override {
+        grab_.reset();
+        service_.remove(this);
+    }
+    Registration(const Registration&) = delete;
+    Registration& operator=(const Registration&) = delete;
+
+    const x11::KeyCombination& combination() const { return combination_; }
+
+    /// Takes the combination with other locks. Where another client has some of them, the present ones stay.
+    void regrab(const x11::LockModifiers& locks) {
+        if (!grab_) return;
+        const auto previous = grab_->locks();
+        grab_.reset();
+        if (!grab(locks)) grab(previous);
+    }
+
+  private:
+    bool grab(const x11::LockModifiers& locks) {
+        auto result = x11::KeyGrab::take(service_.connection_.get(), service_.root_, combination_, locks);
+        if (auto* const taken = std::get_if<x11::KeyGrab>(&result)) grab_ = std::move(*taken);
+        return grab_.has_value();
+    }
+
+    X11HotKeyService& service_;
+    x11::KeyCombination combination_;
+    std::optional<x11::KeyGrab> grab_;
+};
+
+X11HotKeyService::X11HotKeyService() {
+    holdCheck_.setInterval(holdCheckInterval);
+    QObject::connect(&holdCheck_, &QTimer::timeout, &holdCheck_, [this] { checkHold(); });
+    mapCheck_.setInterval(mapSettling);
+    mapCheck_.setSingleShot(true);
+    QObject::connect(&mapCheck_, &QTimer::timeout, &mapCheck_, [this] { followKeyboardMap(); });
+}
+
+X11HotKeyService::~X11HotKeyService() = default;
+
+std::unique_ptr<HotKeyHandler> X11HotKeyService::installHandler(Edge pressed, Edge released) {
+    pressed_ = std::move(pressed);
+    released_ = std::move(released);
+    return std::make_unique<Handler>(*this);
+}
+
+HotKeyService::Result X11HotKeyService::registerHotKey(KeyCode key, HotKeyModifiers modifiers,
+                                                       HotKeyIdentity) {
+    const auto combination = combinationOf(key, modifiers);
+    if (!combination) return HotKeyRefusal{XCB_VALUE};
+    if (const int status = ensureConnection(); status != 0) return HotKeyRefusal{status};
+    auto result = x11::KeyGrab::take(connection_.get(), root_, *combination, locks_);
+    readEventsSoon();
+    if (const int status = xcb_connection_has_error(connection_.get()); status != 0) {
+        return HotKeyRefusal{status};
+    }
+    if (const int* const error = std::get_if<int>(&result)) return HotKeyRefusal{*error};
+    return std::make_unique<Registration>(*this, *combination, std::get<x11::KeyGrab>(std::move(result)));
+}
+
+int X11HotKeyService::ensureConnection() {
+    // A broken connection is kept while grabs refer to it; nothing sent to it does harm.
+    const bool broken = connection_ && xcb_connection_has_error(connection_.get()) != 0;
+    if (broken && registrations_.empty()) {
+        notifier_.reset();
+        connection_.reset();
+    }
+    if (connection_) return xcb_connection_has_error(connection_.get());
+
+    int screenNumber = 0;
+    x11::ConnectionHandle connection(xcb_connect(nullptr, &screenNumber));
+    if (const int error = xcb_connection_has_error(connection.get()); error != 0) return error;
+    connection_ = std::move(connection);
+    if (!startKeyboardExtension()) {
+        connection_.reset();
+        return XCB_CONN_CLOSED_EXT_NOTSUPPORTED;
+    }
+    root_ = rootOf(connection_.get(), screenNumber);
+    watchKeyboardMap();
+    locks_ = x11::LockModifiers(connection_.get());
+    watchSocket();
+    return 0;
+}
+
+bool X11HotKeyService::startKeyboardExtension() {
+    auto* const c = connection_.get();
+    const auto* const extension = xcb_get_extension_data(c, &xcb_xkb_id);
+    if (extension == nullptr || extension->present == 0) return false;
+    const auto use = xcb_xkb_use_extension(c, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION);
+    const auto used = owned(xcb_xkb_use_extension_reply(c, use, nullptr));
+    if (!used || used->supported == 0) return false;
+    constexpr std::uint32_t flag = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    const auto set = xcb_xkb_per_client_flags(c, XCB_XKB_ID_USE_CORE_KBD, flag, flag, 0, 0, 0);
+    const auto flags = owned(xcb_xkb_per_client_flags_reply(c, set, nullptr));
+    return flags && (flags->value & flag) != 0;
+}
+
+void X11HotKeyService::watchKeyboardMap() {
+    keyboardEvent_ = xcb_get_extension_data(connection_.get(), &xcb_xkb_id)->first_event;
+    // Not the keysyms: typing changes those of spare keys all the time.
+    constexpr std::uint16_t parts = XCB_XKB_MAP_PART_MODIFIER_MAP;
+    constexpr std::uint16_t newKeyboard = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY;
+    xcb_xkb_select_events(connection_.get(), XCB_XKB_ID_USE_CORE_KBD,
+                          newKeyboard | XCB_XKB_EVENT_TYPE_MAP_NOTIFY, 0, newKeyboard, parts, parts, nullptr);
+}
+
+void X11HotKeyService::watchSocket() {
+    notifier_ =
+        std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(connection_.get()), QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] { readEvents(); });
+}
+
+void X11HotKeyService::readEventsSoon() {
+    if (!notifier_) return;
+    QMetaObject::invokeMethod(
+        notifier_.get(), [this] { readEvents(); }, Qt::QueuedConnection);
+}
+
+void X11HotKeyService::readEvents() {
+    while (const x11::EventHandle event{xcb_poll_for_event(connection_.get())}) handle(*event);
+    if (xcb_connection_has_error(connection_.get()) == 0) return;
+    notifier_->setEnabled(false);
+    endHold();
+}
+
+void X11HotKeyService::handle(const xcb_generic_event_t& event) {
+    // Events that another client merely sent carry a further bit and match nothing here.
+    switch (event.response_type) {
+        case XCB_KEY_PRESS:
+            keyPressed(reinterpret_cast<const xcb_key_press_event_t&>(event));
+            break;
+        case XCB_KEY_RELEASE:
+            if (hold_ && hold_->key == reinterpret_cast<const xcb_key_release_event_t&>(event).detail) {
+                endHold();
+            }
+            break;
+        case XCB_MAPPING_NOTIFY:
+            mapCheck_.start();
+            break;
+        default:
+            break;
+    }
+}
+
+void X11HotKeyService::keyPressed(const xcb_key_press_event_t& event) {
+    // While a key is held, its repeats and all other keys arrive here, too.
+    if (hold_ || !isHotKey(event)) return;
+    hold_ = Hold{.key = event.detail};
+    holdCheck_.start();
+    if (const Edge pressed = pressed_) pressed();
+}
+
+bool X11HotKeyService::isHotKey(const xcb_key_press_event_t& event) const {
+    const auto modifiers = static_cast<std::uint16_t>(event.state & allModifiers & ~locks_.mask());
+    return std::ranges::any_of(registrations_, [&](const Registration* registration) {
+        const auto& combination = registration->combination();
+        return combination.key == event.detail && combination.modifiers == modifiers;
+    });
+}
+
+void X11HotKeyService::deliverRelease() {
+    if (!hold_ || !std::exchange(hold_->releaseDue, false)) return;
+    if (const Edge released = released_) released();
+}
+
+void X11HotKeyService::endHold() {
+    holdCheck_.stop();
+    const auto ended = std::exchange(hold_, std::nullopt);
+    if (!ended || !ended->releaseDue) return;
+    if (const Edge released = released_) released();
+}
+
+void X11HotKeyService::checkHold() {
+    const bool down = hold_ && isDown(connection_.get(), hold_->key);
+    // What came in before the answer goes first: it may be the release itself.
+    readEvents();
+    if (!down) endHold();
+}
+
+void X11HotKeyService::followKeyboardMap() {
+    const x11::LockModifiers locks(connection_.get());
+    readEventsSoon();
+    if (locks == locks_) return;
+    locks_ = locks;
+    for (auto* const registration : registrations_) registration->regrab(locks_);
+}
+
+void X11HotKeyService::remove(const Registration* registration) {
+    std::erase(registrations_, registration);
+    // The key may still be down: its receiver has the release now, and its repeats start nothing new.
+    if (hold_ && hold_->key == registration->combination().key) deliverRelease();
+}
+
+}  // namespace parlivo

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/HotKeyService.h"
+#include "platform/linux/x11/KeyGrab.h"
+#include "platform/linux/x11/LockModifiers.h"
+#include "platform/linux/x11/XcbHandles.h"
+
+#include <QTimer>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QSocketNotifier;
+
+namespace parlivo {
+
+/// Hot keys by passive grabs on the root window of the display that DISPLAY names.
+///
+/// The connection is its own, opened at the first registration: on the toolkit's connection, which has no
+/// detectable auto-repeat, a held key gives pairs of false releases and presses.
+///
+/// From the press on, the server keeps the whole keyboard grabbed for us until the key comes up. The grab is
+/// deliberately not given up earlier. Measured on the server: auto-repeat cannot be stopped once the key is
+/// down (switching the repeat off lets a repeat that is due go on). Without the grab each repeat would
+/// activate it anew and take the focus from the focused window and give it back, some 25 times a second; and
+/// once the user has let go of the modifiers, which is commonly a moment before the key, the repeats would no
+/// longer match and fall into the focused window as typed spaces. The price: what XTEST sends meanwhile
+/// reaches us, not the focused window. So typing starts only when the user has let go of the keyboard; and if
+/// he does not, releasing the held keys in his place ends the grab, too.
+///
+/// A refusal's status is the X error code (10, BadAccess, when another client has the combination), or the
+/// XCB_CONN_ number when the display cannot be reached or lacks the keyboard extension.
+class X11HotKeyService : public HotKeyService {
+  public:
+    X11HotKeyService();
+    ~X11HotKeyService() override;
+    X11HotKeyService(const X11HotKeyService&) = delete;
+    X11HotKeyService& operator=(const X11HotKeyService&) = delete;
+
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released) override;
+    Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+
+  private:
+    class Handler;
+    class Registration;
+
+    /// A hot key that went down and has not come up.
+    struct Hold {
+        xcb_keycode_t key = 0;
+        bool releaseDue = true;
+    };
+
+    /// The XCB_CONN_ number, or 0.
+    int ensureConnection();
+    bool startKeyboardExtension();
+    void watchKeyboardMap();
+    void watchSocket();
+    /// Questions to the server may have brought in events that the socket no longer tells of.
+    void readEventsSoon();
+    void readEvents();
+    void handle(const xcb_generic_event_t& event);
+    void keyPressed(const xcb_key_press_event_t& event);
+    void deliverRelease();
+    void endHold();
+    /// Notices a release that nobody was told of, as when the keyboard goes away while the key is down.
+    void checkHold();
+    void followKeyboardMap();
+    bool isHotKey(const xcb_key_press_event_t& event) const;
+    void remove(const Registration* registration);
+
+    x11::ConnectionHandle connection_;
+    xcb_window_t root_ = XCB_NONE;
+    std::uint8_t keyboardEvent_ = 0;  ///< the type of the keyboard extension's events
+    std::unique_ptr<QSocketNotifier> notifier_;
+    x11::LockModifiers locks_;
+    std::vector<Registration*> registrations_;
+    Edge pressed_;
+    Edge released_;
+    std::optional<Hold> hold_;
+    QTimer holdCheck_;
+    QTimer mapCheck_;
+};
+
+}  // namespace parlivo

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/KeyboardSynthesizer.h"
+
+#include <memory>
+
+namespace parlivo {
+
+/// Whether this X server lets programs press keys (XTEST). Any thread; a few milliseconds.
+bool x11TypingAllowed();
+
+/// Key strokes through XTEST, over an X connection of its own that is made on first use. The end of the
+/// synthesizer gives back every key that the keyboard was lent.
+class X11KeyboardSynthesizer : public KeyboardSynthesizer {
+  public:
+    X11KeyboardSynthesizer();
+    ~X11KeyboardSynthesizer() override;
+    X11KeyboardSynthesizer(const X11KeyboardSynthesizer&) = delete;
+    X11KeyboardSynthesizer& operator=(const X11KeyboardSynthesizer&) = delete;
+
+    void prepare() override;
+    std::unique_ptr<KeyEventSource> makeSource(QStringView text) override;
+    std::unique_ptr<KeyEventSource> makeShortcutSource() override;
+
+  private:
+    struct Session;
+    /// Null when there is no way to type; tried anew each time, for a server may come back.
+    Session* session();
+
+    std::unique_ptr<Session> session_;
+};
+
+}  // namespace parlivo

@@ -1,0 +1,256 @@
+#include "input/Injector.h"
+#include "input/Pace.h"
+#include "support/MainQueue.h"
+#include "support/PlatformTest.h"
+#include "support/Text.h"
+
+#include <QCoreApplication>
+
+#include <random>
+
+namespace parlivo {
+namespace {
+
+using namespace std::chrono_literals;
+
+const QString newText = QStringLiteral("testo dettato");
+
+class InjectorTest : public PlatformTest {
+  protected:
+    QStringList strokesOf(const QString& text) {
+        Injector::typeText(text);
+        return platform.keyboard().strokes();
+    }
+
+    /// Lets the time pass in which a restore would happen.
+    static void passRestoreTime() {
+        static const Lifeline always;
+        bool passed = false;
+        MainQueue::after(600ms, always.watch(), [&passed] { passed = true; });
+        while (!passed) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    }
+
+    void userCopies(const QString& clipboard, const QString& selection) {
+        platform.pasteboard().takenOver(
+            {{PasteboardPlace::Clipboard, clipboard}, {PasteboardPlace::PrimarySelection, selection}});
+    }
+
+    QString clipboard() { return platform.pasteboard().texts().value(PasteboardPlace::Clipboard); }
+    QString selection() { return platform.pasteboard().texts().value(PasteboardPlace::PrimarySelection); }
+};
+
+class PasteTest : public InjectorTest {
+  protected:
+    PasteTest() { Clock::setScale(0.02); }
+};
+
+TEST_F(InjectorTest, ALineFeedBetweenLettersPressesReturn) {
+    const auto start = Clock::now();
+    EXPECT_EQ(strokesOf(QStringLiteral("a\nb")),
+              QStringList({QStringLiteral("«a»"), QStringLiteral("key 36 0"), QStringLiteral("«b»")}));
+    EXPECT_GE(Clock::now() - start, 3 * 3500us) << "a pause after each, the last included";
+}
+
+TEST_F(InjectorTest, ALoneCarriageReturnPressesReturn) {
+    EXPECT_EQ(strokesOf(QStringLiteral("\r")), QStringList(QStringLiteral("key 36 0")));
+}
+
+TEST_F(InjectorTest, ATabPressesTab) {
+    EXPECT_EQ(strokesOf(QStringLiteral("\t")), QStringList(QStringLiteral("key 48 0")));
+}
+
+TEST_F(InjectorTest, ACarriageReturnLineFeedPairIsOneCharacterAndNotReturn) {
+    EXPECT_EQ(strokesOf(QStringLiteral("a\r\nb")),
+              QStringList({QStringLiteral("«a»"), QStringLiteral("«\r\n»"), QStringLiteral("«b»")}));
+}
+
+TEST_F(InjectorTest, AnEmojiOfSeveralCodePointsIsOneStroke) {
+    const QString family = QStringLiteral("👨‍👩‍👧‍👦");
+    EXPECT_EQ(strokesOf(family), QStringList(QStringLiteral("«%1»").arg(family)));
+}
+
+TEST_F(InjectorTest, ACombiningAccentStaysWithItsLetter) {
+    EXPECT_EQ(strokesOf(QStringLiteral("e\u0301")), QStringList(QStringLiteral("«e\u0301»")));
+}
+
+TEST_F(InjectorTest, AnEmptyTextTypesNothing) {
+    EXPECT_TRUE(strokesOf({}).isEmpty());
+}
+
+TEST_F(InjectorTest, EveryCharacterIsTypedOnceAndInOrderWhateverTheText) {
+    std::mt19937 random(11);
+    const std::u32string alphabet = U"aè\u0301\u200d👍🏽👨👩🇮🇹\r\n\t가ᄀ\ufe0f❤ “—€";
+    QString everything;
+    for (int round = 0; round < 20; ++round) {
+        QString text;
+        for (int i = 0; i < 30; ++i) text += QString::fromUcs4(&alphabet[random() % alphabet.size()], 1);
+        const qsizetype before = platform.keyboard().strokes().size();
+        Injector::typeText(text);
+        EXPECT_EQ(platform.keyboard().strokes().size() - before, Text::countCharacters(text));
+        Text::forEachCharacter(text, [&](QStringView character) {
+            everything += character == u"\r" ? QStringView(u"\n") : character;
+            return true;
+        });
+    }
+    EXPECT_EQ(platform.keyboard().typed(), everything);
+}
+
+TEST_F(InjectorTest, OneSourceServesAWholeTextAndIsLetGo) {
+    Injector::typeText(QStringLiteral("abc"));
+    EXPECT_EQ(platform.keyboard().sourcesMade, 1);
+    EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
+}
+
+TEST_F(InjectorTest, OnlyNaturalIsSlow) {
+    EXPECT_EQ(Injector::pauseAfterCharacter(QStringLiteral("natural")), 12'000us);
+    for (const char* speed : {"fast", "instant", "Natural", "natural ", ""}) {
+        EXPECT_EQ(Injector::pauseAfterCharacter(QString::fromLatin1(speed)), 3'500us) << speed;
+    }
+}
+
+TEST_F(InjectorTest, TheSpeedIsReadFromTheSettings) {
+    store(QStringLiteral("typingSpeed"), QStringLiteral("natural"));
+    const auto start = Clock::now();
+    Injector::typeText(QStringLiteral("abc"));
+    EXPECT_GE(Clock::now() - start, 3 * 12'000us);
+}
+
+TEST_F(InjectorTest, TheEndOfTheProgramEndsTheTyping) {
+    Clock::interruptAll();
+    Injector::typeText(QStringLiteral("abcdef"));
+    EXPECT_LE(platform.keyboard().strokes().size(), 1);
+    EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
+}
+
+TEST_F(InjectorTest, ATextThatTheKeyboardCannotHoldIsPasted) {
+    platform.keyboard().canType = false;
+    Injector::typeText(newText);
+    EXPECT_EQ(platform.keyboard().strokes(), QStringList(QStringLiteral("key 9 1048576")));
+    EXPECT_EQ(clipboard(), newText);
+}
+
+TEST_F(InjectorTest, PostKeyPostsOneKeyWithItsFlags) {
+    const auto source = platform.keyboard().makeShortcutSource();
+    Injector::postKey(9, *source, KeyFlag::command);
+    EXPECT_EQ(platform.keyboard().strokes(), QStringList(QStringLiteral("key 9 1048576")));
+}
+
+TEST_F(PasteTest, TheTextIsThereBeforeTheShortcutAndNoHistoryKeepsIt) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    Injector::paste(newText);
+    EXPECT_EQ(platform.keyboard().strokes(), QStringList(QStringLiteral("key 9 1048576")));
+    const auto sets = platform.pasteboard().sets();
+    ASSERT_EQ(sets.size(), 1U);
+    EXPECT_EQ(sets.front().text, newText);
+    EXPECT_EQ(sets.front().history, Pasteboard::History::Omit);
+    EXPECT_EQ(clipboard(), newText);
+    EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
+    passRestoreTime();
+}
+
+TEST_F(PasteTest, WhatWasThereComesBackInEachPlace) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    Injector::paste(newText);
+    EXPECT_EQ(platform.pasteboard().restores(), 0) << "not before the main queue's time has come";
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), QStringLiteral("prima"));
+    EXPECT_EQ(selection(), QStringLiteral("evidenziato"));
+}
+
+TEST_F(PasteTest, WhereNoTextWasThePastedOneStays) {
+    platform.pasteboard().takenOver({{PasteboardPlace::PrimarySelection, QStringLiteral("evidenziato")}});
+    Injector::paste(newText);
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), newText) << "an image was there, and is lost";
+    EXPECT_EQ(selection(), QStringLiteral("evidenziato"));
+}
+
+TEST_F(PasteTest, NothingIsRestoredWhenNothingWasThere) {
+    Injector::paste(newText);
+    passRestoreTime();
+    EXPECT_EQ(platform.pasteboard().restores(), 0);
+    EXPECT_EQ(clipboard(), newText);
+}
+
+TEST_F(PasteTest, WhatAnotherProgramCopiesMeanwhileStays) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    Injector::paste(newText);
+    userCopies(QStringLiteral("nuovo"), QStringLiteral("altro"));
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), QStringLiteral("nuovo"));
+    EXPECT_EQ(selection(), QStringLiteral("altro"));
+}
+
+TEST_F(PasteTest, ASecondPasteRightAfterTheFirstGivesBackWhatTheUserHad) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    Injector::paste(newText);
+    Injector::paste(QStringLiteral("secondo"));
+    EXPECT_EQ(clipboard(), QStringLiteral("secondo"));
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), QStringLiteral("prima"));
+    EXPECT_EQ(selection(), QStringLiteral("evidenziato"));
+    EXPECT_EQ(platform.pasteboard().restores(), 1) << "the first restore was called off";
+}
+
+TEST_F(PasteTest, ThreePastesInARowGiveBackWhatTheUserHad) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    for (const char* text : {"uno", "due", "tre"}) Injector::paste(QString::fromLatin1(text));
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), QStringLiteral("prima"));
+}
+
+TEST_F(PasteTest, ASecondPasteNeverRestoresTheFirstOnesText) {
+    Injector::paste(newText);
+    Injector::paste(QStringLiteral("secondo"));
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), QStringLiteral("secondo"));
+}
+
+TEST_F(PasteTest, ACopyBetweenTwoPastesIsWhatTheUserHas) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    Injector::paste(newText);
+    userCopies(QStringLiteral("in mezzo"), newText);
+    Injector::paste(QStringLiteral("secondo"));
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), QStringLiteral("in mezzo"));
+    EXPECT_EQ(selection(), QStringLiteral("evidenziato"));
+}
+
+TEST_F(PasteTest, WithoutKeysTheTextStaysForTheUserToPaste) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    platform.keyboard().canSendShortcuts = false;
+    Injector::paste(newText);
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), newText);
+    EXPECT_TRUE(platform.keyboard().strokes().isEmpty());
+}
+
+TEST_F(PasteTest, TheEndOfTheProgramSendsNoShortcut) {
+    Clock::interruptAll();
+    Injector::paste(newText);
+    EXPECT_TRUE(platform.keyboard().strokes().isEmpty());
+}
+
+TEST(PaceTest, StepsLieOnAGridWhateverEachStepTakes) {
+    const Clock::TimePoint start{};
+    Pace pace(10ms, start);
+    EXPECT_EQ(pace.after(start), start + 10ms);
+    EXPECT_EQ(pace.after(start + 12ms), start + 20ms);
+    EXPECT_EQ(pace.after(start + 20ms), start + 30ms);
+}
+
+TEST(PaceTest, ALateStepDoesNotDelayTheFollowing) {
+    const Clock::TimePoint start{};
+    Pace pace(10ms, start);
+    for (int i = 1; i < 100; ++i) EXPECT_EQ(pace.after(start + 200ms), start + i * 10ms);
+}
+
+TEST(PaceTest, AStandstillIsNotMadeUpForWithABurst) {
+    const Clock::TimePoint start{};
+    Pace pace(10ms, start);
+    EXPECT_EQ(pace.after(start + 5s), start + 5s + 10ms);
+    EXPECT_EQ(pace.after(start + 5s + 10ms), start + 5s + 20ms);
+}
+
+}  // namespace
+}  // namespace parlivo
