@@ -1,0 +1,81 @@
+#include "engines/Cleaner.h"
+
+#include "engines/CleanupPrompt.h"
+#include "engines/JsonExchange.h"
+#include "engines/LlamaRunner.h"
+#include "models/ModelPaths.h"
+#include "settings/Config.h"
+#include "support/Text.h"
+
+#include <optional>
+
+namespace parlivo::Cleaner {
+
+namespace {
+
+using std::chrono::seconds;
+
+constexpr seconds ollamaTimeout{60};
+constexpr seconds ollamaLimit{65};
+
+QString level() {
+    return Config::string(Config::Key::cleanupLevel, QStringLiteral("medium"));
+}
+
+bool isWanted(const QString& raw) {
+    return level() != QLatin1String("none") && Text::countCharacters(raw) > Config::cleanupMinChars();
+}
+
+/// One pass over the template: a placeholder that was dictated stays what was dictated.
+QString promptFor(const QString& raw) {
+    QString prompt = Config::boolean(Config::Key::customPromptEnabled, false)
+                         ? Config::loadPrompt()
+                         : Config::builtinPrompt(level());
+    return prompt.replace(Config::textPlaceholder, raw);
+}
+
+std::optional<QString> ollamaClean(const QString& prompt) {
+    const QJsonObject body{
+        {QStringLiteral("model"), Config::string(Config::Key::cleanupModel, QStringLiteral("gemma3:4b"))},
+        {QStringLiteral("prompt"), prompt},
+        {QStringLiteral("stream"), false},
+        {QStringLiteral("options"), QJsonObject{{QStringLiteral("temperature"), 0.1}}}};
+    const auto reply =
+        JsonExchange::send(JsonExchange::post(Config::ollamaURL(), body, ollamaTimeout), ollamaLimit);
+    return reply ? JsonExchange::text(reply->value(QLatin1String("response"))) : std::nullopt;
+}
+
+std::optional<QString> answerTo(const QString& prompt) {
+    if (Config::llamaModel()) {
+        if (auto answer = LlamaRunner::clean(prompt)) return answer;
+    }
+    return ollamaClean(prompt);
+}
+
+QString withoutQuotes(const QString& text) {
+    const QLatin1Char quote('"');
+    const bool quoted =
+        Text::firstCharacters(text, 1) == quote && text.endsWith(quote) && Text::countCharacters(text) >= 3;
+    return quoted ? text.sliced(1).chopped(1) : text;
+}
+
+/// Guards against a summary, a refusal or a rambling answer: it must have a third of the characters of what
+/// was said, and no more than three times as many.
+QString sanitize(const QString& output, const QString& fallback) {
+    const QString trimmed = output.trimmed();
+    if (trimmed.isEmpty()) return fallback;
+    QString result = withoutQuotes(trimmed);
+    const qsizetype said = Text::countCharacters(fallback);
+    const qsizetype count = Text::countCharacters(result);
+    return count >= said / 3 && count <= said * 3 ? result : fallback;
+}
+
+}  // namespace
+
+QString clean(const QString& raw) {
+    if (!isWanted(raw)) return raw;
+    const auto answer = answerTo(promptFor(raw));
+    return answer ? sanitize(*answer, raw) : raw;
+}
+
+}  // namespace parlivo::Cleaner

@@ -1,0 +1,96 @@
+#include "engines/CleanupPrompt.h"
+
+#include "settings/Config.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStringDecoder>
+
+#include <optional>
+
+namespace parlivo::Config {
+
+namespace {
+
+// The levels' rules follow "Regole:" on the same line, the file's on the next: the models are used to it.
+const QString opening = QStringLiteral(
+    "Sei un correttore di testi dettati a voce. Ricevi una trascrizione vocale grezza e restituisci SOLO il "
+    "testo corretto, senza commenti.\n\nRegole:");
+
+const QString lightRules = QStringLiteral(
+    "- Aggiungi solo punteggiatura e maiuscole corrette\n"
+    "- NON rimuovere né cambiare nessuna parola");
+
+const QString mediumRules = QStringLiteral(
+    "- Aggiungi punteggiatura e maiuscole corrette\n"
+    "- Rimuovi i filler (ehm, cioè, tipo, allora, praticamente) solo quando sono riempitivi\n"
+    "- Mantieni TUTTE le parole significative, non riassumere");
+
+const QString highRules = QStringLiteral(
+    "- Aggiungi punteggiatura e maiuscole corrette\n"
+    "- Rimuovi tutti i filler (ehm, cioè, tipo, allora, praticamente) e le ripetizioni\n"
+    "- Correggi errori grammaticali e sintassi involuta\n"
+    "- Riorganizza leggermente le frasi se migliora la chiarezza, senza cambiare il significato\n"
+    "- Vai a capo dove il discorso cambia argomento");
+
+const QString commonRules = QStringLiteral(
+    "\n- Mantieni la lingua originale del testo, non tradurre"
+    "\n- Se il testo contiene una domanda, NON rispondere: correggi solo il testo"
+    "\n- Non aggiungere virgolette attorno al testo");
+
+const QString dictionaryRule = QStringLiteral("\n- Scrivi ESATTAMENTE così questi termini e nomi propri: ");
+
+const QString closing = QStringLiteral("\n\nTrascrizione grezza:\n{TEXT}\n\nTesto corretto:");
+
+const QString fileRules = QStringLiteral(
+    "\n- Aggiungi punteggiatura e maiuscole corrette"
+    "\n- Rimuovi i filler (ehm, cioè, tipo, allora, praticamente) solo quando sono riempitivi"
+    "\n- Mantieni la lingua originale del testo, non tradurre"
+    "\n- Mantieni TUTTE le parole significative, non riassumere"
+    "\n- Se il testo contiene una domanda, NON rispondere: correggi solo il testo"
+    "\n- Non aggiungere virgolette attorno al testo");
+
+const QString& rulesOf(const QString& level) {
+    if (level == QLatin1String("light")) return lightRules;
+    if (level == QLatin1String("high")) return highRules;
+    return mediumRules;
+}
+
+QString dictionaryClause() {
+    const QStringList terms = dictionary();
+    return terms.isEmpty() ? QString() : dictionaryRule + terms.join(QStringLiteral(", "));
+}
+
+/// Only a regular file is read: a pipe in its place would keep the dictation waiting.
+std::optional<QString> readUtf8(const QString& path) {
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) return std::nullopt;
+    QStringDecoder decode(QStringDecoder::Utf8);
+    QString text = decode(file.readAll());
+    if (decode.hasError()) return std::nullopt;
+    return text;
+}
+
+void writeForOwner(const QString& path, const QString& text) {
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) return;
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    file.write(text.toUtf8());
+    file.commit();
+}
+
+}  // namespace
+
+QString builtinPrompt(const QString& level) {
+    return opening + rulesOf(level) + commonRules + dictionaryClause() + closing;
+}
+
+QString loadPrompt() {
+    if (const auto own = readUtf8(promptFile()); own && !own->trimmed().isEmpty()) return *own;
+    QString text = opening + fileRules + closing;
+    writeForOwner(promptFile(), text);
+    return text;
+}
+
+}  // namespace parlivo::Config

@@ -1,0 +1,76 @@
+#include "engines/LlamaRunner.h"
+
+#include "engines/JsonExchange.h"
+#include "engines/LocalServer.h"
+#include "models/ModelPaths.h"
+#include "settings/Config.h"
+#include "settings/Log.h"
+#include "support/Error.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+
+namespace parlivo::LlamaRunner {
+
+namespace {
+
+using std::chrono::seconds;
+
+constexpr seconds startLimit{60};
+constexpr seconds requestTimeout{90};
+constexpr seconds replyLimit{95};
+
+LocalServer& server() {
+    static LocalServer instance({QUrl(QStringLiteral("http://127.0.0.1:8766/health")),
+                                 LocalServer::Accepts::OnlyStatus200, std::chrono::milliseconds(400)});
+    return instance;
+}
+
+ChildProcess::Program program(const QString& model) {
+    return {Config::llamaServerBinary(),
+            {QStringLiteral("-m"), model, QStringLiteral("--host"), QStringLiteral("127.0.0.1"),
+             QStringLiteral("--port"), QStringLiteral("8766"), QStringLiteral("-c"), QStringLiteral("4096")}};
+}
+
+/// The chat completion interface that llama-server shares with OpenAI's.
+HttpRequest chat(const QString& prompt) {
+    const QJsonObject message{{QStringLiteral("role"), QStringLiteral("user")},
+                              {QStringLiteral("content"), prompt}};
+    const QJsonObject body{{QStringLiteral("messages"), QJsonArray{message}},
+                           {QStringLiteral("temperature"), 0.1},
+                           {QStringLiteral("stream"), false}};
+    return JsonExchange::post(QUrl(QStringLiteral("http://127.0.0.1:8766/v1/chat/completions")), body,
+                              requestTimeout);
+}
+
+/// Whatever is missing or of another type on the way reads as absent.
+std::optional<QString> firstChoice(const QJsonObject& reply) {
+    const QJsonValue choice = reply.value(QLatin1String("choices")).toArray().at(0);
+    return JsonExchange::text(choice[QLatin1String("message")][QLatin1String("content")]);
+}
+
+}  // namespace
+
+void ensureServer() {
+    const auto model = Config::llamaModel();
+    if (!model || (server().isAlive() && server().loadedModel() == model)) return;
+    try {
+        server().start(program(*model), *model);
+        Log::info(QStringLiteral("llama-server avviato (%1)").arg(QFileInfo(*model).fileName()));
+    } catch (const Error& error) {
+        Log::info(QStringLiteral("llama-server non avviabile: ") + error.localizedDescription());
+    }
+}
+
+std::optional<QString> clean(const QString& prompt) {
+    ensureServer();
+    if (!server().isStarted() || !server().waitUntilAlive(startLimit)) return std::nullopt;
+    const auto reply = JsonExchange::send(chat(prompt), replyLimit);
+    return reply ? firstChoice(*reply) : std::nullopt;
+}
+
+void shutdown() {
+    server().terminate();
+}
+
+}  // namespace parlivo::LlamaRunner

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "support/ChildProcess.h"
+
+#include <QString>
+#include <QUrl>
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace parlivo {
+
+/// An engine: a server program on the loopback address that this program starts, asks for signs of life and
+/// ends.
+///
+/// One thread (the pipeline) starts the server and waits for it; any other may end it meanwhile. One lock
+/// guards the handle. All times are stated ones, and the program's end cuts every wait short.
+class LocalServer {
+  public:
+    /// Which answer to the probe is a sign of life.
+    enum class Accepts {
+        AnyStatus,
+        OnlyStatus200,  ///< a server that answers otherwise is still loading
+    };
+    struct Traits {
+        QUrl probe;
+        Accepts accepts = Accepts::AnyStatus;
+        /// Between two looks while waiting for the server to come alive.
+        std::chrono::milliseconds pollInterval{300};
+    };
+
+    explicit LocalServer(Traits traits) : traits_(std::move(traits)) {}
+
+    /// Whether something answers on the server's address within 1.5 s, started by us or not. Waits first for
+    /// a server that we ended to be gone: until then it may still answer, and take a request with it.
+    bool isAlive();
+    /// Looks again and again until the server is alive or `timeout` has passed.
+    bool waitUntilAlive(std::chrono::milliseconds timeout);
+
+    /// Ends the server that we started earlier, waits until it has really gone (two servers may share a port
+    /// without a word, and either would answer) and starts `program`, which loads `model`. Throws Error with
+    /// the system's reason when it cannot be started.
+    void start(const ChildProcess::Program& program, const QString& model);
+
+    /// Whether a server started by us, running or not, has not been given up since.
+    bool isStarted() const;
+    /// The model that the started server loads.
+    std::optional<QString> loadedModel() const;
+
+    /// Asks the server to end and forgets it. Returns at once; the next start waits for its end. Any thread.
+    void terminate();
+
+  private:
+    bool answers() const;
+    bool waitForFormer();
+
+    struct Started {
+        std::shared_ptr<ChildProcess> process;
+        QString model;
+    };
+
+    const Traits traits_;
+    mutable std::mutex mutex_;
+    std::optional<Started> started_;        // under mutex_
+    std::shared_ptr<ChildProcess> former_;  // under mutex_: asked to end, perhaps still there
+};
+
+}  // namespace parlivo

@@ -1,0 +1,146 @@
+#include "engines/Transcriber.h"
+
+#include "engines/JsonExchange.h"
+#include "engines/LocalServer.h"
+#include "models/ModelPaths.h"
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "support/Error.h"
+#include "support/Text.h"
+#include "support/Uuid.h"
+
+#include <QFile>
+
+#include <utility>
+
+namespace parlivo::Transcriber {
+
+namespace {
+
+using std::chrono::seconds;
+
+constexpr seconds startLimit{30};
+constexpr seconds requestTimeout{120};
+constexpr seconds replyLimit{125};
+
+LocalServer& server() {
+    static LocalServer instance({QUrl(QStringLiteral("http://127.0.0.1:8765/")),
+                                 LocalServer::Accepts::AnyStatus, std::chrono::milliseconds(300)});
+    return instance;
+}
+
+ChildProcess::Program program(const QString& model) {
+    return {Config::whisperServer(),
+            {QStringLiteral("-m"), model, QStringLiteral("--host"), QStringLiteral("127.0.0.1"),
+             QStringLiteral("--port"), QStringLiteral("8765"), QStringLiteral("-bs"), QStringLiteral("5")}};
+}
+
+/// What the recogniser is told to expect: the language's manners, and the user's own terms.
+QString prompt(const QString& language) {
+    QString text;
+    if (language == QLatin1String("it")) {
+        text = QStringLiteral("Trascrizione in italiano, con punteggiatura corretta.");
+    }
+    const QStringList terms = Config::dictionary();
+    if (!terms.isEmpty()) {
+        text += QStringLiteral(" Glossario: ") + terms.join(QStringLiteral(", ")) + QLatin1Char('.');
+    }
+    return Text::trimmedBlanks(text);
+}
+
+/// The parts of a multipart/form-data body (RFC 7578) before and after the recording itself.
+class Form {
+  public:
+    explicit Form(const QByteArray& boundary) : delimiter_("--" + boundary) {}
+
+    QByteArray fileHead() const {
+        return delimiter_ +
+               "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"audio.wav\"\r\n"
+               "Content-Type: audio/wav\r\n\r\n";
+    }
+    QByteArray field(const QByteArray& name, const QString& value) const {
+        return delimiter_ + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" +
+               value.toUtf8() + "\r\n";
+    }
+    QByteArray closing() const { return delimiter_ + "--\r\n"; }
+
+  private:
+    QByteArray delimiter_;
+};
+
+QByteArray fieldsAfterFile(const Form& form) {
+    const QString language = Config::string(Config::Key::language, QStringLiteral("it"));
+    const QString promptText = prompt(language);
+    QByteArray fields = "\r\n" + form.field("language", language);
+    if (!promptText.isEmpty()) fields += form.field("prompt", promptText);
+    return fields + form.field("response_format", QStringLiteral("json")) + form.closing();
+}
+
+[[noreturn]] void failToRead(const QFile& file) {
+    throw Error(QStringLiteral("File"), file.error(),
+                file.fileName() + QStringLiteral(": ") + file.errorString());
+}
+
+/// head + the file's bytes + tail. A long recording is copied once, from the file to its place.
+QByteArray enclose(const QByteArray& head, const QString& path, const QByteArray& tail) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) failToRead(file);
+    QByteArray body = head;
+    body.reserve(head.size() + file.size() + tail.size());
+    body.resize(head.size() + file.size());
+    const qint64 count = file.read(body.data() + head.size(), file.size());
+    if (count < 0) failToRead(file);
+    body.truncate(head.size() + count);
+    return body += tail;
+}
+
+HttpRequest inference(const QString& wav) {
+    const QByteArray boundary = "Parlivo-" + freshUuid().toLatin1();
+    const Form form(boundary);
+    HttpRequest request;
+    request.url = QUrl(QStringLiteral("http://127.0.0.1:8765/inference"));
+    request.method = "POST";
+    request.headers = {{"Content-Type", "multipart/form-data; boundary=" + boundary}};
+    request.body = enclose(form.fileHead(), wav, fieldsAfterFile(form));
+    request.timeout = requestTimeout;
+    return request;
+}
+
+/// The recogniser breaks its text into lines anywhere, inside words too, and pads it with blanks.
+QString tidied(QString text) {
+    text.remove(QLatin1Char('\r')).remove(QLatin1Char('\n'));
+    const QStringList words = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return Text::trimmedBlanks(words.join(QLatin1Char(' ')));
+}
+
+}  // namespace
+
+void ensureServer() {
+    if (server().isAlive()) return;
+    try {
+        const QString model = Config::whisperModel();
+        server().start(program(model), model);
+    } catch (const Error& error) {
+        Platform::current().systemLog().write(
+            QStringLiteral("Parlivo: impossibile avviare whisper-server: ") + error.localizedDescription());
+    }
+}
+
+QString transcribe(const QString& wav) {
+    ensureServer();
+    if (!server().waitUntilAlive(startLimit)) {
+        throw Error(ErrorCode::WhisperNotResponding, QStringLiteral("whisper-server non risponde"));
+    }
+    const auto reply = JsonExchange::send(inference(wav), replyLimit);
+    const auto text = reply ? JsonExchange::text(reply->value(QLatin1String("text"))) : std::nullopt;
+    if (!text) {
+        throw Error(ErrorCode::WhisperReplyInvalid, QStringLiteral("risposta whisper-server non valida"));
+    }
+    return tidied(*text);
+}
+
+void stopServer() {
+    server().terminate();
+}
+
+}  // namespace parlivo::Transcriber

@@ -1,0 +1,309 @@
+#include "EngineTest.h"
+#include "engines/LlamaRunner.h"
+#include "engines/Transcriber.h"
+#include "support/ChildProcess.h"
+#include "support/Error.h"
+
+#include <QFileInfo>
+#include <QProcess>
+
+#include <csignal>
+
+namespace parlivo {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+/// Whether the process is there and no zombie.
+bool lives(qint64 process) {
+    QFile status(QStringLiteral("/proc/%1/stat").arg(process));
+    return status.open(QIODevice::ReadOnly) && !status.readAll().contains(") Z ");
+}
+
+void send(qint64 process, int signal) {
+    ASSERT_EQ(kill(static_cast<pid_t>(process), signal), 0);
+}
+
+/// Engines that are started, fail and end: the stand-in program in their place.
+class EngineProcessTest : public EngineTest {
+  protected:
+    struct Start {
+        qint64 process = 0;
+        int othersRunning = 0;
+        QStringList arguments;
+    };
+
+    ~EngineProcessTest() override {
+        Transcriber::stopServer();
+        LlamaRunner::shutdown();
+        ChildProcess::endAll();
+    }
+
+    /// The starts of the engine that loads this model.
+    std::vector<Start> starts(const QString& model = QStringLiteral("ggml-model.bin")) const {
+        QFile file(folder.filePath(model + QStringLiteral(".starts")));
+        if (!file.open(QIODevice::ReadOnly)) return {};
+        std::vector<Start> result;
+        const QStringList lines =
+            QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        for (const QString& line : lines) {
+            QStringList words = line.split(QLatin1Char('\t'));
+            const qint64 process = words.takeFirst().toLongLong();
+            const int others = words.takeFirst().toInt();
+            result.push_back({process, others, words});
+        }
+        return result;
+    }
+
+    QString transcription() {
+        try {
+            return Transcriber::transcribe(wav);
+        } catch (const Error& error) {
+            return QStringLiteral("error %1").arg(error.code());
+        }
+    }
+
+    static QJsonObject answering(const QString& text) { return {{QStringLiteral("text"), text}}; }
+
+    const QString wav = writeFile(QStringLiteral("recording.wav"), "RIFF");
+    const QString lightModel = llamaModelName(QStringLiteral("light"));
+    const QString fullModel = llamaModelName(QStringLiteral("full"));
+};
+
+TEST_F(EngineProcessTest, WhisperServerGetsItsArguments) {
+    installWhisper(answering(QStringLiteral("Ciao")));
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    ASSERT_EQ(starts().size(), 1U);
+    EXPECT_EQ(starts().front().arguments.join(QLatin1Char(' ')),
+              QStringLiteral("-m %1/ggml-model.bin --host 127.0.0.1 --port 8765 -bs 5").arg(folder.path()));
+}
+
+TEST_F(EngineProcessTest, LlamaServerGetsItsArguments) {
+    installLlama(answering(QStringLiteral("Ciao")));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
+    ASSERT_EQ(starts(lightModel).size(), 1U);
+    EXPECT_EQ(starts(lightModel).front().arguments.join(QLatin1Char(' ')),
+              QStringLiteral("-m %1/%2 --host 127.0.0.1 --port 8766 -c 4096").arg(folder.path(), lightModel));
+}
+
+TEST_F(EngineProcessTest, AWarmServerServesEveryDictation) {
+    installWhisper(answering(QStringLiteral("Ciao")));
+    Transcriber::ensureServer();
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    EXPECT_EQ(starts().size(), 1U);
+}
+
+TEST_F(EngineProcessTest, SlowLoadingIsWaitedFor) {
+    installWhisper({{QStringLiteral("text"), QStringLiteral("Ciao")}, {QStringLiteral("loading"), 700}});
+    installLlama({{QStringLiteral("text"), QStringLiteral("Ciao")}, {QStringLiteral("loading"), 700}});
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
+    EXPECT_EQ(starts().size(), 1U);
+    EXPECT_EQ(starts(lightModel).size(), 1U);
+}
+
+TEST_F(EngineProcessTest, AMissingProgramIsReportedToTheSystemAndGivenUp) {
+    platform.bundle().resources = {
+        {QStringLiteral("whisper-server"), folder.filePath(QStringLiteral("gone"))}};
+    hurry();
+    QString text;
+    EXPECT_GE(statedTimeOf([&] { text = transcription(); }), seconds(30));
+    EXPECT_EQ(text, QStringLiteral("error 3"));
+    const QStringList lines = platform.systemLog().lines();
+    ASSERT_EQ(lines.size(), 1);
+    const QString prefix = QStringLiteral("Parlivo: impossibile avviare whisper-server: ");
+    EXPECT_TRUE(lines.front().startsWith(prefix) && lines.front().size() > prefix.size())
+        << qPrintable(lines.front());
+}
+
+TEST_F(EngineProcessTest, AProgramThatIsNotExecutableIsReportedToTheSystem) {
+    platform.bundle().resources = {{QStringLiteral("whisper-server"), wav}};
+    Transcriber::ensureServer();
+    EXPECT_EQ(platform.systemLog().lines().size(), 1);
+}
+
+TEST_F(EngineProcessTest, AProgramThatDiesAtStartIsGivenUp) {
+    installWhisper({{QStringLiteral("exitAtStart"), 3}});
+    hurry();
+    QString text;
+    EXPECT_GE(statedTimeOf([&] { text = transcription(); }), seconds(30));
+    EXPECT_EQ(text, QStringLiteral("error 3"));
+    EXPECT_EQ(starts().size(), 1U);
+}
+
+TEST_F(EngineProcessTest, AServerThatDiesInMidRequestIsReplacedByTheNext) {
+    installWhisper({{QStringLiteral("onRequest"), QStringLiteral("die")}});
+    EXPECT_EQ(transcription(), QStringLiteral("error 4"));
+    installWhisper(answering(QStringLiteral("Ciao")));
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    EXPECT_EQ(starts().size(), 2U);
+}
+
+TEST_F(EngineProcessTest, AServerKilledInMidRequestIsReplacedByTheNext) {
+    installWhisper({{QStringLiteral("onRequest"), QStringLiteral("never")}});
+    std::thread killer([this] {
+        const QString asked = folder.filePath(QStringLiteral("ggml-model.bin.asked"));
+        EXPECT_TRUE(eventually([&asked] { return QFileInfo::exists(asked); }));
+        send(starts().front().process, SIGKILL);
+    });
+    const QString text = transcription();
+    killer.join();
+    EXPECT_EQ(text, QStringLiteral("error 4"));
+    installWhisper(answering(QStringLiteral("Ciao")));
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+}
+
+TEST_F(EngineProcessTest, AHungServerIsReplaced) {
+    installWhisper(answering(QStringLiteral("Ciao")));
+    Clock::setScale(0.1);
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    send(starts().front().process, SIGSTOP);
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    ASSERT_GE(starts().size(), 2U);
+    EXPECT_FALSE(lives(starts().front().process));
+    EXPECT_EQ(starts().back().othersRunning, 0);
+}
+
+TEST_F(EngineProcessTest, APortHeldByAnotherProgramIsGivenUp) {
+    const StubServer mute(whisperPort, {{"/", [](const StubServer::Request&) { return silence(); }}});
+    installWhisper(answering(QStringLiteral("Ciao")));
+    hurry();
+    EXPECT_EQ(transcription(), QStringLiteral("error 3"));
+    const StubServer other(llamaPort,
+                           {{"/health", [](const StubServer::Request&) {
+                                 return StubReply{"220 mail\r\n", StubReply::Manner::ThenClose, {}};
+                             }}});
+    installLlama(answering(QStringLiteral("Ciao")));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), std::nullopt);
+}
+
+TEST_F(EngineProcessTest, TheNextServerWaitsForTheEndOfTheFormer) {
+    installWhisper({{QStringLiteral("text"), QStringLiteral("prima")}, {QStringLiteral("lingering"), 500}});
+    EXPECT_EQ(transcription(), QStringLiteral("prima"));
+    Transcriber::stopServer();
+    installWhisper(answering(QStringLiteral("dopo")));
+    EXPECT_EQ(transcription(), QStringLiteral("dopo")) << "the former still answers for half a second";
+    ASSERT_EQ(starts().size(), 2U);
+    EXPECT_EQ(starts().back().othersRunning, 0);
+}
+
+TEST_F(EngineProcessTest, AServerThatWillNotEndIsKilled) {
+    Clock::setScale(0.1);
+    installLlama({{QStringLiteral("text"), QStringLiteral("prima")}, {QStringLiteral("deaf"), true}});
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("prima"));
+    const qint64 former = starts(lightModel).front().process;
+    installLlama(answering(QStringLiteral("dopo")), QStringLiteral("full"));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("dopo"));
+    EXPECT_FALSE(lives(former));
+}
+
+TEST_F(EngineProcessTest, TheServerMayBeEndedAtAnyMomentByAnotherThread) {
+    installWhisper(answering(QStringLiteral("Ciao")));
+    installLlama(answering(QStringLiteral("Ciao")));
+    std::atomic<bool> done = false;
+    std::thread user([&done] {
+        while (!done) {
+            Transcriber::stopServer();
+            LlamaRunner::shutdown();
+            std::this_thread::sleep_for(milliseconds(40));
+        }
+    });
+    Clock::setScale(0.02);
+    for (int i = 0; i < 6; ++i) {
+        const QString text = transcription();
+        EXPECT_TRUE(text == QStringLiteral("Ciao") || text.startsWith(QStringLiteral("error")))
+            << qPrintable(text);
+        LlamaRunner::clean(QStringLiteral("x"));
+    }
+    done = true;
+    user.join();
+    for (const Start& start : starts()) EXPECT_EQ(start.othersRunning, 0);
+}
+
+TEST_F(EngineProcessTest, TheEndOfTheProgramEndsTheWaitForAServer) {
+    installWhisper({{QStringLiteral("loading"), 3'600'000}});
+    Clock::setScale(0.2);
+    QString text;
+    std::thread pipeline([&] { text = transcription(); });
+    EXPECT_TRUE(eventually([this] { return !starts().empty(); }));
+    Clock::interruptAll();
+    pipeline.join();
+    EXPECT_EQ(text, QStringLiteral("error 3"));
+    ChildProcess::endAll();
+    EXPECT_FALSE(lives(starts().front().process));
+}
+
+TEST_F(EngineProcessTest, KillingTheProgramKillsItsChildren) {
+    installWhisper({{QStringLiteral("deaf"), true}});
+    QProcess parent;
+    parent.start(QStringLiteral(PARLIVO_ORPHAN_MAKER),
+                 {stubEngine(), QStringLiteral("-m"), folder.filePath(QStringLiteral("ggml-model.bin")),
+                  QStringLiteral("--port"), QStringLiteral("8765")});
+    ASSERT_TRUE(parent.waitForStarted());
+    ASSERT_TRUE(parent.waitForReadyRead());
+    const qint64 child = parent.readLine().trimmed().toLongLong();
+    ASSERT_TRUE(eventually([this] { return !starts().empty(); }));
+    ASSERT_TRUE(lives(child));
+    parent.kill();
+    EXPECT_TRUE(parent.waitForFinished());
+    EXPECT_TRUE(eventually([child] { return !lives(child); }));
+}
+
+class ChildProcessTest : public EngineTest {
+  protected:
+    ~ChildProcessTest() override { ChildProcess::endAll(); }
+
+    static ChildProcess::Program shell(const QString& script) {
+        return {QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}};
+    }
+};
+
+TEST_F(ChildProcessTest, TellsHowTheProgramEnded) {
+    const auto child = ChildProcess::launch(shell(QStringLiteral("exit 7")));
+    EXPECT_TRUE(child->waitForExit(seconds(20)));
+    EXPECT_FALSE(child->isRunning());
+    EXPECT_EQ(child->exitStatus(), 7);
+}
+
+TEST_F(ChildProcessTest, AProgramEndedByASignalHasNoStatus) {
+    const auto child = ChildProcess::launch(shell(QStringLiteral("exec sleep 1000")));
+    EXPECT_TRUE(child->isRunning());
+    EXPECT_EQ(child->exitStatus(), std::nullopt);
+    child->terminate();
+    child->terminate();
+    EXPECT_TRUE(child->waitForExit(seconds(20)));
+    EXPECT_EQ(child->exitStatus(), std::nullopt);
+    child->terminate();
+}
+
+TEST_F(ChildProcessTest, AWaitEndsWithoutTheProgramWhenToldSo) {
+    const auto child = ChildProcess::launch(shell(QStringLiteral("exec sleep 1000")));
+    EXPECT_FALSE(child->waitForExit(milliseconds(1)));
+    Clock::interruptAll();
+    EXPECT_FALSE(child->waitForExit(seconds(1000)));
+}
+
+TEST_F(ChildProcessTest, AMissingProgramIsAnErrorWithTheSystemsReason) {
+    try {
+        ChildProcess::launch({folder.filePath(QStringLiteral("gone")), {}});
+        FAIL() << "it was started";
+    } catch (const Error& error) {
+        EXPECT_FALSE(error.localizedDescription().isEmpty());
+        EXPECT_NE(error.domain(), Error::programDomain());
+    }
+}
+
+TEST_F(ChildProcessTest, NobodySurvivesTheEnd) {
+    Clock::setScale(0.05);
+    const auto meek = ChildProcess::launch(shell(QStringLiteral("exec sleep 1000")));
+    const auto deaf =
+        ChildProcess::launch(shell(QStringLiteral("trap '' TERM; while :; do sleep 1000; done")));
+    ChildProcess::endAll();
+    EXPECT_FALSE(meek->isRunning());
+    EXPECT_FALSE(deaf->isRunning());
+    EXPECT_FALSE(lives(deaf->processId()));
+}
+
+}  // namespace
+}  // namespace parlivo
