@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QWidget>
+
+namespace parlivo {
+
+/// The user's own terms.
+class DictionaryTab : public QWidget {
+  public:
+    explicit DictionaryTab(QWidget* parent = nullptr);
+};
+
+}  // namespace parlivo

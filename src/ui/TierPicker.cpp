@@ -1,0 +1,114 @@
+#include "ui/TierPicker.h"
+
+#include "ui/views/ChoiceRow.h"
+#include "ui/views/Form.h"
+#include "ui/views/Labels.h"
+#include "ui/views/Progress.h"
+
+#include <QProgressBar>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int barWidth = 90;
+constexpr int checkSize = 16;
+constexpr int smallButtonRoom = 28;
+
+}  // namespace
+
+TierPicker::TierPicker(const QString& title, std::vector<ModelCatalog::Entry> tiers,
+                       Binding<QString> selection, std::function<void()> onChanged, ModelFetch fetch,
+                       QWidget* parent)
+    : QWidget(parent),
+      tiers_(std::move(tiers)),
+      selection_(std::move(selection)),
+      onChanged_(std::move(onChanged)),
+      fetch_(std::move(fetch)),
+      errorLine_(new Label({}, TextStyle::Caption, errorColour, this)) {
+    setAccessibleName(title);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    column->addWidget(new Label(title, TextStyle::Body, primaryColour, this));
+    for (const ModelCatalog::Entry& entry : tiers_) {
+        auto* row = new ChoiceRow(entry.label, entry.detail, primaryColour, this);
+        row->onChosen = [this, entry] { choose(entry); };
+        column->addWidget(row);
+        rows_.push_back(row);
+    }
+    column->addWidget(errorLine_);
+    refresh();
+}
+
+void TierPicker::choose(const ModelCatalog::Entry& entry) {
+    selection_.set(entry.id);
+    refresh();
+    if (onChanged_) onChanged_();
+}
+
+void TierPicker::download(const ModelCatalog::Entry& entry) {
+    error_.reset();
+    downloading_[entry.id] = {};
+    refresh();
+    downloading_[entry.id].downloader = fetch_(
+        entry,
+        {.onProgress = [this, id = entry.id](double fraction, qint64, qint64) { showProgress(id, fraction); },
+         .onCompletion = [this, id = entry.id](const auto& error) { finish(id, error); }});
+}
+
+void TierPicker::showProgress(const QString& id, double fraction) {
+    downloading_[id].progress = fraction;
+    if (bar_ && selection_.get() == id) showFraction(*bar_, fraction);
+}
+
+void TierPicker::finish(const QString& id, const std::optional<Error>& error) {
+    downloading_.erase(id);
+    if (error) error_ = error->localizedDescription();
+    refresh();
+    if (onChanged_) onChanged_();
+}
+
+void TierPicker::refresh() {
+    const QString selected = selection_.get();
+    bar_ = nullptr;
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        rows_[i]->setSelected(tiers_[i].id == selected);
+        rows_[i]->setTrailing(trailingOf(tiers_[i], tiers_[i].id == selected));
+    }
+    errorLine_->setText(error_.value_or(QString()));
+    errorLine_->setVisible(error_.has_value());
+}
+
+QWidget* TierPicker::trailingOf(const ModelCatalog::Entry& entry, bool selected) {
+    if (ModelCatalog::isDownloaded(entry)) {
+        return new SymbolView(u"checkmark.circle.fill"_s, checkSize, successColour, this);
+    }
+    if (!selected) return nullptr;
+    const auto running = downloading_.find(entry.id);
+    if (running != downloading_.end()) return progressBar(running->second.progress);
+    QPushButton* button = makeButton(
+        u"Scarica"_s, [this, entry] { download(entry); }, this);
+    button->setFont(textFont(TextStyle::Caption));
+    button->setFixedWidth(button->fontMetrics().horizontalAdvance(button->text()) + smallButtonRoom);
+    return button;
+}
+
+QWidget* TierPicker::progressBar(double fraction) {
+    bar_ = makeProgressBar(this);
+    bar_->setFixedWidth(barWidth);
+    showFraction(*bar_, fraction);
+    return bar_;
+}
+
+void TierPicker::showEvent(QShowEvent* event) {
+    refresh();
+    QWidget::showEvent(event);
+}
+
+}  // namespace parlivo

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QIcon>
+
+namespace parlivo {
+
+/// The application's own icon, crisp at every size; a null icon when the bundle has none. Main thread.
+QIcon appIcon();
+
+}  // namespace parlivo

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "ui/views/Binding.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QPlainTextEdit>
+#include <QSpinBox>
+#include <QString>
+#include <QWidget>
+
+#include <vector>
+
+class QRadioButton;
+
+/// Controls that are bound to a value: they read it afresh whenever they are shown and write every change at
+/// once.
+namespace parlivo {
+
+/// One option of several: what the user reads and what is stored.
+struct Option {
+    QString label;
+    QString value;
+};
+
+class Toggle : public QCheckBox {
+  public:
+    Toggle(const QString& label, Binding<bool> value, QWidget* parent = nullptr);
+    void refresh();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    Binding<bool> value_;
+    bool refreshing_ = false;
+};
+
+/// Radio buttons one below the other. A stored value that is none of the options selects none.
+class RadioGroup : public QWidget {
+  public:
+    RadioGroup(const QString& name, const std::vector<Option>& options, Binding<QString> value,
+               QWidget* parent = nullptr);
+    void refresh();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    struct Button {
+        QRadioButton* button;
+        QString value;
+    };
+    Binding<QString> value_;
+    std::vector<Button> buttons_;
+};
+
+/// A pop-up list. A stored value that is not among the options is shown pale, without being one of them.
+class Picker : public QComboBox {
+  public:
+    Picker(const QString& name, const std::vector<Option>& options, Binding<QString> value,
+           QWidget* parent = nullptr);
+    void setOptions(const std::vector<Option>& options);
+    void refresh();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+  private:
+    Binding<QString> value_;
+};
+
+/// A number within a sentence, changed in steps only.
+class Stepper : public QSpinBox {
+  public:
+    struct Steps {
+        int from;
+        int to;
+        int by;
+    };
+    Stepper(const QString& before, const QString& after, Steps steps, Binding<int> value,
+            QWidget* parent = nullptr);
+    void refresh();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+  private:
+    Binding<int> value_;
+};
+
+/// Several lines of text, stored as typed.
+class TextEditor : public QPlainTextEdit {
+  public:
+    TextEditor(const QString& name, Binding<QString> value, QWidget* parent = nullptr);
+    void refresh();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    Binding<QString> value_;
+};
+
+}  // namespace parlivo

@@ -1,0 +1,70 @@
+#include "ui/views/Dialogs.h"
+
+#include "ui/views/Windows.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <utility>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class DesktopDialogs : public Dialogs {
+  public:
+    int ask(const Alert& alert) override;
+    std::optional<QString> chooseFolder(const QString& startingIn, const QString& prompt) override;
+};
+
+int DesktopDialogs::ask(const Alert& alert) {
+    QMessageBox box(QMessageBox::Information, u"Parlivo"_s, alert.message);
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText(alert.informativeText);
+    QList<QPushButton*> buttons;
+    for (const QString& label : alert.buttons) {
+        buttons.append(
+            box.addButton(label, buttons.isEmpty() ? QMessageBox::AcceptRole : QMessageBox::RejectRole));
+    }
+    box.setDefaultButton(buttons.first());
+    box.setEscapeButton(buttons.last());
+    bringToFront(box);
+    box.exec();
+    const auto chosen = buttons.indexOf(qobject_cast<QPushButton*>(box.clickedButton()));
+    return static_cast<int>(chosen < 0 ? buttons.size() - 1 : chosen);
+}
+
+std::optional<QString> DesktopDialogs::chooseFolder(const QString& startingIn, const QString& prompt) {
+    QFileDialog panel(QApplication::activeWindow(), prompt, startingIn);
+    panel.setFileMode(QFileDialog::Directory);
+    panel.setOption(QFileDialog::ShowDirsOnly);
+    panel.setLabelText(QFileDialog::Accept, prompt);
+    panel.setLabelText(QFileDialog::Reject, u"Annulla"_s);
+    panel.setLabelText(QFileDialog::LookIn, u"Cerca in:"_s);
+    panel.setLabelText(QFileDialog::FileName, u"Cartella:"_s);
+    panel.setLabelText(QFileDialog::FileType, u"Tipo:"_s);
+    if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return std::nullopt;
+    return panel.selectedFiles().first();
+}
+
+std::unique_ptr<Dialogs>& slot() {
+    static std::unique_ptr<Dialogs> dialogs;
+    return dialogs;
+}
+
+}  // namespace
+
+Dialogs& Dialogs::current() {
+    if (!slot()) slot() = std::make_unique<DesktopDialogs>();
+    return *slot();
+}
+
+void Dialogs::install(std::unique_ptr<Dialogs> dialogs) {
+    slot() = std::move(dialogs);
+}
+
+}  // namespace parlivo

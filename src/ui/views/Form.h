@@ -1,0 +1,72 @@
+#pragma once
+
+#include "ui/views/Controls.h"
+#include "ui/views/Labels.h"
+
+#include <QLayout>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QString>
+
+#include <functional>
+#include <initializer_list>
+#include <vector>
+
+class QVBoxLayout;
+
+namespace parlivo {
+
+/// A page that shows its contents from top to bottom, scrolling when they are longer than the page.
+class FormPage : public QScrollArea {
+  public:
+    explicit FormPage(QWidget* parent = nullptr);
+    QWidget& contents() const { return *widget(); }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void fitHeight();
+};
+
+/// A push button that Return presses too while it has the focus.
+QPushButton* makeButton(const QString& label, std::function<void()> action, QWidget* parent);
+
+/// Fills a widget from top to bottom, each line a statement.
+class Form {
+  public:
+    explicit Form(QWidget& host);
+
+    Label& text(const QString& text);
+    Label& caption(const QString& text);
+    Toggle& toggle(const QString& label, Binding<bool> value);
+    /// `label` stands above the options; without one the options speak for themselves, and `name` is what a
+    /// screen reader says.
+    RadioGroup& radioGroup(const QString& label, const std::vector<Option>& options, Binding<QString> value);
+    RadioGroup& unlabelledRadioGroup(const QString& name, const std::vector<Option>& options,
+                                     Binding<QString> value);
+    Picker& picker(const QString& label, const std::vector<Option>& options, Binding<QString> value);
+    Stepper& stepper(const QString& before, const QString& after, Stepper::Steps steps, Binding<int> value);
+    QPushButton& button(const QString& label, std::function<void()> action);
+    void divider();
+    /// A widget that brings its own look; it is given the form's host as parent.
+    template <typename Widget>
+    Widget& add(Widget* widget) {
+        addWidget(widget);
+        return *widget;
+    }
+    /// Widgets side by side; the first takes the room that is left.
+    QWidget& row(std::initializer_list<QWidget*> widgets);
+    /// What follows moves to the bottom.
+    void space();
+
+    QWidget& host() { return host_; }
+
+  private:
+    void addWidget(QWidget* widget);
+    QWidget& host_;
+    QVBoxLayout* column_;
+};
+
+}  // namespace parlivo

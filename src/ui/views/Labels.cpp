@@ -1,0 +1,97 @@
+#include "ui/views/Labels.h"
+
+#include "ui/SystemColour.h"
+
+#include <QApplication>
+#include <QEvent>
+
+#include <utility>
+
+namespace parlivo {
+
+namespace {
+
+constexpr int darkBelow = 128;  // of 255
+constexpr float secondaryStrength = 0.65F;
+
+double scaleOf(TextStyle style) {
+    switch (style) {
+        case TextStyle::Title:
+            return 1.7;
+        case TextStyle::Headline:
+            return 1.1;
+        case TextStyle::Lead:
+            return 1.08;
+        case TextStyle::Body:
+            return 1.0;
+        case TextStyle::Caption:
+            return 0.86;
+    }
+    return 1.0;
+}
+
+Background background(const QPalette& palette) {
+    return isDark(palette) ? Background::Dark : Background::Light;
+}
+
+}  // namespace
+
+QFont textFont(TextStyle style) {
+    QFont font = QApplication::font();
+    // A font is sized in points or in pixels, whichever the desktop states.
+    if (font.pointSizeF() > 0) {
+        font.setPointSizeF(font.pointSizeF() * scaleOf(style));
+    } else {
+        font.setPixelSize(qRound(font.pixelSize() * scaleOf(style)));
+    }
+    if (style == TextStyle::Title || style == TextStyle::Headline) font.setWeight(QFont::DemiBold);
+    return font;
+}
+
+bool isDark(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() < darkBelow;
+}
+
+QColor primaryColour(const QPalette& palette) {
+    return palette.color(QPalette::WindowText);
+}
+
+QColor secondaryColour(const QPalette& palette) {
+    QColor colour = primaryColour(palette);
+    colour.setAlphaF(secondaryStrength);
+    return colour;
+}
+
+QColor errorColour(const QPalette& palette) {
+    return systemColour(SystemColour::Red, background(palette));
+}
+
+QColor successColour(const QPalette& palette) {
+    return systemColour(SystemColour::Green, background(palette));
+}
+
+Label::Label(const QString& text, TextStyle style, PaletteColour colour, QWidget* parent)
+    : QLabel(text, parent), colour_(std::move(colour)) {
+    setTextFormat(Qt::PlainText);
+    setWordWrap(true);
+    // On a button a label would take the button's colour.
+    setForegroundRole(QPalette::WindowText);
+    setFont(textFont(style));
+    applyColour();
+}
+
+void Label::changeEvent(QEvent* event) {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ParentChange) applyColour();
+}
+
+void Label::applyColour() {
+    const QPalette surroundings = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    const QColor wanted = colour_(surroundings);
+    if (palette().color(QPalette::WindowText) == wanted) return;
+    QPalette own;
+    own.setColor(QPalette::WindowText, wanted);
+    setPalette(own);
+}
+
+}  // namespace parlivo

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QLabel>
+#include <QPalette>
+#include <QString>
+
+#include <functional>
+
+namespace parlivo {
+
+/// What a text is for; decides its size and weight, all relative to the desktop's own font.
+enum class TextStyle { Title, Headline, Lead, Body, Caption };
+QFont textFont(TextStyle style);
+
+/// A colour that depends on the surroundings, such as the desktop's dark palette.
+using PaletteColour = std::function<QColor(const QPalette&)>;
+/// The colour of ordinary text.
+QColor primaryColour(const QPalette& palette);
+/// The paler colour of what only explains.
+QColor secondaryColour(const QPalette& palette);
+/// For what went wrong, what went well, and what is chosen with the heart.
+QColor errorColour(const QPalette& palette);
+QColor successColour(const QPalette& palette);
+bool isDark(const QPalette& palette);
+
+/// A text that wraps, in plain letters: what looks like markup is shown as it is.
+class Label : public QLabel {
+  public:
+    Label(const QString& text, TextStyle style, PaletteColour colour = primaryColour,
+          QWidget* parent = nullptr);
+
+  protected:
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void applyColour();
+    PaletteColour colour_;
+};
+
+}  // namespace parlivo

@@ -1,0 +1,14 @@
+#pragma once
+
+class QProgressBar;
+class QWidget;
+
+namespace parlivo {
+
+/// A thin bar without words, for a fraction.
+QProgressBar* makeProgressBar(QWidget* parent);
+
+/// Shows a fraction; one beyond 1 is a full bar.
+void showFraction(QProgressBar& bar, double fraction);
+
+}  // namespace parlivo

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ui/views/Labels.h"
+
+#include <QString>
+#include <QWidget>
+
+namespace parlivo {
+
+/// Draws a symbol of the bundle, crisp at every scale of the screen. Decoration: what it says must be said in
+/// words beside it. Nothing is drawn when there is no such symbol.
+class SymbolView : public QWidget {
+  public:
+    /// `size` in points, both ways.
+    SymbolView(const QString& name, int size, PaletteColour colour = primaryColour,
+               QWidget* parent = nullptr);
+
+    void setSymbol(const QString& name, PaletteColour colour);
+    const QString& symbol() const { return name_; }
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QString name_;
+    PaletteColour colour_;
+};
+
+}  // namespace parlivo

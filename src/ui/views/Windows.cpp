@@ -1,0 +1,23 @@
+#include "ui/views/Windows.h"
+
+#include <QScreen>
+#include <QWidget>
+
+namespace parlivo {
+
+void bringToFront(QWidget& window) {
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
+void centreOnScreen(QWidget& window) {
+    if (const QScreen* screen = window.screen()) {
+        QRect frame(QPoint(), window.size());
+        frame.moveCenter(screen->availableGeometry().center());
+        window.move(frame.topLeft());
+    }
+}
+
+}  // namespace parlivo

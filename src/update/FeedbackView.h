@@ -1,0 +1,52 @@
+#pragma once
+
+#include "support/Lifeline.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QStackedWidget;
+
+namespace parlivo {
+
+class Label;
+class StarRating;
+
+/// Stars and a few lines for the makers, sent to the product's site. After a success it says thanks for the
+/// rest of its life.
+class FeedbackView : public QWidget {
+  public:
+    explicit FeedbackView(std::function<void()> onClose, QWidget* parent = nullptr);
+
+  private:
+    QWidget* makeForm();
+    QWidget* makeTextField();
+    QWidget* makeButtons();
+    QWidget* makeThanks();
+    void refresh();
+    void send();
+    void answered(bool success);
+    QByteArray body() const;
+
+    const std::function<void()> onClose_;
+    bool sending_ = false;
+    std::optional<QString> error_;
+
+    QStackedWidget* pages_;
+    StarRating* rating_ = nullptr;
+    QPlainTextEdit* text_ = nullptr;
+    QLineEdit* email_ = nullptr;
+    Label* errorLine_ = nullptr;
+    QPushButton* send_ = nullptr;
+    QPushButton* close_ = nullptr;
+    Lifeline lifeline_;
+};
+
+}  // namespace parlivo

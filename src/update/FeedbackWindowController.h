@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+
+namespace parlivo {
+
+/// The one feedback window, and the occasional invitation to it. Main thread.
+class FeedbackWindowController {
+  public:
+    FeedbackWindowController();
+    ~FeedbackWindowController();
+    FeedbackWindowController(const FeedbackWindowController&) = delete;
+    FeedbackWindowController& operator=(const FeedbackWindowController&) = delete;
+
+    /// Builds the window on the first call, then brings it to the front with its form as it was left.
+    void show();
+    QWidget* window() const { return window_.get(); }
+
+    /// After each dictation: invites the user once he has some experience, at most every 30 days, and never
+    /// again after he has sent something. Waits for the answer.
+    void maybePromptAfterDictation();
+
+  private:
+    std::unique_ptr<QWidget> window_;
+};
+
+}  // namespace parlivo
