@@ -1,0 +1,218 @@
+#include "app/AppDelegate.h"
+
+#include "models/ModelPaths.h"
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "settings/Log.h"
+#include "support/Clock.h"
+#include "support/Error.h"
+#include "support/MainQueue.h"
+#include "support/NotificationCenter.h"
+#include "support/Text.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <utility>
+
+namespace parlivo {
+
+namespace {
+
+constexpr qsizetype errorLength = 80;  // characters
+constexpr std::chrono::seconds errorStay{8};
+
+bool soundsOn() {
+    return Config::boolean(Config::Key::soundsEnabled, true);
+}
+
+void playIfWanted(const QString& sound) {
+    if (soundsOn()) Platform::current().sounds().play(sound);
+}
+
+QString dictationMode() {
+    return Config::string(Config::Key::dictationMode, QStringLiteral("ptt"));
+}
+
+QString verdict(bool granted) {
+    return granted ? QStringLiteral("OK") : QStringLiteral("NEGATO");
+}
+
+}  // namespace
+
+AppDelegate::AppDelegate(Collaborators collaborators, AudioRecorder::Now now)
+    : ask_(std::move(collaborators)), recorder_(std::move(now)) {}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+    setupStatusItem();
+    overlay_.setLevelProvider(
+        [this, alive = lifeline_.watch()] { return alive.expired() ? 0.0F : recorder_.level(); });
+    const bool ready = Config::boolean(Config::Key::onboardingDone, false) && Config::hasUsableModel();
+    if (ready) {
+        requestPermissions();
+    } else {
+        ask_.showOnboarding([this, alive = lifeline_.watch()] {
+            if (!alive.expired()) pipelineQueue_.async(ask_.ensureTranscriber);
+        });
+    }
+    ask_.startUpdater([this, alive = lifeline_.watch()] {
+        if (!alive.expired()) updateUI();
+    });
+    ask_.showWhatsNew();
+    installHotKey();
+    pipelineQueue_.async([] { Platform::current().keyboard().prepare(); });
+    if (ready) warmUp();
+}
+
+void AppDelegate::applicationWillTerminate() {
+    Clock::interruptAll();
+    recorder_.onInterrupted = nullptr;
+    if (state_ == State::recording) {
+        if (const auto recording = recorder_.stop()) QFile::remove(*recording);
+        overlay_.hide();
+    }
+    ask_.stopEngines();
+}
+
+void AppDelegate::installHotKey() {
+    hotKey_.onKeyDown = [this] { keyDown(); };
+    hotKey_.onKeyUp = [this] { keyUp(); };
+    hotKey_.applyCurrentPreset();
+    NotificationCenter::observe(Config::pvHotkeyChanged, lifeline_.watch(),
+                                [this] { hotKey_.applyCurrentPreset(); });
+    // A microphone that goes away ends the recording with what it has: nobody should talk on into nothing.
+    recorder_.onInterrupted = [this] { stopAndProcess(); };
+}
+
+void AppDelegate::warmUp() {
+    pipelineQueue_.async([this] {
+        ask_.ensureTranscriber();
+        ask_.ensureCleaner();
+    });
+}
+
+void AppDelegate::keyDown() {
+    if (dictationMode() == QLatin1String("toggle")) {
+        toggle();
+    } else {
+        startRecording();
+    }
+}
+
+void AppDelegate::keyUp() {
+    // Any other mode than these two starts on the press and is ended by no key: a deliberate one-sided
+    // fallback.
+    if (dictationMode() == QLatin1String("ptt")) stopAndProcess();
+}
+
+void AppDelegate::toggle() {
+    if (state_ == State::recording) {
+        stopAndProcess();
+    } else {
+        startRecording();
+    }
+}
+
+void AppDelegate::perform(RemoteCommand command) {
+    switch (command) {
+        case RemoteCommand::Press:
+            return keyDown();
+        case RemoteCommand::Release:
+            return keyUp();
+        case RemoteCommand::Toggle:
+            return toggle();
+        case RemoteCommand::ShowSettings:
+            return ask_.showSettings();
+        case RemoteCommand::ShowFeedback:
+            return ask_.showFeedback();
+        case RemoteCommand::Quit:
+            return QCoreApplication::quit();
+    }
+}
+
+void AppDelegate::startRecording() {
+    if (state_ != State::idle) return;
+    try {
+        recorder_.start();
+    } catch (const Error& error) {
+        showError(QStringLiteral("Impossibile avviare la registrazione: ") + error.localizedDescription());
+        return;
+    }
+    setState(State::recording);
+    if (Config::boolean(Config::Key::overlayEnabled, true)) overlay_.show();
+    playIfWanted(QStringLiteral("Tink"));
+}
+
+void AppDelegate::stopAndProcess() {
+    if (state_ != State::recording) return;
+    const auto url = recorder_.stop();
+    if (!url) {
+        setState(State::idle);
+        overlay_.hide();
+        return;
+    }
+    // Handed over before sound and icon: the engine works while they are seen to.
+    // The job owns the recording: a job that the program's end drops deletes it too.
+    pipelineQueue_.async([this, recording = std::make_shared<ScopedFile>(*url)] { process(*recording); });
+    playIfWanted(QStringLiteral("Pop"));
+    setState(State::transcribing);
+    overlay_.clearWaveLevelProvider();
+}
+
+void AppDelegate::setupStatusItem() {
+    auto& workspace = Platform::current().workspace();
+    menu_ = std::make_unique<StatusMenu>(StatusMenu::Actions{
+        .willOpen = [this] { menuWillOpen(); },
+        .openMicSettings = [&workspace] { workspace.openPrivacyPane(PrivacyPane::Microphone); },
+        .openAccessibilitySettings = [&workspace] { workspace.openPrivacyPane(PrivacyPane::Accessibility); },
+        .installUpdate = ask_.promptAndInstall,
+        .openSettings = ask_.showSettings,
+        .openFeedback = ask_.showFeedback,
+        .quit = [] { QCoreApplication::quit(); },
+    });
+    updateUI();
+    menuWillOpen();
+}
+
+void AppDelegate::menuWillOpen() {
+    auto& permissions = Platform::current().permissions();
+    menu_->setMicrophone(permissions.microphone());
+    menu_->setAccessibility(permissions.accessibilityTrusted(Permissions::Prompt::No));
+    menu_->setUpdate(ask_.availableVersion());
+}
+
+void AppDelegate::requestPermissions() {
+    auto& permissions = Platform::current().permissions();
+    permissions.requestMicrophone(
+        [](bool granted) { Log::info(QStringLiteral("permesso microfono: ") + verdict(granted)); });
+    const bool trusted = permissions.accessibilityTrusted(Permissions::Prompt::Yes);
+    Log::info(QStringLiteral("permesso accessibilità: ") + verdict(trusted));
+}
+
+void AppDelegate::setState(State state) {
+    state_ = state;
+    updateUI();
+    Platform::current().remoteControl().announceState(caseName(state));
+}
+
+void AppDelegate::updateUI() {
+    menu_->setTitle(statusText(state_));
+    const StateIcon icon = iconOf(state_);
+    menu_->setIcon(icon.symbol, icon.tint);
+}
+
+QString AppDelegate::statusLine() const {
+    return menu_ ? menu_->title() : statusText(state_);
+}
+
+void AppDelegate::showError(const QString& message) {
+    playIfWanted(QStringLiteral("Basso"));
+    menu_->setTitle(QStringLiteral("⚠️ ") + Text::firstCharacters(message, errorLength));
+    MainQueue::after(errorStay, lifeline_.watch(), [this] {
+        if (state_ == State::idle) menu_->setTitle(statusText(State::idle));
+    });
+}
+
+}  // namespace parlivo

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+namespace parlivo {
+
+/// What AppDelegate asks of the engines, the keyboard and the windows. `real()` wires them up; a test puts in
+/// its own, so that the rules of a dictation can be watched one by one.
+struct Collaborators {
+    // On the pipeline queue; blocking.
+    std::function<void()> ensureTranscriber;
+    std::function<void()> ensureCleaner;
+    std::function<QString(const QString& recording)> convert;  ///< throws Error
+    std::function<QString(const QString& wav)> transcribe;     ///< throws Error
+    std::function<QString(const QString& raw)> clean;
+    std::function<void(const QString& text)> typeText;
+    std::function<void(const QString& text)> paste;
+
+    // On the main thread.
+    std::function<void()> stopEngines;
+    std::function<void(std::function<void()> onFinished)> showOnboarding;
+    std::function<void(std::function<void()> onStateChange)> startUpdater;
+    std::function<std::optional<QString>()> availableVersion;
+    std::function<void()> promptAndInstall;
+    std::function<void()> showWhatsNew;
+    std::function<void()> showSettings;
+    std::function<void()> showFeedback;
+    std::function<void()> maybePromptForFeedback;
+
+    static Collaborators real();
+};
+
+}  // namespace parlivo

@@ -1,0 +1,72 @@
+#include "app/CommandLine.h"
+
+#include <algorithm>
+#include <array>
+
+namespace parlivo {
+
+namespace {
+
+struct Option {
+    const char16_t* name;
+    RemoteCommand command;
+    const char16_t* meaning;
+};
+
+constexpr std::array options{
+    Option{u"--press", RemoteCommand::Press, u"come premere la scorciatoia"},
+    Option{u"--release", RemoteCommand::Release, u"come rilasciarla"},
+    Option{u"--toggle", RemoteCommand::Toggle, u"inizia a registrare, oppure ferma e scrive"},
+    Option{u"--settings", RemoteCommand::ShowSettings, u"apre le impostazioni"},
+    Option{u"--feedback", RemoteCommand::ShowFeedback, u"apre la finestra del feedback"},
+    Option{u"--quit", RemoteCommand::Quit, u"chiude Parlivo"},
+};
+
+QString line(const QString& name, const QString& meaning) {
+    return QStringLiteral("  %1 %2\n").arg(name, -12).arg(meaning);
+}
+
+}  // namespace
+
+bool CommandLine::canStart() const {
+    return wish == Wish::Start ||
+           (wish == Wish::Command && std::all_of(commands.begin(), commands.end(), [](RemoteCommand c) {
+                return c == RemoteCommand::ShowSettings || c == RemoteCommand::ShowFeedback;
+            }));
+}
+
+std::variant<CommandLine, CommandLineFault> parseCommandLine(const QStringList& arguments) {
+    CommandLine result;
+    for (const QString& argument : arguments) {
+        if (argument == QLatin1String("--help") || argument == QLatin1String("-h")) {
+            return CommandLine{CommandLine::Wish::ShowHelp, {}};
+        }
+        if (argument == QLatin1String("--version")) return CommandLine{CommandLine::Wish::ShowVersion, {}};
+        const auto* found = std::find_if(options.begin(), options.end(), [&](const Option& option) {
+            return argument == QStringView(option.name);
+        });
+        if (found == options.end()) {
+            return CommandLineFault{QStringLiteral("opzione sconosciuta: %1 (vedi --help)").arg(argument)};
+        }
+        result.wish = CommandLine::Wish::Command;
+        result.commands.push_back(found->command);
+    }
+    return result;
+}
+
+QString commandLineHelp() {
+    QString text = QStringLiteral(
+        "Uso: Parlivo [opzioni]\n\n"
+        "Tieni premuto ⌥Spazio, parla, rilascia: il testo appare dove stai scrivendo.\n"
+        "Senza opzioni avvia Parlivo; se è già in esecuzione ne apre le impostazioni.\n\n"
+        "Per l'istanza in esecuzione:\n");
+    for (const Option& option : options) {
+        text += line(QStringView(option.name).toString(), QStringView(option.meaning).toString());
+    }
+    text += QLatin1Char('\n');
+    text += line(QStringLiteral("--version"), QStringLiteral("mostra la versione"));
+    text += line(QStringLiteral("--help"), QStringLiteral("mostra questo testo"));
+    return text;
+}
+
+}  // namespace parlivo

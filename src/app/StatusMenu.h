@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/Permissions.h"
+#include "platform/StatusItemHost.h"
+
+#include <QIcon>
+#include <QMenu>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QSystemTrayIcon;
+
+namespace parlivo {
+
+enum class Tint { None, Red, Orange, Purple, Blue };
+
+/// The status item and its menu: what the user sees of a program without a window. It shows what it is told
+/// and passes on what is chosen.
+///
+/// The item appears when the desktop has a place for it, disappears with that place and comes back; what was
+/// set meanwhile is there then. Main thread.
+class StatusMenu : public QObject {
+  public:
+    struct Actions {
+        std::function<void()> willOpen;
+        std::function<void()> openMicSettings;
+        std::function<void()> openAccessibilitySettings;
+        std::function<void()> installUpdate;
+        std::function<void()> openSettings;
+        std::function<void()> openFeedback;
+        std::function<void()> quit;
+    };
+
+    explicit StatusMenu(Actions actions);
+    ~StatusMenu() override;
+    StatusMenu(const StatusMenu&) = delete;
+    StatusMenu& operator=(const StatusMenu&) = delete;
+
+    /// The first line, which cannot be chosen.
+    void setTitle(const QString& title);
+    QString title() const { return title_; }
+
+    /// The symbol of that name; without a tint it is drawn in the panel's own foreground. A symbol that
+    /// cannot be made leaves the item without an image.
+    void setIcon(const QString& symbol, Tint tint);
+    void setMicrophone(MicrophoneStatus status);
+    void setAccessibility(bool trusted);
+    /// The version on offer; nothing hides the line.
+    void setUpdate(const std::optional<QString>& version);
+
+    /// The menu and the icon as they stand, whether there is a place for them or not.
+    QMenu& menu() { return menu_; }
+    const QMenu& menu() const { return menu_; }
+    const QIcon& icon() const { return icon_; }
+
+  private:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void build(const Actions& actions);
+    QAction* addLine(const QString& text, const std::function<void()>& chosen);
+    void placeChanged(const std::optional<StatusItemPlace>& place);
+    void showItem();
+    void drawTitle();
+    void drawIcon();
+    QColor colour() const;
+
+    QString title_;
+    QString symbol_;
+    Tint tint_ = Tint::None;
+    std::optional<StatusItemPlace> place_;
+    QIcon icon_;
+
+    QMenu menu_;
+    QAction* statusLine_ = nullptr;
+    QAction* microphoneLine_ = nullptr;
+    QAction* accessibilityLine_ = nullptr;
+    QAction* updateLine_ = nullptr;
+    std::unique_ptr<QSystemTrayIcon> item_;
+};
+
+}  // namespace parlivo

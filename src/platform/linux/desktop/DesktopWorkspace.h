@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Bundle.h"
+#include "platform/SystemLog.h"
+#include "platform/Workspace.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace parlivo {
+
+/// The user's own programs for addresses and files, by xdg-open, and the desktop's own settings.
+///
+/// What is opened belongs to the user and outlives this program. A program that cannot be started is noted in
+/// the system log.
+class DesktopWorkspace : public Workspace {
+  public:
+    DesktopWorkspace(const Bundle& bundle, SystemLog& log) : bundle_(bundle), log_(log) {}
+
+    void open(const QUrl& url) override;
+    /// The desktop's sound settings, and the page of help on what typing needs: X asks nobody for that, so
+    /// there is nothing to grant but much that may be missing.
+    void openPrivacyPane(PrivacyPane pane) override;
+
+  private:
+    void openSoundSettings();
+    void openHelp(const QString& page);
+    void start(const QString& program, const QStringList& arguments);
+
+    const Bundle& bundle_;
+    SystemLog& log_;
+};
+
+}  // namespace parlivo

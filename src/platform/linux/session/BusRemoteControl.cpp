@@ -1,0 +1,89 @@
+#include "platform/linux/session/BusRemoteControl.h"
+
+#include "platform/linux/base/XdgDirectories.h"
+#include "platform/linux/session/RemoteObject.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDir>
+
+namespace parlivo {
+
+namespace {
+
+const auto service = QStringLiteral("it.parlivo.Parlivo");
+const auto path = QStringLiteral("/it/parlivo/Parlivo");
+const auto interfaceName = QStringLiteral("it.parlivo.Parlivo1");
+
+/// How long a running instance may take to take a command.
+constexpr int replyTimeout = 5000;  // ms
+
+QDBusConnection bus() {
+    return QDBusConnection::sessionBus();
+}
+
+/// A bus may take the connection and still not serve it (while it starts or ends): then there is nobody to
+/// ask.
+bool busServes() {
+    return bus().isConnected() && bus().interface() != nullptr;
+}
+
+QString lockFile() {
+    const QString runtime = XdgDirectories::runtime();
+    return (runtime.isEmpty() ? QDir::tempPath() : runtime) + QStringLiteral("/Parlivo.lock");
+}
+
+QString methodOf(RemoteCommand command) {
+    switch (command) {
+        case RemoteCommand::Press:
+            return QStringLiteral("Press");
+        case RemoteCommand::Release:
+            return QStringLiteral("Release");
+        case RemoteCommand::Toggle:
+            return QStringLiteral("Toggle");
+        case RemoteCommand::ShowSettings:
+            return QStringLiteral("ShowSettings");
+        case RemoteCommand::ShowFeedback:
+            return QStringLiteral("ShowFeedback");
+        case RemoteCommand::Quit:
+            return QStringLiteral("Quit");
+    }
+    return {};
+}
+
+}  // namespace
+
+BusRemoteControl::BusRemoteControl() : lock_(lockFile()) {}
+
+BusRemoteControl::~BusRemoteControl() {
+    if (!object_) return;
+    bus().unregisterObject(path);
+    bus().unregisterService(service);
+}
+
+RemoteControl::Claim BusRemoteControl::claim() {
+    const bool first = busServes() ? bus().registerService(service) : lock_.take();
+    return first ? Claim::Only : Claim::Another;
+}
+
+void BusRemoteControl::serve(RemoteTarget target) {
+    object_ = std::make_unique<RemoteObject>(std::move(target));
+    bus().registerObject(path, object_.get(),
+                         QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
+                             QDBusConnection::ExportAllProperties);
+}
+
+void BusRemoteControl::announceState(const QString& state) {
+    if (object_) Q_EMIT object_->StateChanged(state);
+}
+
+RemoteControl::Delivery BusRemoteControl::send(RemoteCommand command) {
+    if (!busServes()) return Delivery::Unavailable;
+    if (!bus().interface()->isServiceRegistered(service)) return Delivery::NoInstance;
+    const auto call = QDBusMessage::createMethodCall(service, path, interfaceName, methodOf(command));
+    const QDBusMessage reply = bus().call(call, QDBus::Block, replyTimeout);
+    return reply.type() == QDBusMessage::ReplyMessage ? Delivery::Done : Delivery::Unavailable;
+}
+
+}  // namespace parlivo

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/RemoteControl.h"
+#include "platform/linux/session/InstanceLock.h"
+
+#include <memory>
+
+namespace parlivo {
+
+class RemoteObject;
+
+/// The name it.parlivo.Parlivo on the session bus; where there is no bus, a lock file in the session's
+/// runtime folder keeps the program to one instance and nobody can speak to it.
+class BusRemoteControl : public RemoteControl {
+  public:
+    BusRemoteControl();
+    ~BusRemoteControl() override;
+    BusRemoteControl(const BusRemoteControl&) = delete;
+    BusRemoteControl& operator=(const BusRemoteControl&) = delete;
+
+    Claim claim() override;
+    void serve(RemoteTarget target) override;
+    void announceState(const QString& state) override;
+    Delivery send(RemoteCommand command) override;
+
+  private:
+    InstanceLock lock_;
+    std::unique_ptr<RemoteObject> object_;
+};
+
+}  // namespace parlivo

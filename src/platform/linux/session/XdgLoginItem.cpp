@@ -1,0 +1,114 @@
+#include "platform/linux/session/XdgLoginItem.h"
+
+#include "support/Error.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+#include <utility>
+
+namespace parlivo {
+
+namespace {
+
+QString entryPath() {
+    return QStandardPaths::writableLocation(QStandardPaths::ConfigLocation) +
+           QStringLiteral("/autostart/it.parlivo.Parlivo.desktop");
+}
+
+/// An argument of Exec: in quotes, with a backslash before what stays special inside them, and "%" doubled;
+/// then escaped once more, as every string of a desktop entry is.
+/// https://specifications.freedesktop.org/desktop-entry-spec/latest/exec-variables.html
+QString quoted(const QString& argument) {
+    QString result;
+    for (const QChar c : argument) {
+        if (QStringLiteral("\"`$\\").contains(c)) result += QLatin1Char('\\');
+        result += c;
+    }
+    result.replace(QLatin1Char('%'), QStringLiteral("%%"));
+    result.replace(QLatin1Char('\\'), QStringLiteral("\\\\"));
+    return QLatin1Char('"') + result + QLatin1Char('"');
+}
+
+QString unescaped(const QString& text) {
+    QString result;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] == QLatin1Char('\\') && i + 1 < text.size()) ++i;
+        result += text[i];
+    }
+    return result;
+}
+
+/// The program that an Exec value starts.
+QString programOf(const QString& value) {
+    const QString exec = QString(value).replace(QStringLiteral("\\\\"), QStringLiteral("\\"));
+    if (!exec.startsWith(QLatin1Char('"'))) return exec.section(QLatin1Char(' '), 0, 0);
+    qsizetype end = 1;
+    while (end < exec.size() && exec[end] != QLatin1Char('"')) end += exec[end] == QLatin1Char('\\') ? 2 : 1;
+    return unescaped(exec.mid(1, end - 1)).replace(QStringLiteral("%%"), QStringLiteral("%"));
+}
+
+/// The entry's own group, key -> value as written.
+QHash<QString, QString> readEntry() {
+    QHash<QString, QString> entry;
+    QFile file(entryPath());
+    if (!file.open(QIODevice::ReadOnly)) return entry;
+    bool ours = false;
+    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    for (const QString& line : lines) {
+        if (line.startsWith(QLatin1Char('['))) ours = line.trimmed() == QStringLiteral("[Desktop Entry]");
+        const qsizetype equals = line.indexOf(QLatin1Char('='));
+        if (ours && equals > 0) entry.insert(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
+    }
+    return entry;
+}
+
+bool isSwitchedOff(const QHash<QString, QString>& entry) {
+    return entry.value(QStringLiteral("Hidden")) == QStringLiteral("true") ||
+           entry.value(QStringLiteral("X-GNOME-Autostart-enabled")) == QStringLiteral("false");
+}
+
+}  // namespace
+
+XdgLoginItem::XdgLoginItem(QString program) : program_(std::move(program)) {}
+
+bool XdgLoginItem::isEnabled() {
+    const auto entry = readEntry();
+    if (entry.isEmpty() || isSwitchedOff(entry)) return false;
+    const QString started = programOf(entry.value(QStringLiteral("Exec")));
+    return started == program_ ||
+           (!QFileInfo(program_).canonicalFilePath().isEmpty() &&
+            QFileInfo(started).canonicalFilePath() == QFileInfo(program_).canonicalFilePath());
+}
+
+void XdgLoginItem::setEnabled(bool enabled) {
+    if (enabled) return write();
+    QFile entry(entryPath());
+    if (entry.exists() && !entry.remove()) {
+        throw Error(QStringLiteral("File"), entry.error(),
+                    entryPath() + QStringLiteral(": ") + entry.errorString());
+    }
+}
+
+void XdgLoginItem::write() const {
+    const QString path = entryPath();
+    QDir().mkpath(QFileInfo(path).path());
+    QSaveFile entry(path);
+    const QString text = QStringLiteral(
+                             "[Desktop Entry]\n"
+                             "Type=Application\n"
+                             "Name=Parlivo\n"
+                             "Comment=Dettatura locale\n"
+                             "Exec=%1\n"
+                             "Terminal=false\n")
+                             .arg(quoted(program_));
+    if (!entry.open(QIODevice::WriteOnly) || entry.write(text.toUtf8()) < 0 || !entry.commit()) {
+        throw Error(QStringLiteral("File"), entry.error(), path + QStringLiteral(": ") + entry.errorString());
+    }
+}
+
+}  // namespace parlivo

@@ -1,0 +1,58 @@
+#include "app/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+namespace parlivo {
+namespace {
+
+std::variant<CommandLine, CommandLineFault> parse(const char* arguments) {
+    return parseCommandLine(QString::fromLatin1(arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts));
+}
+
+CommandLine parsed(const char* arguments) {
+    return std::get<CommandLine>(parse(arguments));
+}
+
+TEST(CommandLineTest, NoArgumentsStart) {
+    EXPECT_EQ(parsed("").wish, CommandLine::Wish::Start);
+    EXPECT_TRUE(parsed("").canStart());
+}
+
+TEST(CommandLineTest, CommandsKeepTheirOrder) {
+    const CommandLine line = parsed("--press --release --toggle --settings --feedback --quit");
+    EXPECT_EQ(line.commands,
+              (std::vector{RemoteCommand::Press, RemoteCommand::Release, RemoteCommand::Toggle,
+                           RemoteCommand::ShowSettings, RemoteCommand::ShowFeedback, RemoteCommand::Quit}));
+    EXPECT_FALSE(line.canStart());
+}
+
+TEST(CommandLineTest, WindowsCanBeAskedOfAProgramThatOnlyStarts) {
+    EXPECT_TRUE(parsed("--settings").canStart());
+    EXPECT_TRUE(parsed("--feedback --settings").canStart());
+    EXPECT_FALSE(parsed("--settings --press").canStart());
+    EXPECT_FALSE(parsed("--quit").canStart());
+}
+
+TEST(CommandLineTest, HelpAndVersionWinOverCommands) {
+    EXPECT_EQ(parsed("--press --help").wish, CommandLine::Wish::ShowHelp);
+    EXPECT_EQ(parsed("--version --quit").wish, CommandLine::Wish::ShowVersion);
+}
+
+TEST(CommandLineTest, AnUnknownOptionIsNamed) {
+    for (const char* wrong : {"--pres", "press", "--press=1", "-x", "--settings boh"}) {
+        const auto result = parse(wrong);
+        ASSERT_TRUE(std::holds_alternative<CommandLineFault>(result)) << wrong;
+        EXPECT_TRUE(
+            std::get<CommandLineFault>(result).message.startsWith(QStringLiteral("opzione sconosciuta: ")));
+    }
+}
+
+TEST(CommandLineTest, TheHelpNamesEveryOption) {
+    for (const char* option :
+         {"--press", "--release", "--toggle", "--settings", "--feedback", "--quit", "--version", "--help"}) {
+        EXPECT_TRUE(commandLineHelp().contains(QString::fromLatin1(option))) << option;
+    }
+}
+
+}  // namespace
+}  // namespace parlivo

@@ -1,0 +1,337 @@
+#include "settings/Config.h"
+#include "support/WindowTest.h"
+#include "ui/OnboardingView.h"
+#include "ui/OnboardingWindowController.h"
+#include "ui/views/ChoiceRow.h"
+#include "ui/views/SymbolView.h"
+
+#include <QApplication>
+#include <QProgressBar>
+#include <QTest>
+
+namespace parlivo {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class OnboardingTest : public WindowTest {
+  protected:
+    OnboardingTest() {
+        platform.permissions().trusted = false;
+        platform.permissions().microphoneStatus = MicrophoneStatus::Denied;
+        controller.onFinished = [this] { ++finished; };
+    }
+
+    QWidget& window() const { return *controller.window(); }
+    Step step() const { return window().findChild<OnboardingView*>()->step(); }
+    void next() { click(window(), u"Continua"_s); }
+    void goTo(Step wanted) {
+        if (!controller.window()) controller.show();
+        while (step() != wanted) {
+            if (step() == Step::download) downloadAll();
+            next();
+        }
+    }
+    void downloadAll() {
+        while (!mainButton()->isEnabled()) fetch.succeed();
+    }
+    QAbstractButton* mainButton() const {
+        auto* inner = button(window(), u"Continua"_s);
+        return inner ? inner : button(window(), u"Inizia a dettare"_s);
+    }
+    QStringList symbols() const {
+        QStringList names;
+        for (const auto* widget : window().findChildren<QWidget*>()) {
+            const auto* symbol = dynamic_cast<const SymbolView*>(widget);
+            if (symbol && symbol->isVisible()) names.append(symbol->symbol());
+        }
+        return names;
+    }
+    void expectWords(const QStringList& expected) const { EXPECT_EQ(words(window()), expected); }
+
+    ScriptedFetch fetch;
+    int finished = 0;
+    OnboardingWindowController controller{fetch.fetch()};
+};
+
+TEST_F(OnboardingTest, TheWindowIsBuiltOnceInItsStatedSize) {
+    controller.show();
+    const QWidget* first = controller.window();
+    EXPECT_EQ(first->size(), QSize(580, 520));
+    EXPECT_EQ(first->minimumSize(), first->maximumSize());
+    next();
+    controller.show();
+    EXPECT_EQ(controller.window(), first);
+    EXPECT_EQ(step(), Step::folder) << "showing again changes no page";
+}
+
+TEST_F(OnboardingTest, ItIsCreamWithTextInInk) {
+    controller.show();
+    EXPECT_EQ(window().palette().color(QPalette::Window), QColor(244, 240, 231));
+    EXPECT_EQ(window().grab().toImage().pixelColor(20, 20), QColor(244, 240, 231));
+    for (const auto* label : window().findChildren<QLabel*>()) {
+        if (!label->text().isEmpty()) {
+            EXPECT_EQ(label->palette().color(QPalette::WindowText), QColor(56, 50, 43));
+        }
+    }
+}
+
+TEST_F(OnboardingTest, NothingButItsLastPageLeadsOut) {
+    controller.show();
+    QTest::keyClick(&window(), Qt::Key_Escape);
+    window().close();
+    EXPECT_TRUE(window().isVisible());
+    EXPECT_EQ(finished, 0);
+    EXPECT_FALSE(stored(Config::Key::onboardingDone).isValid());
+}
+
+TEST_F(OnboardingTest, TheEndOfTheProgramClosesItAllTheSame) {
+    controller.show();
+    QEvent quit(QEvent::Quit);
+    // As the application object would be asked, without ending the tests.
+    QCoreApplication::sendEvent(&window(), &quit);
+    EXPECT_TRUE(window().isVisible());
+    window().eventFilter(qApp, &quit);
+    window().close();
+    EXPECT_FALSE(window().isVisible());
+}
+
+TEST_F(OnboardingTest, ReturnGoesOn) {
+    controller.show();
+    QTest::keyClick(&window(), Qt::Key_Return);
+    EXPECT_EQ(step(), Step::folder);
+}
+
+TEST_F(OnboardingTest, ThePagesSayWhatTheyAreToSay) {
+    controller.show();
+    expectWords({u"Parlivo"_s, u"Just talk. It types."_s,
+                 u"Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in "
+                 u"locale — la "
+                 "tua voce non lascia mai questo Mac."_s});
+    next();
+    expectWords({u"Dove salvo i modelli AI?"_s,
+                 u"I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono "
+                 u"scaricati una "
+                 "volta sola in questa cartella."_s,
+                 Config::modelsDir(),
+                 u"La posizione predefinita va benissimo per la maggior parte delle persone."_s});
+    EXPECT_EQ(symbols(), QStringList(u"folder.fill"_s));
+    next();
+    expectWords({u"Scegli il livello di efficacia"_s, u"TRASCRIZIONE (obbligatoria)"_s, u"Veloce"_s,
+                 u"Whisper turbo q5 · 574 MB · ottimo, più leggero"_s, u"Precisa"_s,
+                 u"Whisper turbo q8 · 834 MB · massima accuratezza (consigliata)"_s,
+                 u"PULIZIA AI (consigliata)"_s, u"Nessuna"_s,
+                 u"Solo Whisper · 0 MB · punteggiatura base, nessun download"_s, u"Leggera"_s,
+                 u"Qwen 2.5 1.5B · 1.1 GB · filler e punteggiatura, veloce"_s, u"Completa"_s,
+                 u"Gemma 3 4B · 2.5 GB · qualità massima (consigliata)"_s});
+    next();
+    EXPECT_EQ(words(window()).first(), u"Scarico i motori scelti"_s);
+}
+
+TEST_F(OnboardingTest, ThePermissionPagesAndTheLastOneSayWhatTheyAreToSay) {
+    goTo(Step::microphone);
+    expectWords({u"Permesso Microfono"_s,
+                 u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito "
+                 "cancellato."_s});
+    EXPECT_EQ(symbols(), QStringList(u"mic.fill"_s));
+    next();
+    expectWords(
+        {u"Permesso Accessibilità"_s,
+         u"Serve per digitare il testo al posto tuo nell'app attiva.\nSenza questo permesso Parlivo non può "
+         "scrivere.\n\nSi aprono le Impostazioni: attiva Parlivo nell'elenco."_s});
+    EXPECT_EQ(symbols(), QStringList(u"keyboard.fill"_s));
+    next();
+    expectWords(
+        {u"Tutto pronto"_s,
+         u"Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\nMi "
+         "trovi nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\nPuoi cambiare "
+         "livello "
+         "di efficacia quando vuoi dalle Impostazioni."_s});
+    EXPECT_EQ(symbols(), QStringList(u"checkmark.seal.fill"_s));
+    EXPECT_EQ(button(window(), u"Continua"_s), nullptr);
+}
+
+TEST_F(OnboardingTest, TheLastPageFinishesOnce) {
+    goTo(Step::ready);
+    EXPECT_FALSE(stored(Config::Key::onboardingDone).isValid());
+    click(window(), u"Inizia a dettare"_s);
+    EXPECT_EQ(stored(Config::Key::onboardingDone), true);
+    EXPECT_EQ(finished, 1);
+    EXPECT_FALSE(window().isVisible());
+}
+
+TEST_F(OnboardingTest, SkippingIsOfferedForThePermissionsOnly) {
+    controller.show();
+    for (int page = 0; page < stepCount; ++page) {
+        const auto wanted = static_cast<Step>(page);
+        goTo(wanted);
+        const bool permission = wanted == Step::microphone || wanted == Step::accessibility;
+        EXPECT_EQ(button(window(), u"Salta"_s) != nullptr, permission) << page;
+    }
+}
+
+TEST_F(OnboardingTest, SkippingOnlyGoesOn) {
+    goTo(Step::microphone);
+    click(window(), u"Salta"_s);
+    EXPECT_EQ(step(), Step::accessibility);
+    click(window(), u"Salta"_s);
+    EXPECT_EQ(step(), Step::ready);
+    EXPECT_EQ(platform.permissions().microphoneRequests, 0);
+    EXPECT_EQ(platform.permissions().prompts, 0);
+}
+
+TEST_F(OnboardingTest, TheFolderIsStoredOnLeavingItsPage) {
+    goTo(Step::folder);
+    const QString before = Config::modelsDir();
+    const QString chosen = platform.directories().temporary() + u"/modelli miei"_s;
+    dialogs->folder = chosen;
+    click(window(), u"Cambia…"_s);
+    EXPECT_EQ(dialogs->questions.at(0).startingIn, before);
+    EXPECT_EQ(dialogs->questions.at(0).prompt, u"Usa questa cartella"_s);
+    EXPECT_TRUE(shows(window(), chosen));
+    EXPECT_FALSE(stored(Config::Key::modelsDir).isValid());
+    next();
+    EXPECT_EQ(stored(Config::Key::modelsDir), chosen);
+}
+
+TEST_F(OnboardingTest, ACancelledFolderChooserChangesNothing) {
+    goTo(Step::folder);
+    const QString before = Config::modelsDir();
+    click(window(), u"Cambia…"_s);
+    EXPECT_TRUE(shows(window(), before));
+    next();
+    EXPECT_EQ(stored(Config::Key::modelsDir), before);
+}
+
+TEST_F(OnboardingTest, TheFullCleanupIsProposedWhateverIsStored) {
+    store(Config::Key::asrTier, u"fast"_s);
+    store(Config::Key::cleanupTier, u"light"_s);
+    goTo(Step::quality);
+    EXPECT_TRUE(button(window(), u"Veloce"_s)->isChecked());
+    EXPECT_FALSE(button(window(), u"Precisa"_s)->isChecked());
+    EXPECT_TRUE(button(window(), u"Completa"_s)->isChecked());
+    EXPECT_EQ(stored(Config::Key::cleanupTier), u"light"_s);
+    next();
+    EXPECT_EQ(stored(Config::Key::asrTier), u"fast"_s);
+    EXPECT_EQ(stored(Config::Key::cleanupTier), u"full"_s);
+}
+
+TEST_F(OnboardingTest, TheTiersAreStoredOnLeavingTheirPage) {
+    goTo(Step::quality);
+    EXPECT_TRUE(button(window(), u"Precisa"_s)->isChecked());
+    click(window(), u"Veloce"_s);
+    click(window(), u"Leggera"_s);
+    EXPECT_FALSE(stored(Config::Key::asrTier).isValid());
+    next();
+    EXPECT_EQ(stored(Config::Key::asrTier), u"fast"_s);
+    EXPECT_EQ(stored(Config::Key::cleanupTier), u"light"_s);
+    EXPECT_EQ(fetch.started, QStringList(u"fast"_s));
+}
+
+TEST_F(OnboardingTest, DownloadsRunOneAfterTheOtherAndThenThePageIsLeft) {
+    goTo(Step::download);
+    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
+    expectWords({u"Scarico i motori scelti"_s, u"1 di 2: Precisa — ggml-large-v3-turbo-q8_0.bin"_s,
+                 u"0%  ·  0 / 833 MB"_s});
+    EXPECT_FALSE(mainButton()->isEnabled());
+    fetch.progress(0.375, 327'820'528, 874'188'075);
+    EXPECT_TRUE(shows(window(), u"38%  ·  312 / 833 MB"_s)) << words(window()).join(u'|').toStdString();
+    fetch.succeed();
+    EXPECT_EQ(fetch.started, QStringList({u"best"_s, u"full"_s}));
+    EXPECT_TRUE(shows(window(), u"2 di 2: Completa — gemma-3-4b-it-Q4_K_M.gguf"_s));
+    EXPECT_TRUE(shows(window(), u"0%  ·  0 / 2374 MB"_s));
+    EXPECT_FALSE(mainButton()->isEnabled());
+    fetch.succeed();
+    expectWords({u"Scarico i motori scelti"_s, u"Tutto scaricato e verificato"_s});
+    EXPECT_EQ(symbols(), QStringList(u"checkmark.circle.fill"_s));
+    EXPECT_TRUE(mainButton()->isEnabled());
+}
+
+TEST_F(OnboardingTest, ReturnDoesNotLeaveARunningDownload) {
+    goTo(Step::download);
+    QTest::keyClick(&window(), Qt::Key_Return);
+    EXPECT_EQ(step(), Step::download);
+}
+
+TEST_F(OnboardingTest, AFailureOffersToTryAgainAndSkipsWhatIsThere) {
+    goTo(Step::download);
+    fetch.succeed();
+    fetch.fail(u"Download incompleto (312MB su 2374MB)"_s);
+    expectWords({u"Scarico i motori scelti"_s, u"Download incompleto (312MB su 2374MB)"_s});
+    EXPECT_FALSE(mainButton()->isEnabled());
+    click(window(), u"Riprova"_s);
+    EXPECT_EQ(fetch.started, QStringList({u"best"_s, u"full"_s, u"full"_s}));
+    expectWords({u"Scarico i motori scelti"_s, u"1 di 1: Completa — gemma-3-4b-it-Q4_K_M.gguf"_s,
+                 u"0%  ·  0 / 2374 MB"_s});
+    fetch.succeed();
+    EXPECT_TRUE(mainButton()->isEnabled());
+}
+
+TEST_F(OnboardingTest, AfterAFailureOfTheFirstTheSecondIsNotTried) {
+    goTo(Step::download);
+    fetch.fail(u"rete"_s);
+    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
+}
+
+TEST_F(OnboardingTest, WhatIsThereAlreadyIsNotDownloaded) {
+    makeModel(ModelCatalog::asrTier(u"best"_s));
+    makeModel(ModelCatalog::cleanupTier(u"full"_s));
+    goTo(Step::download);
+    EXPECT_TRUE(fetch.started.isEmpty());
+    expectWords({u"Scarico i motori scelti"_s, u"Tutto scaricato e verificato"_s});
+    EXPECT_TRUE(mainButton()->isEnabled());
+}
+
+TEST_F(OnboardingTest, WithoutCleanupThereIsOneDownloadAtMost) {
+    goTo(Step::quality);
+    click(window(), u"Nessuna"_s);
+    next();
+    EXPECT_TRUE(shows(window(), u"1 di 1: Precisa — ggml-large-v3-turbo-q8_0.bin"_s));
+    fetch.succeed();
+    EXPECT_TRUE(mainButton()->isEnabled());
+}
+
+TEST_F(OnboardingTest, TheMicrophoneIsAskedForAndItsAnswerShown) {
+    goTo(Step::microphone);
+    click(window(), u"Consenti microfono"_s);
+    EXPECT_EQ(platform.permissions().microphoneRequests, 1);
+    desktop::letPass(std::chrono::milliseconds(20));
+    EXPECT_FALSE(shows(window(), u"Permesso concesso"_s)) << "refused";
+    platform.permissions().microphoneStatus = MicrophoneStatus::Authorised;
+    click(window(), u"Consenti microfono"_s);
+    EXPECT_TRUE(desktop::waitFor([&] { return shows(window(), u"Permesso concesso"_s); }));
+    EXPECT_EQ(button(window(), u"Consenti microfono"_s), nullptr);
+    EXPECT_EQ(symbols(), QStringList({u"mic.fill"_s, u"checkmark.circle.fill"_s}));
+}
+
+TEST_F(OnboardingTest, AMicrophoneThatIsAllowedAlreadyIsNotAskedFor) {
+    platform.permissions().microphoneStatus = MicrophoneStatus::Authorised;
+    goTo(Step::microphone);
+    EXPECT_TRUE(shows(window(), u"Permesso concesso"_s));
+}
+
+TEST_F(OnboardingTest, TheAccessibilityPageTurnsByItself) {
+    Clock::setScale(0.01);
+    goTo(Step::accessibility);
+    click(window(), u"Apri Impostazioni"_s);
+    EXPECT_EQ(platform.permissions().prompts, 1);
+    EXPECT_EQ(platform.workspace().panes, std::vector{PrivacyPane::Accessibility});
+    EXPECT_FALSE(shows(window(), u"Permesso concesso"_s));
+    platform.permissions().trusted = true;
+    EXPECT_TRUE(desktop::waitFor([&] { return shows(window(), u"Permesso concesso"_s); }));
+    EXPECT_EQ(button(window(), u"Apri Impostazioni"_s), nullptr);
+    platform.permissions().trusted = false;
+    EXPECT_TRUE(desktop::waitFor([&] { return !shows(window(), u"Permesso concesso"_s); }));
+    EXPECT_EQ(platform.permissions().prompts, 1) << "looking does not prompt";
+}
+
+TEST_F(OnboardingTest, TheDotsTellTheStep) {
+    goTo(Step::quality);
+    bool told = false;
+    for (const auto* widget : window().findChildren<QWidget*>())
+        told |= widget->accessibleName() == u"Passo 3 di 7"_s;
+    EXPECT_TRUE(told);
+}
+
+}  // namespace
+}  // namespace parlivo

@@ -1,0 +1,218 @@
+#include "app/StatusMenu.h"
+#include "support/PlatformTest.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QFile>
+#include <QImage>
+#include <QKeyEvent>
+
+#include <gmock/gmock.h>
+
+namespace parlivo {
+namespace {
+
+using Foreground = StatusItemPlace::Foreground;
+using Menus = StatusItemPlace::Menus;
+using testing::ElementsAre;
+
+/// The menu as the user reads it, separators as "-", what is hidden left out.
+QStringList lines(const StatusMenu& menu) {
+    QStringList texts;
+    for (const QAction* line : menu.menu().actions()) {
+        if (line->isVisible()) texts.append(line->isSeparator() ? QStringLiteral("-") : line->text());
+    }
+    return texts;
+}
+
+QAction* line(const StatusMenu& menu, int number) {
+    return menu.menu().actions().at(number - 1);
+}
+
+class StatusMenuTest : public PlatformTest {
+  protected:
+    StatusMenuTest() {
+        const QString symbols = QStringLiteral(PARLIVO_RESOURCES "/symbols/");
+        for (const char* name : {"mic", "mic.fill", "waveform", "wand.and.stars", "keyboard"}) {
+            const QString file = QString::fromLatin1(name) + QStringLiteral(".svg");
+            platform.bundle().resources[QStringLiteral("symbols/") + file] = symbols + file;
+        }
+    }
+
+    StatusMenu::Actions recorded() {
+        const auto note = [this](const char* what) {
+            return [this, what] { chosen.append(QString::fromLatin1(what)); };
+        };
+        return {.willOpen = note("willOpen"),
+                .openMicSettings = note("microphone"),
+                .openAccessibilitySettings = note("accessibility"),
+                .installUpdate = note("update"),
+                .openSettings = note("settings"),
+                .openFeedback = note("feedback"),
+                .quit = note("quit")};
+    }
+
+    QStringList chosen;
+    StatusMenu menu{recorded()};
+};
+
+TEST_F(StatusMenuTest, HasItsLinesInOrder) {
+    menu.setTitle(QStringLiteral("Pronto — tieni premuto ⌥Spazio per dettare"));
+    menu.setMicrophone(MicrophoneStatus::Authorised);
+    menu.setAccessibility(true);
+    EXPECT_EQ(lines(menu), QStringList({QStringLiteral("Pronto — tieni premuto ⌥Spazio per dettare"),
+                                        QStringLiteral("-"), QStringLiteral("Microfono: ✅"),
+                                        QStringLiteral("Accessibilità: ✅"), QStringLiteral("-"),
+                                        QStringLiteral("Impostazioni…"), QStringLiteral("Invia feedback…"),
+                                        QStringLiteral("-"), QStringLiteral("Esci da Parlivo")}));
+    EXPECT_EQ(menu.menu().actions().size(), 10);
+    EXPECT_EQ(line(menu, 6)->text(), QStringLiteral("Aggiornamento disponibile…"));
+}
+
+TEST_F(StatusMenuTest, OnlyTheFirstLineCannotBeChosen) {
+    menu.setUpdate(QStringLiteral("2.0.1"));
+    EXPECT_FALSE(line(menu, 1)->isEnabled());
+    for (const int number : {3, 4, 6, 7, 8, 10}) EXPECT_TRUE(line(menu, number)->isEnabled()) << number;
+}
+
+TEST_F(StatusMenuTest, NamesEveryMicrophoneStatus) {
+    menu.setMicrophone(MicrophoneStatus::NotAsked);
+    EXPECT_EQ(line(menu, 3)->text(), QStringLiteral("Microfono: ⚠️ non richiesto — clicca"));
+    menu.setMicrophone(MicrophoneStatus::Denied);
+    EXPECT_EQ(line(menu, 3)->text(), QStringLiteral("Microfono: ⛔️ negato — clicca"));
+    menu.setMicrophone(MicrophoneStatus::Authorised);
+    EXPECT_EQ(line(menu, 3)->text(), QStringLiteral("Microfono: ✅"));
+}
+
+TEST_F(StatusMenuTest, NamesBothAnswersOfAccessibility) {
+    menu.setAccessibility(false);
+    EXPECT_EQ(line(menu, 4)->text(), QStringLiteral("Accessibilità: ⛔️ manca — clicca"));
+    menu.setAccessibility(true);
+    EXPECT_EQ(line(menu, 4)->text(), QStringLiteral("Accessibilità: ✅"));
+}
+
+TEST_F(StatusMenuTest, OffersAnUpdateOnlyWhileThereIsOne) {
+    menu.setUpdate(QStringLiteral("2.0.1"));
+    EXPECT_TRUE(line(menu, 6)->isVisible());
+    EXPECT_EQ(line(menu, 6)->text(), QStringLiteral("⬆️ Aggiorna a Parlivo 2.0.1…"));
+    menu.setUpdate({});
+    EXPECT_FALSE(line(menu, 6)->isVisible());
+}
+
+TEST_F(StatusMenuTest, PassesEveryChoiceOn) {
+    for (const int number : {3, 4, 6, 7, 8, 10}) line(menu, number)->trigger();
+    EXPECT_THAT(chosen, ElementsAre(QStringLiteral("microphone"), QStringLiteral("accessibility"),
+                                    QStringLiteral("update"), QStringLiteral("settings"),
+                                    QStringLiteral("feedback"), QStringLiteral("quit")));
+}
+
+TEST_F(StatusMenuTest, GivesKeyEquivalentsToSettingsAndQuit) {
+    EXPECT_EQ(line(menu, 7)->shortcut(), QKeySequence(QStringLiteral("Ctrl+,")));
+    EXPECT_EQ(line(menu, 10)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Q")));
+    for (const int number : {1, 3, 4, 6, 8}) EXPECT_TRUE(line(menu, number)->shortcut().isEmpty()) << number;
+}
+
+TEST_F(StatusMenuTest, KeyEquivalentsWorkWhileTheMenuIsOpen) {
+    QKeyEvent comma(QEvent::KeyPress, Qt::Key_Comma, Qt::ControlModifier);
+    QKeyEvent plain(QEvent::KeyPress, Qt::Key_Q, Qt::NoModifier);
+    QKeyEvent quit(QEvent::KeyPress, Qt::Key_Q, Qt::ControlModifier);
+    for (QKeyEvent* key : {&comma, &plain, &quit}) QCoreApplication::sendEvent(&menu.menu(), key);
+    EXPECT_THAT(chosen, ElementsAre(QStringLiteral("settings"), QStringLiteral("quit")));
+}
+
+TEST_F(StatusMenuTest, ShowsTitlesLetterForLetter) {
+    const auto title = QStringLiteral("⚠️ R&D: a_b.wav");
+    menu.setTitle(title);
+    EXPECT_EQ(menu.title(), title);
+    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ R&&D: a_b.wav")) << "drawn by a menu of ours";
+    platform.statusItems().report(StatusItemPlace{Foreground::Light, Menus::DrawnByPanel});
+    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ R&&D: a__b.wav")) << "drawn by the panel";
+    EXPECT_EQ(menu.title(), title);
+}
+
+struct TintCase {
+    Tint tint;
+    Foreground foreground;
+    QColor expected;
+};
+
+/// The ink of an icon: the colour of its opaque pixels, which must all be the same.
+QColor ink(const QIcon& icon) {
+    const QImage image = icon.pixmap(32).toImage().convertToFormat(QImage::Format_ARGB32);
+    QColor found;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            if (pixel.alpha() < 255) continue;
+            if (found.isValid() && found != pixel) return {};
+            found = pixel;
+        }
+    }
+    return found;
+}
+
+TEST_F(StatusMenuTest, TintsTheSymbol) {
+    const std::vector<TintCase> cases{
+        {Tint::None, Foreground::Light, {242, 242, 242}}, {Tint::None, Foreground::Dark, {34, 34, 34}},
+        {Tint::Red, Foreground::Dark, {255, 59, 48}},     {Tint::Red, Foreground::Light, {255, 69, 58}},
+        {Tint::Orange, Foreground::Dark, {255, 149, 0}},  {Tint::Orange, Foreground::Light, {255, 159, 10}},
+        {Tint::Purple, Foreground::Dark, {175, 82, 222}}, {Tint::Purple, Foreground::Light, {191, 90, 242}},
+        {Tint::Blue, Foreground::Dark, {0, 122, 255}},    {Tint::Blue, Foreground::Light, {10, 132, 255}},
+    };
+    for (const TintCase& expectation : cases) {
+        platform.statusItems().report(StatusItemPlace{expectation.foreground, Menus::DrawnByUs});
+        menu.setIcon(QStringLiteral("mic.fill"), expectation.tint);
+        EXPECT_EQ(ink(menu.icon()).name(), expectation.expected.name());
+    }
+}
+
+TEST_F(StatusMenuTest, TheUntintedSymbolFollowsThePanel) {
+    menu.setIcon(QStringLiteral("mic"), Tint::None);
+    platform.statusItems().report(StatusItemPlace{Foreground::Light, Menus::DrawnByUs});
+    EXPECT_EQ(ink(menu.icon()).name(), QStringLiteral("#f2f2f2"));
+    platform.statusItems().report({});
+    platform.statusItems().report(StatusItemPlace{Foreground::Dark, Menus::DrawnByUs});
+    EXPECT_EQ(ink(menu.icon()).name(), QStringLiteral("#222222"));
+}
+
+TEST_F(StatusMenuTest, EveryStateHasItsOwnSymbol) {
+    std::vector<QImage> images;
+    for (const char* name : {"mic", "mic.fill", "waveform", "wand.and.stars", "keyboard"}) {
+        menu.setIcon(QString::fromLatin1(name), Tint::Red);
+        images.push_back(menu.icon().pixmap(22).toImage());
+        EXPECT_FALSE(images.back().isNull()) << name;
+    }
+    for (std::size_t one = 0; one < images.size(); ++one)
+        for (std::size_t other = 0; other < one; ++other) EXPECT_NE(images[one], images[other]);
+}
+
+TEST_F(StatusMenuTest, ASymbolThatCannotBeMadeLeavesNoImage) {
+    menu.setIcon(QStringLiteral("mic"), Tint::None);
+    menu.setIcon(QStringLiteral("no.such.symbol"), Tint::None);
+    EXPECT_TRUE(menu.icon().isNull());
+    QFile broken(platform.directories().temporaryDir.filePath(QStringLiteral("broken.svg")));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+    broken.write("<svg");
+    broken.close();
+    platform.bundle().resources[QStringLiteral("symbols/broken.svg")] = broken.fileName();
+    menu.setIcon(QStringLiteral("broken"), Tint::Red);
+    EXPECT_TRUE(menu.icon().isNull());
+}
+
+TEST_F(StatusMenuTest, AsksToBeRefreshedWhenItOpens) {
+    Q_EMIT menu.menu().aboutToShow();
+    EXPECT_THAT(chosen, ElementsAre(QStringLiteral("willOpen")));
+}
+
+TEST(StatusMenuLifeTest, WatchesForAPlaceOnlyWhileItLives) {
+    FakePlatform& platform = FakePlatform::install();
+    {
+        const StatusMenu menu({});
+        EXPECT_TRUE(platform.statusItems().observer);
+    }
+    EXPECT_FALSE(platform.statusItems().observer);
+    FakePlatform::uninstall();
+}
+
+}  // namespace
+}  // namespace parlivo
