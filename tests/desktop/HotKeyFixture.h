@@ -1,0 +1,72 @@
+#pragma once
+
+#include "input/HotKeyManager.h"
+#include "platform/linux/x11/X11HotKeyService.h"
+#include "support/Keyboard.h"
+#include "support/Waiting.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace parlivo::desktop {
+
+/// Fast enough that a short hold sees many repeats.
+inline constexpr std::chrono::milliseconds repeatDelay{150};
+inline constexpr std::chrono::milliseconds repeatInterval{15};
+/// Long enough for some ten of them.
+inline constexpr std::chrono::milliseconds longHold{300};
+
+/// The keys to hold for a preset, and the one to press.
+inline std::vector<xcb_keycode_t> modifierKeys(const Preset& preset) {
+    std::vector<xcb_keycode_t> keys;
+    if ((preset.modifiers & HotKeyModifier::control) != 0) keys.push_back(Key::leftControl);
+    if ((preset.modifiers & HotKeyModifier::option) != 0) keys.push_back(Key::leftAlt);
+    if ((preset.modifiers & HotKeyModifier::command) != 0) keys.push_back(Key::leftSuper);
+    if ((preset.modifiers & HotKeyModifier::shift) != 0) keys.push_back(Key::leftShift);
+    return keys;
+}
+
+inline xcb_keycode_t mainKey(const Preset& preset) {
+    return preset.keyCode == 49 ? Key::space : Key::grave;
+}
+
+/// The service alone, and hands on the keyboard.
+class HotKeyTest : public testing::Test {
+  protected:
+    HotKeyTest() {
+        handler = service.installHandler([this] { ++presses; }, [this] { ++releases; });
+        keyboard.setRepeat(repeatDelay, repeatInterval);
+    }
+
+    HotKeyService::Result attempt(const char* id) {
+        const Preset& preset = HotKeyManager::preset(QString::fromLatin1(id));
+        return service.registerHotKey(preset.keyCode, preset.modifiers, {.signature = 1, .id = 1});
+    }
+    void take(const char* id) {
+        registration.reset();
+        auto result = attempt(id);
+        ASSERT_TRUE(std::holds_alternative<std::unique_ptr<HotKeyRegistration>>(result)) << id;
+        registration = std::get<std::unique_ptr<HotKeyRegistration>>(std::move(result));
+    }
+
+    bool edges(int expectedPresses, int expectedReleases, std::chrono::milliseconds limit = patience) {
+        return waitFor([&] { return presses >= expectedPresses && releases >= expectedReleases; }, limit) &&
+               presses == expectedPresses && releases == expectedReleases;
+    }
+    std::string seen() const {
+        return std::to_string(presses) + " presses, " + std::to_string(releases) + " releases";
+    }
+
+    int presses = 0;
+    int releases = 0;
+    Keyboard keyboard;
+    X11HotKeyService service;
+    std::unique_ptr<HotKeyHandler> handler;
+    std::unique_ptr<HotKeyRegistration> registration;
+};
+
+}  // namespace parlivo::desktop

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/linux/x11/XcbHandles.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace parlivo::desktop {
+
+/// Another program on the same display that wants keys, too. Returns from each operation when the server has
+/// done it.
+class OtherClient {
+  public:
+    OtherClient();
+
+    /// The X error code, or 0.
+    int grabKey(xcb_keycode_t key, std::uint16_t modifiers);
+    void ungrabKey(xcb_keycode_t key, std::uint16_t modifiers);
+
+    bool grabKeyboard();
+    void ungrabKeyboard();
+
+    /// Makes a key the only one of a modifier (0 to 7 as in the core protocol). False when the server
+    /// refuses.
+    bool moveModifier(xcb_keycode_t key, std::size_t modifier);
+
+    /// Takes all keyboards from the display, as when they are unplugged, or gives them back.
+    void setKeyboardsEnabled(bool enabled);
+
+  private:
+    xcb_window_t root() const;
+    void sync() const;
+
+    x11::ConnectionHandle connection_;
+};
+
+}  // namespace parlivo::desktop

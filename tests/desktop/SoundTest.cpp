@@ -1,0 +1,325 @@
+#include "platform/linux/sound/PulseAudioInput.h"
+#include "platform/linux/sound/PulseCapture.h"
+#include "platform/linux/sound/PulseMicrophone.h"
+#include "support/SoundServer.h"
+#include "support/Waiting.h"
+
+#include <QDir>
+
+#include <gmock/gmock.h>
+#include <pulse/pulseaudio.h>
+
+#include <atomic>
+#include <cmath>
+#include <mutex>
+
+namespace parlivo::desktop {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A running capture and what it delivered.
+class Listener {
+  public:
+    Listener() : capture_(PulseAudioInput().open()) {
+        EXPECT_TRUE(capture_) << "no microphone";
+        if (capture_) begin();
+    }
+    ~Listener() = default;
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    bool hears(std::size_t frames) {
+        return waitFor([&] { return frames_ >= frames; });
+    }
+    bool hearsSound() {
+        return waitFor([&] { return sounded_.load(); });
+    }
+    void stop(Clock::TimePoint end = Clock::now()) { capture_->stop(end); }
+    void close() { capture_.reset(); }
+
+    int interruptions() const { return interruptions_; }
+    std::size_t frames() const { return frames_; }
+    std::vector<std::size_t> blocks() const {
+        const std::lock_guard lock(mutex_);
+        return blocks_;
+    }
+    std::vector<float> firstChannel() const {
+        const std::lock_guard lock(mutex_);
+        return samples_;
+    }
+
+  private:
+    void begin() {
+        capture_->start([this](std::span<const float> samples, std::size_t frames) { take(samples, frames); },
+                        [this] { ++interruptions_; });
+    }
+    void take(std::span<const float> samples, std::size_t frames) {
+        const std::lock_guard lock(mutex_);
+        for (std::size_t i = 0; i < samples.size(); i += samples.size() / frames) {
+            samples_.push_back(samples[i]);
+            if (samples[i] != 0) sounded_ = true;
+        }
+        blocks_.push_back(frames);
+        frames_ += frames;
+    }
+
+    mutable std::mutex mutex_;
+    std::vector<float> samples_;       // under mutex_
+    std::vector<std::size_t> blocks_;  // under mutex_
+    std::atomic<std::size_t> frames_ = 0;
+    std::atomic<bool> sounded_ = false;
+    std::atomic<int> interruptions_ = 0;
+    std::unique_ptr<AudioCapture> capture_;  // last: its tap uses what stands above
+};
+
+/// How far each place lies from the one before, the signal's new beginnings taken into account.
+std::vector<double> steps(const std::vector<double>& places) {
+    std::vector<double> result;
+    for (std::size_t i = 1; i < places.size(); ++i) {
+        double step = places[i] - places[i - 1];
+        if (step < -Speaker::period / 2.0) step += Speaker::period;
+        result.push_back(step);
+    }
+    return result;
+}
+
+constexpr std::size_t oneSecond = 48'000;
+
+TEST(SoundTest, WhatIsSpokenArrivesWithoutAHoleOrARepetition) {
+    const Speaker speaker;
+    ASSERT_TRUE(Listener().hearsSound());
+    Listener listener;
+    ASSERT_TRUE(listener.hears(2 * oneSecond));
+    listener.stop();
+    EXPECT_THAT(steps(Speaker::placesIn(listener.firstChannel())), testing::Each(testing::DoubleNear(1, 3)));
+    EXPECT_EQ(listener.interruptions(), 0);
+}
+
+TEST(SoundTest, BlocksAreWholeButTheLast) {
+    Listener listener;
+    ASSERT_TRUE(listener.hears(3 * AudioCapture::blockFrames));
+    listener.stop();
+    auto blocks = listener.blocks();
+    ASSERT_GE(blocks.size(), 3U);
+    EXPECT_LE(blocks.back(), AudioCapture::blockFrames);
+    blocks.pop_back();
+    EXPECT_THAT(blocks, testing::Each(AudioCapture::blockFrames));
+}
+
+/// A second listener that notes when each piece of sound arrived. A microphone hears at an even pace, so the
+/// piece that was least delayed tells by when each sample has been spoken at the latest.
+class Witness {
+  public:
+    Witness() : connection_(PulseConnection::open(Clock::now() + patience)) {
+        const PulseConnection::Lock lock(*connection_);
+        constexpr pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, Speaker::sampleRate, 1};
+        stream_.reset(pa_stream_new(connection_->context(), "witness", &spec, nullptr));
+        pa_stream_set_read_callback(stream_.get(), &Witness::readable, this);
+        const auto any = static_cast<std::uint32_t>(-1);
+        const pa_buffer_attr buffer{any, any, any, any, PulseCapture::fragmentFrames * sizeof(float)};
+        pa_stream_connect_record(stream_.get(), nullptr, &buffer, PA_STREAM_ADJUST_LATENCY);
+    }
+    ~Witness() {
+        const PulseConnection::Lock lock(*connection_);
+        pa_stream_set_read_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_disconnect(stream_.get());
+        stream_.reset();
+    }
+    Witness(const Witness&) = delete;
+    Witness& operator=(const Witness&) = delete;
+
+    bool hears(std::size_t frames) const {
+        return waitFor([&] {
+            const PulseConnection::Lock lock(*connection_);
+            return samples_.size() >= frames && samples_.back() > 0;
+        });
+    }
+
+    /// The place in the speaker's signal of the last sample that was certainly spoken before `end`.
+    double placeBefore(Clock::TimePoint end) const {
+        EXPECT_TRUE(hears(framesBefore(end) + 1));
+        const PulseConnection::Lock lock(*connection_);
+        return Speaker::placesIn(samples_).at(framesBefore(end));
+    }
+
+  private:
+    using Seconds = std::chrono::duration<double>;
+
+    std::size_t framesBefore(Clock::TimePoint moment) const {
+        const PulseConnection::Lock lock(*connection_);
+        return static_cast<std::size_t>(Seconds(moment - beginning_).count() * Speaker::sampleRate);
+    }
+
+    static void readable(pa_stream* stream, std::size_t, void* pointer) {
+        auto& self = *static_cast<Witness*>(pointer);
+        const void* data = nullptr;
+        std::size_t bytes = 0;
+        while (pa_stream_peek(stream, &data, &bytes) == 0 && bytes > 0) {
+            const auto* const values = static_cast<const float*>(data);
+            if (values) self.samples_.insert(self.samples_.end(), values, values + bytes / sizeof(float));
+            pa_stream_drop(stream);
+        }
+        const Seconds length(static_cast<double>(self.samples_.size()) / Speaker::sampleRate);
+        self.beginning_ =
+            std::min(self.beginning_, Clock::now() - std::chrono::duration_cast<Clock::Duration>(length));
+    }
+
+    std::unique_ptr<PulseConnection> connection_;
+    PulseStreamHandle stream_;
+    // Under the connection's lock.
+    std::vector<float> samples_;
+    Clock::TimePoint beginning_ = Clock::TimePoint::max();
+};
+
+TEST(SoundTest, WhatWasSpokenBeforeTheEndIsNotLost) {
+    const Speaker speaker;
+    ASSERT_TRUE(Listener().hearsSound());
+    const Witness witness;
+    ASSERT_TRUE(witness.hears(oneSecond));
+    for (int round = 0; round < 10; ++round) {
+        Listener listener;
+        ASSERT_TRUE(listener.hears(Speaker::period + AudioCapture::blockFrames));
+        // Sound comes in pieces of 21 ms: ends at every distance from the last one.
+        letPass(std::chrono::milliseconds(2 * round));
+        const auto end = Clock::now();
+        listener.stop(end);
+        const double recorded = Speaker::placesIn(listener.firstChannel()).back();
+        const double surplus = std::remainder(recorded - witness.placeBefore(end), Speaker::period);
+        EXPECT_GT(surplus, -240) << "5 ms or more were lost in round " << round;
+    }
+}
+
+TEST(SoundTest, WhatCameAfterTheEndIsCutOff) {
+    Listener listener;
+    ASSERT_TRUE(listener.hears(oneSecond));
+    const auto end = Clock::now();
+    const std::size_t before = listener.frames();
+    ASSERT_TRUE(listener.hears(3 * oneSecond));
+    const std::size_t delivered = listener.frames();
+    listener.stop(end);
+    EXPECT_EQ(listener.frames(), delivered) << "a block was added that had come after the end";
+    EXPECT_LT(before, delivered);
+}
+
+TEST(SoundTest, ManyRecordingsLeaveNoThreadAndNoFileOpen) {
+    const auto count = [](const char* folder) {
+        return QDir(QString::fromLatin1(folder)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size();
+    };
+    ASSERT_TRUE(Listener().hears(1));
+    const auto threads = count("/proc/self/task");
+    const auto files = count("/proc/self/fd");
+    for (int round = 0; round < 20; ++round) {
+        Listener listener;
+        ASSERT_TRUE(listener.hears(1));
+        if (round % 2 == 0) listener.stop();
+    }
+    EXPECT_EQ(count("/proc/self/task"), threads);
+    EXPECT_EQ(count("/proc/self/fd"), files);
+}
+
+TEST(SoundTest, WithoutAServerThereIsNoMicrophone) {
+    soundServer::kill();
+    EXPECT_FALSE(PulseAudioInput().open());
+    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Denied);
+}
+
+TEST(SoundTest, AServerThatNeverAnswersIsNotWaitedFor) {
+    soundServer::freeze();
+    EXPECT_FALSE(PulseAudioInput().open());
+    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Denied);
+    soundServer::thaw();
+    EXPECT_TRUE(waitFor([] { return PulseAudioInput().open() != nullptr; }));
+}
+
+TEST(SoundTest, AServerThatFreezesWhileRecordingDoesNotHoldTheEndUp) {
+    const Speaker speaker;
+    Listener listener;
+    ASSERT_TRUE(listener.hearsSound());
+    soundServer::freeze();
+    const std::size_t heard = listener.frames();
+    listener.stop();
+    EXPECT_GE(listener.frames(), heard);
+    listener.close();
+    soundServer::thaw();
+}
+
+TEST(SoundTest, AMicrophoneThatComesLaterIsFound) {
+    soundServer::removeMicrophone();
+    EXPECT_FALSE(PulseAudioInput().open()) << "the loudspeaker's monitor is no microphone";
+    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Denied);
+    soundServer::removeLoudspeaker();
+    EXPECT_FALSE(PulseAudioInput().open()) << "there is no source";
+    soundServer::addPair(QStringLiteral("altro"), QStringLiteral("nuovo"));
+    soundServer::setDefaultSource(QStringLiteral("nuovo"));
+    EXPECT_TRUE(Listener().hears(1));
+    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Authorised);
+}
+
+TEST(SoundTest, AMonitorThatTheUserChoseIsRecorded) {
+    const Speaker speaker;
+    soundServer::setDefaultSource(QStringLiteral("cavo.monitor"));
+    EXPECT_TRUE(Listener().hearsSound());
+}
+
+TEST(SoundTest, AMicrophonePulledOutEndsTheRecordingWithWhatItHas) {
+    const Speaker speaker;
+    Listener listener;
+    ASSERT_TRUE(listener.hearsSound() && listener.hears(oneSecond));
+    soundServer::removeMicrophone();
+    EXPECT_TRUE(waitFor([&] { return listener.interruptions() > 0; }));
+    const std::size_t heard = listener.frames();
+    letPass(300ms);
+    EXPECT_EQ(listener.frames(), heard) << "goes on after the interruption";
+    listener.stop();
+    EXPECT_EQ(listener.frames(), heard);
+    EXPECT_EQ(listener.interruptions(), 1);
+}
+
+TEST(SoundTest, AnotherMicrophoneTakesOver) {
+    soundServer::addPair(QStringLiteral("altro"), QStringLiteral("riserva"));
+    soundServer::setDefaultSource(QStringLiteral("microfono"));
+    const Speaker speaker(QStringLiteral("altro"));
+    Listener listener;
+    ASSERT_TRUE(listener.hears(oneSecond));
+    soundServer::removeMicrophone();
+    EXPECT_TRUE(listener.hearsSound());
+    EXPECT_EQ(listener.interruptions(), 0);
+}
+
+TEST(SoundTest, AServerKilledWhileRecordingEndsTheRecordingWithWhatItHas) {
+    Listener listener;
+    ASSERT_TRUE(listener.hears(oneSecond));
+    soundServer::kill();
+    EXPECT_TRUE(waitFor([&] { return listener.interruptions() > 0; }));
+    const std::size_t heard = listener.frames();
+    listener.stop();
+    EXPECT_EQ(listener.frames(), heard);
+    EXPECT_EQ(listener.interruptions(), 1);
+}
+
+TEST(SoundTest, AFailedStartIsNoInterruption) {
+    const auto capture = PulseAudioInput().open();
+    ASSERT_TRUE(capture);
+    soundServer::kill();
+    std::atomic<int> interruptions = 0;
+    EXPECT_THROW(capture->start([](auto, auto) {}, [&] { ++interruptions; }), Error);
+    EXPECT_EQ(interruptions, 0);
+}
+
+TEST(MicrophoneTest, IsAuthorisedWhereAServerHasOne) {
+    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Authorised);
+    bool granted = false;
+    PulseMicrophone().request([&](bool answer) { granted = answer; });
+    EXPECT_TRUE(granted);
+}
+
+TEST(MicrophoneTest, IsRefusedWithoutAServer) {
+    soundServer::kill();
+    bool granted = true;
+    PulseMicrophone().request([&](bool answer) { granted = answer; });
+    EXPECT_FALSE(granted);
+}
+
+}  // namespace
+}  // namespace parlivo::desktop

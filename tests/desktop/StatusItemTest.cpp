@@ -1,0 +1,127 @@
+#include "desktop/Face.h"
+#include "desktop/NotifierWatcher.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace parlivo::desktop {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The menu as a user of a panel reads it: separators as "-", hidden lines left out.
+QStringList readable(const std::vector<MenuLine>& lines) {
+    QStringList result;
+    for (const MenuLine& line : lines) {
+        if (line.visible) result.append(line.separator ? QStringLiteral("-") : line.label);
+    }
+    return result;
+}
+
+const auto idleTitle = QStringLiteral("Pronto — tieni premuto ⌥Spazio per dettare");
+
+const QStringList idleMenu{idleTitle,
+                           QStringLiteral("-"),
+                           QStringLiteral("Microfono: ⚠️ non richiesto — clicca"),
+                           QStringLiteral("Accessibilità: ⛔️ manca — clicca"),
+                           QStringLiteral("-"),
+                           QStringLiteral("Impostazioni…"),
+                           QStringLiteral("Invia feedback…"),
+                           QStringLiteral("-"),
+                           QStringLiteral("Esci da Parlivo")};
+
+NotifierItem itemOn(const NotifierWatcher& panel) {
+    if (!waitFor([&] { return !panel.items().isEmpty(); })) ADD_FAILURE() << "no item came to the panel";
+    return {panel.bus(), panel.items().value(0)};
+}
+
+TEST(StatusItemOnTheBusTest, ShowsItsMenu) {
+    const NotifierWatcher panel;
+    Face face;
+    const NotifierItem item = itemOn(panel);
+    const auto lines = item.menu();
+    ASSERT_EQ(lines.size(), 10U);
+    EXPECT_EQ(readable(lines), idleMenu);
+    EXPECT_FALSE(lines[0].enabled);
+    for (const std::size_t index : {2, 3, 6, 7, 9}) EXPECT_TRUE(lines[index].enabled) << index;
+    EXPECT_FALSE(lines[5].visible) << "no update yet";
+    EXPECT_EQ(lines[6].shortcut, QStringLiteral("Control+,"));
+    EXPECT_EQ(lines[9].shortcut, QStringLiteral("Control+Q"));
+}
+
+TEST(StatusItemOnTheBusTest, PassesEveryChoiceOn) {
+    const NotifierWatcher panel;
+    Face face;
+    face.perform(QStringLiteral("update 1.4"));
+    const NotifierItem item = itemOn(panel);
+    const std::vector<std::pair<QString, QString>> choices{
+        {idleMenu[2], QStringLiteral("chosen microphone")},
+        {idleMenu[3], QStringLiteral("chosen accessibility")},
+        {QStringLiteral("⬆️ Aggiorna a Parlivo 1.4…"), QStringLiteral("chosen update")},
+        {idleMenu[5], QStringLiteral("chosen settings")},
+        {idleMenu[6], QStringLiteral("chosen feedback")},
+        {idleMenu[8], QStringLiteral("chosen quit")},
+    };
+    for (const auto& [label, word] : choices) {
+        face.forgetSaid();
+        item.choose(label);
+        EXPECT_TRUE(face.waitForWord(word)) << qPrintable(label);
+        EXPECT_THAT(face.said(), ElementsAre(word));
+    }
+}
+
+TEST(StatusItemOnTheBusTest, RefreshesThePermissionLinesWhenItOpens) {
+    const NotifierWatcher panel;
+    Face face;
+    const NotifierItem item = itemOn(panel);
+    face.perform(QStringLiteral("restate"));
+    EXPECT_EQ(readable(item.menu()), idleMenu) << "nothing changes before the menu opens";
+    item.openMenu();
+    EXPECT_TRUE(face.waitForWord(QStringLiteral("opening")));
+    EXPECT_TRUE(waitFor([&] {
+        const QStringList lines = readable(item.menu());
+        return lines.contains(QStringLiteral("Microfono: ✅")) &&
+               lines.contains(QStringLiteral("Accessibilità: ✅"));
+    }));
+}
+
+TEST(StatusItemOnTheBusTest, FollowsTitleAndUpdate) {
+    const NotifierWatcher panel;
+    Face face;
+    const NotifierItem item = itemOn(panel);
+    face.perform(QStringLiteral("title ⚠️ R&D: a_b.wav & c"));
+    face.perform(QStringLiteral("update 2.0.1"));
+    EXPECT_TRUE(waitFor([&] {
+        return readable(item.menu()).contains(QStringLiteral("⬆️ Aggiorna a Parlivo 2.0.1…"));
+    }));
+    EXPECT_EQ(item.menu()[0].label, QStringLiteral("⚠️ R_&D: a__b.wav & c"))
+        << "a panel takes single underscores for marks of a shortcut";
+    face.perform(QStringLiteral("update none"));
+    EXPECT_TRUE(waitFor([&] { return !item.menu()[5].visible; }));
+}
+
+TEST(StatusItemOnTheBusTest, ComesWithThePanelAndComesBackWithTheNext) {
+    Face face;
+    face.perform(QStringLiteral("title 🔴 Registrazione…"));
+    for (int round = 0; round < 3; ++round) {
+        const NotifierWatcher panel;
+        const NotifierItem item = itemOn(panel);
+        EXPECT_EQ(readable(item.menu()).value(0),
+                  round == 0 ? QStringLiteral("🔴 Registrazione…") : QStringLiteral("⏳ Trascrizione…"));
+        face.perform(QStringLiteral("title ⏳ Trascrizione…"));
+    }
+    EXPECT_TRUE(face.isRunning());
+}
+
+TEST(StatusItemOnTheBusTest, WaitsForTheHost) {
+    NotifierWatcher panel(NotifierWatcher::Host::ComesLater);
+    Face face;
+    letPass(std::chrono::milliseconds(300));
+    EXPECT_THAT(panel.items(), IsEmpty());
+    panel.addHost();
+    EXPECT_EQ(readable(itemOn(panel).menu()), idleMenu);
+}
+
+}  // namespace
+}  // namespace parlivo::desktop

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+
+/// The private home of a test's Parlivo: settings, models, log and temporary files, where the program itself
+/// looks for them. The environment of the test says where that is.
+namespace parlivo::desktop::home {
+
+/// Settings of a user who has seen the first-run window; `more` is added to them or replaces them.
+void settle(const QJsonObject& more = {});
+/// The settings file as it is, without any of that.
+void writeSettings(const QByteArray& content);
+QByteArray readSettings();
+QString settingsFile();
+QJsonObject settings();
+/// Changes one setting as an editor would, while the program runs.
+void set(const QString& key, const QJsonValue& value);
+
+/// Puts the demonstration's models where the program finds them.
+void provideModels();
+/// The name of a file in the user's own data, such as the cleanup prompt.
+QString dataFile(const QString& name);
+
+/// What the program has logged so far.
+QString log();
+
+/// The files of recordings that lie about.
+QStringList recordings();
+/// The regular files below the private folders, the whole of /tmp, that contain `text`.
+QStringList filesWith(const QByteArray& text);
+
+}  // namespace parlivo::desktop::home

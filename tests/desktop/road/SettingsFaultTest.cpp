@@ -1,0 +1,83 @@
+#include "RoadTest.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <unistd.h>
+
+namespace parlivo::desktop {
+namespace {
+
+class SettingsFault : public RoadTest {
+  protected:
+    /// Whatever the settings look like, the key dictates.
+    void expectItWorks(const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment(),
+                       const QStringList& wrapper = {}) {
+        StubRecogniser stub;
+        const Program program(builtBundle(), environment, wrapper);
+        const Receiver receiver(Receiver::Kind::Qt);
+        ASSERT_TRUE(program.waitUntilUp());
+        receiver.focus();
+        for (const QString& text : {QStringLiteral("prima"), QStringLiteral("seconda")}) {
+            expectDictation(program, receiver, stub, text);
+        }
+    }
+};
+
+TEST_F(SettingsFault, AnEmptyFile) {
+    home::writeSettings("");
+    expectItWorks();
+    EXPECT_EQ(home::settings().value(QLatin1String("dictationCount")).toInt(), 2);
+}
+
+TEST_F(SettingsFault, AFileThatIsNotJsonIsKeptAside) {
+    home::writeSettings("onboardingDone = yes\n");
+    expectItWorks();
+    EXPECT_EQ(home::settings().value(QLatin1String("dictationCount")).toInt(), 2);
+    QFile aside(home::settingsFile() + QStringLiteral(".broken"));
+    ASSERT_TRUE(aside.open(QIODevice::ReadOnly));
+    EXPECT_EQ(aside.readAll(), "onboardingDone = yes\n");
+}
+
+TEST_F(SettingsFault, WrongTypesEverywhere) {
+    QJsonObject all;
+    for (const char* key :
+         {"asrTier", "cleanupTier", "cleanupLevel", "cleanupModel", "dictionary", "dictationMode",
+          "hotkeyPreset", "language", "typingSpeed", "modelsDir", "pendingChangelog", "lastSeenVersion"}) {
+        all[QLatin1String(key)] = QJsonArray{1, true};
+    }
+    for (const char* key : {"onboardingDone", "customPromptEnabled", "soundsEnabled", "overlayEnabled",
+                            "debugMode", "feedbackGiven"}) {
+        all[QLatin1String(key)] = QJsonObject{};
+    }
+    for (const char* key : {"cleanupMinChars", "dictationCount", "feedbackPromptLastShown"}) {
+        all[QLatin1String(key)] = QStringLiteral("quarantadue");
+    }
+    home::writeSettings(QJsonDocument(all).toJson());
+    expectItWorks();
+    EXPECT_EQ(home::settings().value(QLatin1String("dictationCount")).toInt(), 2);
+    EXPECT_EQ(home::settings().value(QLatin1String("language")), all.value(QLatin1String("language")));
+}
+
+TEST_F(SettingsFault, AFileThatCannotBeWritten) {
+    home::settle();
+    const QByteArray before = home::readSettings();
+    const QString folder = QFileInfo(home::settingsFile()).path();
+    ASSERT_TRUE(QFile::setPermissions(home::settingsFile(), QFile::ReadOwner));
+    ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
+    // Root may write anything, unless it gives that up.
+    const QStringList humbly{QStringLiteral("setpriv"), QStringLiteral("--bounding-set=-dac_override")};
+    expectItWorks(QProcessEnvironment::systemEnvironment(), ::geteuid() == 0 ? humbly : QStringList());
+    EXPECT_EQ(home::readSettings(), before);
+}
+
+TEST_F(SettingsFault, NoHome) {
+    home::settle();
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("HOME"));
+    expectItWorks(environment);
+}
+
+}  // namespace
+
+}  // namespace parlivo::desktop
