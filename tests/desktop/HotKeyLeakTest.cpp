@@ -46,6 +46,18 @@ TEST_P(HotKeyLeakTest, NothingLeaksWhenTheKeyIsReleasedFirst) {
     expectOnlyWhatIsTypedNow(receiver);
 }
 
+TEST_P(HotKeyLeakTest, ATapOpensNoMenu) {
+    const Receiver receiver(GetParam());
+    take("opt-space");
+    keyboard.press(Key::leftAlt);
+    keyboard.press(Key::space);
+    ASSERT_TRUE(edges(1, 0)) << seen();
+    keyboard.release(Key::space);
+    letPass(30ms);
+    keyboard.release(Key::leftAlt);
+    expectOnlyWhatIsTypedNow(receiver);
+}
+
 INSTANTIATE_TEST_SUITE_P(AllKinds, HotKeyLeakTest,
                          testing::Values(Receiver::Kind::Xterm, Receiver::Kind::Gtk3, Receiver::Kind::Gtk4,
                                          Receiver::Kind::Qt, Receiver::Kind::Chromium),

@@ -1,5 +1,7 @@
 #include "platform/linux/x11/KeyPool.h"
 
+#include "platform/linux/x11/SilentKey.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -15,7 +17,7 @@ void KeyPool::reconcile(const KeyMap& map) {
         const auto code = static_cast<xcb_keycode_t>(i);
         const Pair now = pair(code);
         if (now != Pair{} && map.entry(code) == entry(now)) continue;
-        if (map.isSpare(code)) {
+        if (map.isSpare(code) && code != silentKey) {
             adopt(code, {});
         } else {
             remove(code);

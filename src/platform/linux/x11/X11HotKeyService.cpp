@@ -1,5 +1,6 @@
 #include "platform/linux/x11/X11HotKeyService.h"
 
+#include "platform/linux/x11/SilentKey.h"
 #include "platform/linux/x11/XcbXkb.h"
 
 #include <QSocketNotifier>
@@ -56,6 +57,9 @@ std::optional<x11::KeyCombination> combinationOf(KeyCode code, HotKeyModifiers m
 
 /// The modifiers among an event's state, which also tells mouse buttons and the layout's group.
 constexpr std::uint16_t allModifiers = 0xff;
+
+/// Modifiers that do something when they are pressed alone.
+constexpr std::uint16_t menuModifiers = XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
 
 xcb_window_t rootOf(xcb_connection_t* connection, int screenNumber) {
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
@@ -221,9 +225,7 @@ void X11HotKeyService::handle(const xcb_generic_event_t& event) {
             keyPressed(reinterpret_cast<const xcb_key_press_event_t&>(event));
             break;
         case XCB_KEY_RELEASE:
-            if (hold_ && hold_->key == reinterpret_cast<const xcb_key_release_event_t&>(event).detail) {
-                endHold();
-            }
+            keyReleased(reinterpret_cast<const xcb_key_release_event_t&>(event));
             break;
         case XCB_MAPPING_NOTIFY:
             mapCheck_.start();
@@ -239,6 +241,14 @@ void X11HotKeyService::keyPressed(const xcb_key_press_event_t& event) {
     hold_ = Hold{.key = event.detail};
     holdCheck_.start();
     if (const Edge pressed = pressed_) pressed();
+    if (hold_) hold_->canTapSilentKey = x11::silentKeyAvailable(connection_.get());
+}
+
+void X11HotKeyService::keyReleased(const xcb_key_release_event_t& event) {
+    if (!hold_ || hold_->key != event.detail) return;
+    // First of all, since the modifier may come up at any moment.
+    if (hold_->canTapSilentKey && (event.state & menuModifiers) != 0) x11::tapSilentKey(connection_.get());
+    endHold();
 }
 
 bool X11HotKeyService::isHotKey(const xcb_key_press_event_t& event) const {

@@ -30,6 +30,10 @@ namespace parlivo {
 /// reaches us, not the focused window. So typing starts only when the user has let go of the keyboard; and if
 /// he does not, releasing the held keys in his place ends the grab, too.
 ///
+/// The focused window sees the modifiers go down, but not the key. Many applications take Alt or Super that
+/// is pressed and released alone for the wish to see a menu, and what is typed next would go there. So when
+/// the key comes up before the modifier, they are shown another key, which means nothing.
+///
 /// A refusal's status is the X error code (10, BadAccess, when another client has the combination), or the
 /// XCB_CONN_ number when the display cannot be reached or lacks the keyboard extension.
 class X11HotKeyService : public HotKeyService {
@@ -50,6 +54,7 @@ class X11HotKeyService : public HotKeyService {
     struct Hold {
         xcb_keycode_t key = 0;
         bool releaseDue = true;
+        bool canTapSilentKey = false;
     };
 
     /// The XCB_CONN_ number, or 0.
@@ -62,6 +67,7 @@ class X11HotKeyService : public HotKeyService {
     void readEvents();
     void handle(const xcb_generic_event_t& event);
     void keyPressed(const xcb_key_press_event_t& event);
+    void keyReleased(const xcb_key_release_event_t& event);
     void deliverRelease();
     void endHold();
     /// Notices a release that nobody was told of, as when the keyboard goes away while the key is down.
