@@ -1,6 +1,7 @@
 #include "support/MainQueue.h"
 
 #include "support/Clock.h"
+#include "support/LoopJobs.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -27,10 +28,21 @@ struct Rendezvous {
     Clock::Signal done;
 };
 
+/// Made by the first who asks, on whatever thread. It outlives the application, whose last events may still
+/// post; what is posted after its end is forgotten.
+LoopJobs& jobs() {
+    static const auto queue = [] {
+        auto made = std::make_unique<LoopJobs>();
+        made->moveToThread(QCoreApplication::instance()->thread());
+        return made;
+    }();
+    return *queue;
+}
+
 }  // namespace
 
 void async(Job job) {
-    QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(job), Qt::QueuedConnection);
+    jobs().post(std::move(job));
 }
 
 void async(const Lifeline::Watch& owner, Job job) {

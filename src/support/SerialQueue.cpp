@@ -20,6 +20,12 @@ SerialQueue::~SerialQueue() {
         if (atEnd_ == AtEnd::DropWaiting) jobs_.clear();
     }
     changed_.notify_all();
+    // Through our own lock, so that what the jobs wrote is seen here; Qt's waiting alone hides that from
+    // ThreadSanitizer.
+    {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return ended_; });
+    }
     thread_->wait();
 }
 
@@ -41,7 +47,7 @@ void SerialQueue::run() {
     std::unique_lock lock(mutex_);
     while (true) {
         changed_.wait(lock, [this] { return ending_ || !jobs_.empty(); });
-        if (jobs_.empty()) return;
+        if (jobs_.empty()) break;
         {
             const Job job = std::move(jobs_.front());
             jobs_.pop_front();
@@ -50,6 +56,8 @@ void SerialQueue::run() {
         }
         lock.lock();
     }
+    ended_ = true;
+    changed_.notify_all();
 }
 
 }  // namespace parlivo

@@ -43,6 +43,7 @@ class SerialQueue {
     std::condition_variable changed_;
     std::deque<Job> jobs_;  // under mutex_
     bool ending_ = false;   // under mutex_
+    bool ended_ = false;    // under mutex_
     std::unique_ptr<QThread> thread_;
 };
 
