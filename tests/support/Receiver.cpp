@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <ostream>
 #include <string_view>
@@ -83,6 +84,26 @@ bool isWithin(xcb_connection_t* connection, xcb_window_t window, xcb_window_t an
         window = tree ? tree->parent : xcb_window_t{XCB_NONE};
     }
     return window == ancestor;
+}
+
+bool hasTitle(const Properties& properties, xcb_window_t window, const QString& title) {
+    return properties.text(window, "_NET_WM_NAME") == title || properties.text(window, "WM_NAME") == title;
+}
+
+bool isActive(xcb_connection_t* connection, xcb_window_t window) {
+    const auto active = Properties(connection).windows("_NET_ACTIVE_WINDOW");
+    const auto focus = owned(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    // A window manager may tell before it is so, with the focus parked on a window of its own.
+    return active == std::vector{window} && focus && isWithin(connection, focus->focus, window);
+}
+
+/// The window that the window manager lists under this title, or XCB_NONE.
+xcb_window_t windowTitled(xcb_connection_t* connection, const QString& title) {
+    const Properties properties(connection);
+    const auto all = properties.windows("_NET_CLIENT_LIST");
+    const auto found =
+        std::ranges::find_if(all, [&](xcb_window_t window) { return hasTitle(properties, window, title); });
+    return found == all.end() ? xcb_window_t{XCB_NONE} : *found;
 }
 
 QStringList commandOf(Receiver::Kind kind, const QString& title, const QString& file) {
@@ -161,26 +182,14 @@ Receiver::~Receiver() {
 }
 
 xcb_window_t Receiver::findWindow() const {
-    const Properties properties(connection_.get());
-    for (const auto window : properties.windows("_NET_CLIENT_LIST")) {
-        for (const auto name : {"_NET_WM_NAME", "WM_NAME"}) {
-            if (properties.text(window, name) == title_) return window;
-        }
-    }
-    return XCB_NONE;
-}
-
-bool Receiver::isActive() const {
-    auto* const c = connection_.get();
-    const auto active = Properties(c).windows("_NET_ACTIVE_WINDOW");
-    const auto focus = owned(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
-    // A window manager may tell before it is so, with the focus parked on a window of its own.
-    return active == std::vector{window_} && focus && isWithin(c, focus->focus, window_);
+    return windowTitled(connection_.get(), title_);
 }
 
 void Receiver::focus() const {
     activate(connection_.get(), window_);
-    if (!waitFor([this] { return isActive(); })) fail(QStringLiteral("the window does not get the focus"));
+    if (!waitFor([this] { return isActive(connection_.get(), window_); })) {
+        fail(QStringLiteral("the window does not get the focus"));
+    }
 }
 
 QString Receiver::text() const {
@@ -198,6 +207,14 @@ void Receiver::freeze() const {
 }
 void Receiver::thaw() const {
     process_.signal(SIGCONT);
+}
+
+bool waitForActiveWindow(const QString& title) {
+    const x11::ConnectionHandle connection(xcb_connect(nullptr, nullptr));
+    return waitFor([&] {
+        const auto window = windowTitled(connection.get(), title);
+        return window != XCB_NONE && isActive(connection.get(), window);
+    });
 }
 
 std::string nameOf(Receiver::Kind kind) {

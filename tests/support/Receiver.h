@@ -59,7 +59,6 @@ class Receiver {
 
   private:
     xcb_window_t findWindow() const;
-    bool isActive() const;
     bool isReady();
 
     QString title_;
@@ -70,6 +69,9 @@ class Receiver {
     QElapsedTimer nudges_;
     xcb_window_t window_ = XCB_NONE;
 };
+
+/// Waits until the window with this title has the keyboard focus. False when it does not come to that.
+bool waitForActiveWindow(const QString& title);
 
 /// For the names of parameterised tests, and for GoogleTest's messages.
 std::string nameOf(Receiver::Kind kind);

@@ -10,14 +10,21 @@ namespace {
 
 class SettingsFault : public RoadTest {
   protected:
-    /// Whatever the settings look like, the key dictates.
-    void expectItWorks(const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment(),
+    enum class Welcome { No, Yes };
+
+    /// Whatever the settings look like, the key dictates; behind the welcome of a program that knows nothing
+    /// of an earlier start, too.
+    void expectItWorks(Welcome welcome,
+                       const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment(),
                        const QStringList& wrapper = {}) {
         StubRecogniser stub;
-        const Program program(builtBundle(), environment, wrapper);
         const Receiver receiver(Receiver::Kind::Qt);
+        const Program program(builtBundle(), environment, wrapper);
         ASSERT_TRUE(program.waitUntilUp());
-        receiver.focus();
+        if (welcome == Welcome::Yes) {
+            ASSERT_TRUE(waitForActiveWindow(QStringLiteral("Parlivo")));
+            receiver.focus();
+        }
         for (const QString& text : {QStringLiteral("prima"), QStringLiteral("seconda")}) {
             expectDictation(program, receiver, stub, text);
         }
@@ -26,13 +33,13 @@ class SettingsFault : public RoadTest {
 
 TEST_F(SettingsFault, AnEmptyFile) {
     home::writeSettings("");
-    expectItWorks();
+    expectItWorks(Welcome::Yes);
     EXPECT_EQ(home::settings().value(QLatin1String("dictationCount")).toInt(), 2);
 }
 
 TEST_F(SettingsFault, AFileThatIsNotJsonIsKeptAside) {
     home::writeSettings("onboardingDone = yes\n");
-    expectItWorks();
+    expectItWorks(Welcome::Yes);
     EXPECT_EQ(home::settings().value(QLatin1String("dictationCount")).toInt(), 2);
     QFile aside(home::settingsFile() + QStringLiteral(".broken"));
     ASSERT_TRUE(aside.open(QIODevice::ReadOnly));
@@ -54,7 +61,7 @@ TEST_F(SettingsFault, WrongTypesEverywhere) {
         all[QLatin1String(key)] = QStringLiteral("quarantadue");
     }
     home::writeSettings(QJsonDocument(all).toJson());
-    expectItWorks();
+    expectItWorks(Welcome::Yes);
     EXPECT_EQ(home::settings().value(QLatin1String("dictationCount")).toInt(), 2);
     EXPECT_EQ(home::settings().value(QLatin1String("language")), all.value(QLatin1String("language")));
 }
@@ -67,7 +74,8 @@ TEST_F(SettingsFault, AFileThatCannotBeWritten) {
     ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
     // Root may write anything, unless it gives that up.
     const QStringList humbly{QStringLiteral("setpriv"), QStringLiteral("--bounding-set=-dac_override")};
-    expectItWorks(QProcessEnvironment::systemEnvironment(), ::geteuid() == 0 ? humbly : QStringList());
+    expectItWorks(Welcome::No, QProcessEnvironment::systemEnvironment(),
+                  ::geteuid() == 0 ? humbly : QStringList());
     EXPECT_EQ(home::readSettings(), before);
 }
 
@@ -75,7 +83,8 @@ TEST_F(SettingsFault, NoHome) {
     home::settle();
     auto environment = QProcessEnvironment::systemEnvironment();
     environment.remove(QStringLiteral("HOME"));
-    expectItWorks(environment);
+    // The models lie below HOME, so that there is none.
+    expectItWorks(Welcome::Yes, environment);
 }
 
 }  // namespace
