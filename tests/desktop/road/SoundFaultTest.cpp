@@ -41,6 +41,13 @@ TEST_F(SoundFault, NoMicrophoneButALoudspeakersMonitor) {
     expectRecovery();
 }
 
+TEST_F(SoundFault, NoSoundServer) {
+    endSoundServer();
+    expectNoMicrophone();
+    startSoundServer();
+    expectRecovery();
+}
+
 TEST_F(SoundFault, AMicrophonePulledOutEndsTheRecordingWithWhatItHas) {
     stub_.hear(QStringLiteral("fin qui"));
     press();
