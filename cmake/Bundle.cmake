@@ -16,12 +16,24 @@ function(bundle_resource source destination)
 endfunction()
 
 foreach(folder symbols icons sounds help)
-    file(GLOB files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/${folder}/*)
+    file(GLOB_RECURSE files CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}/resources
+         ${CMAKE_SOURCE_DIR}/resources/${folder}/*)
     foreach(file ${files})
-        cmake_path(GET file FILENAME name)
-        bundle_resource(${file} ${folder}/${name})
+        bundle_resource(${CMAKE_SOURCE_DIR}/resources/${file} ${file})
     endforeach()
 endforeach()
+
+# The application's icon as pictures, for desktops that want them (icon theme specification, "hicolor").
+add_executable(render_icon ${CMAKE_SOURCE_DIR}/tools/RenderIcon.cpp)
+target_link_libraries(render_icon PRIVATE Qt6::Svg)
+set(icon_sizes 16 22 24 32 48 64 128 256 512)
+set(icon_theme ${bundle_resources}/icons/hicolor)
+set(icon_drawing ${CMAKE_SOURCE_DIR}/resources/icons/it.parlivo.Parlivo.svg)
+list(TRANSFORM icon_sizes REPLACE "(.+)" "${icon_theme}/\\1x\\1/apps/it.parlivo.Parlivo.png" OUTPUT_VARIABLE icon_pictures)
+add_custom_command(OUTPUT ${icon_pictures}
+                   COMMAND render_icon ${icon_drawing} ${icon_theme} it.parlivo.Parlivo ${icon_sizes}
+                   DEPENDS render_icon ${icon_drawing} VERBATIM)
+set_property(GLOBAL APPEND PROPERTY PARLIVO_BUNDLED ${icon_pictures})
 
 if(PARLIVO_ENGINES)
     foreach(engine whisper-server llama-server)
