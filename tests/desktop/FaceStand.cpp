@@ -4,6 +4,7 @@
 //   title TEXT            icon SYMBOL none|red|orange|purple|blue
 //   mic authorised|asked|denied        trusted yes|no        update VERSION|none
 //   show    hide    level 0..1    frames    popup
+//   lines                  the open menu, each line with the place of its middle: "X Y TEXT"
 //   restate                the permission lines change at the next opening of the menu
 //
 // Every line is answered with "done" when it is carried out.
@@ -99,6 +100,14 @@ class FaceStand {
         menu_.setUpdate(version == QStringLiteral("none") ? std::nullopt : std::optional(version));
     }
 
+    void tellLines() {
+        for (QAction* line : menu_.menu().actions()) {
+            if (!menu_.menu().isVisible() || !line->isVisible() || line->isSeparator()) continue;
+            const QPoint middle = menu_.menu().mapToGlobal(menu_.menu().actionGeometry(line).center());
+            say(QStringLiteral("%1 %2 %3").arg(middle.x()).arg(middle.y()).arg(line->text()));
+        }
+    }
+
     float level_ = 0;
     int frames_ = 0;
     bool restate_ = false;
@@ -115,6 +124,7 @@ class FaceStand {
         {QStringLiteral("hide"), [this](const QString&) { overlay_.hide(); }},
         {QStringLiteral("level"), [this](const QString& level) { level_ = level.toFloat(); }},
         {QStringLiteral("frames"), [this](const QString&) { say(QString::number(frames_)); }},
+        {QStringLiteral("lines"), [this](const QString&) { tellLines(); }},
         {QStringLiteral("restate"), [this](const QString&) { restate_ = true; }},
         {QStringLiteral("popup"), [this](const QString&) { menu_.menu().popup(QCursor::pos()); }},
     };

@@ -1,5 +1,7 @@
+#include "desktop/DesktopPortal.h"
 #include "desktop/Face.h"
 #include "desktop/NotifierWatcher.h"
+#include "desktop/StateIcons.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -112,6 +114,35 @@ TEST(StatusItemOnTheBusTest, ComesWithThePanelAndComesBackWithTheNext) {
         face.perform(QStringLiteral("title ⏳ Trascrizione…"));
     }
     EXPECT_TRUE(face.isRunning());
+}
+
+TEST(StatusItemOnTheBusTest, ShowsEveryStateInItsTint) {
+    for (const bool dark : {false, true}) {
+        const DesktopPortal portal(dark ? DesktopPortal::Scheme::Dark : DesktopPortal::Scheme::Light);
+        const NotifierWatcher panel;
+        Face face;
+        const NotifierItem item = itemOn(panel);
+        for (const StateIcon& state : stateIcons) {
+            face.perform(QStringLiteral("icon ") + state.words());
+            const QImage expected = state.picture(dark ? StateIcon::Panel::Dark : StateIcon::Panel::Light);
+            EXPECT_TRUE(waitFor([&] { return looksLike(item.icon(expected.width()), expected); }))
+                << state.symbol << (dark ? " on a dark panel" : " on a light panel");
+        }
+    }
+}
+
+TEST(StatusItemOnTheBusTest, FollowsTheDesktopsColours) {
+    DesktopPortal portal(DesktopPortal::Scheme::Light);
+    const NotifierWatcher panel;
+    const Face face;
+    const NotifierItem item = itemOn(panel);
+    const StateIcon& idle = stateIcons.front();
+    const auto shows = [&](StateIcon::Panel ground) {
+        return waitFor([&] { return looksLike(item.icon(22), idle.picture(ground)); });
+    };
+    EXPECT_TRUE(shows(StateIcon::Panel::Light));
+    portal.prefer(DesktopPortal::Scheme::Dark);
+    EXPECT_TRUE(shows(StateIcon::Panel::Dark));
 }
 
 TEST(StatusItemOnTheBusTest, WaitsForTheHost) {

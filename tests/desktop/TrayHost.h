@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/linux/x11/XcbHandles.h"
+
+#include <QColor>
+#include <QRect>
+#include <QSocketNotifier>
+
+#include <optional>
+#include <string>
+
+namespace parlivo::desktop {
+
+/// An X tray of the test's own, 40 pixels square in the upper left corner of the screen, that shows the one
+/// icon that came last. It works while the test waits (waitFor).
+/// https://specifications.freedesktop.org/systemtray-spec/
+class TrayHost {
+  public:
+    enum class Panel { Light, Dark, TellsNoColour };
+
+    explicit TrayHost(Panel panel = Panel::TellsNoColour);
+    TrayHost(const TrayHost&) = delete;
+    TrayHost& operator=(const TrayHost&) = delete;
+
+    /// Where the icon is on the screen, 22 pixels square, when there is one.
+    std::optional<QRect> icon() const;
+    /// What the panel is painted in.
+    QColor ground() const { return ground_; }
+
+  private:
+    void paintPanel();
+    void takeOffice();
+    void tellColours(Panel panel);
+    void readEvents();
+    void dock(xcb_window_t icon);
+    xcb_atom_t atom(const std::string& name) const;
+    xcb_window_t root() const;
+
+    x11::ConnectionHandle connection_;
+    QSocketNotifier notifier_;
+    QColor ground_;
+    xcb_window_t panel_ = XCB_NONE;
+    xcb_window_t icon_ = XCB_NONE;
+};
+
+}  // namespace parlivo::desktop
