@@ -66,6 +66,10 @@ void BundleCopy::putEngine(const QString& name, const QByteArray& content,
     EXPECT_TRUE(file.setPermissions(permissions));
 }
 
+void BundleCopy::removeResource(const QString& name) const {
+    EXPECT_TRUE(QFile::remove(resource(name))) << qPrintable(name);
+}
+
 Program::Program(const QString& bundle, const QProcessEnvironment& environment, const QStringList& wrapper) {
     QDBusConnection::sessionBus().connect(service, object, interfaceName, QStringLiteral("StateChanged"),
                                           this, SLOT(take(QString)));

@@ -31,6 +31,8 @@ class BundleCopy {
     void putEngine(const QString& name, const QString& program) const;
     /// The same with a file of this content and these permissions.
     void putEngine(const QString& name, const QByteArray& content, QFile::Permissions permissions) const;
+    /// Leaves a resource, or a folder of them, out.
+    void removeResource(const QString& name) const;
 
   private:
     QString resource(const QString& name) const;
