@@ -25,7 +25,7 @@ class CleanupRoad : public RoadTest {
     void expectTyped(const demo::Phrase& spoken, const QString& text) {
         const QString before = receiver_->text();
         dictate(*program_, spoken);
-        EXPECT_TRUE(receiver_->waitForText(before + text)) << qPrintable(receiver_->text());
+        EXPECT_TRUE(receiver_->waitForText(before + text, enginePatience)) << qPrintable(receiver_->text());
         expectNothingLeft(*program_);
     }
 
@@ -72,12 +72,10 @@ TEST_F(CleanupRoad, KilledTheProgramTakesItsServersAlong) {
     ASSERT_FALSE(processesNamed(QStringLiteral("whisper-server")).empty());
     ASSERT_FALSE(processesNamed(QStringLiteral("llama-server")).empty());
     program_->signal(SIGKILL);
-    EXPECT_TRUE(waitFor(
-        [] {
-            return processesNamed(QStringLiteral("whisper-server")).empty() &&
-                   processesNamed(QStringLiteral("llama-server")).empty();
-        },
-        std::chrono::seconds(2)));
+    EXPECT_TRUE(waitFor([] {
+        return processesNamed(QStringLiteral("whisper-server")).empty() &&
+               processesNamed(QStringLiteral("llama-server")).empty();
+    }));
 }
 
 }  // namespace

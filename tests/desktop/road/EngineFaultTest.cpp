@@ -55,7 +55,7 @@ class EngineFault : public RoadTest {
     /// The real engine, with the demonstration's model.
     void expectRecovery(const Program& program, const Receiver& receiver) {
         dictate(program, phrase(QStringLiteral("s08")));
-        EXPECT_TRUE(receiver.waitForText(QStringLiteral("Apri il documento.")))
+        EXPECT_TRUE(receiver.waitForText(QStringLiteral("Apri il documento."), enginePatience))
             << qPrintable(program.statusText());
         expectNothingLeft(program);
     }

@@ -21,6 +21,10 @@ extern const QStringList wholeDictation;
 using Chord = std::vector<xcb_keycode_t>;
 inline const Chord optionSpace{Key::leftAlt, Key::space};
 
+/// How long the real engines may take on a machine that is busy with everything else: their threads wait for
+/// each other by spinning.
+inline constexpr std::chrono::seconds enginePatience{100};
+
 /// A stand-in for a running whisper-server: the program takes whatever answers on the port for one.
 class StubRecogniser : public StubServer {
   public:
