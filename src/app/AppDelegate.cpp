@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "models/Downloader.h"
 #include "models/ModelPaths.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
@@ -46,6 +47,7 @@ AppDelegate::AppDelegate(Collaborators collaborators, AudioRecorder::Now now)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
+    Downloader::removeLeftovers();
     setupStatusItem();
     overlay_.setLevelProvider(
         [this, alive = lifeline_.watch()] { return alive.expired() ? 0.0F : recorder_.level(); });

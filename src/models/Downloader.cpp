@@ -1,5 +1,6 @@
 #include "models/Downloader.h"
 
+#include "models/DownloadFile.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
 #include "support/Clock.h"
@@ -10,11 +11,8 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
+#include <atomic>
 #include <utility>
 
 namespace parlivo {
@@ -28,8 +26,6 @@ constexpr auto retryDelay = 3s;
 constexpr auto progressInterval = 50ms;
 constexpr qint64 mebibyte = 1 << 20;
 
-const QString temporarySuffix = QStringLiteral(".parlivo-download");
-
 Error incomplete(qint64 actual, qint64 expected) {
     return {
         ErrorCode::IncompleteDownload,
@@ -41,27 +37,18 @@ SerialQueue& finishing() {
     return queue;
 }
 
-Error fileError(const QFileDevice& file) {
-    return {QStringLiteral("File"), file.error(), file.errorString()};
-}
-
 }  // namespace
 
 /// One try of a download. Its file and counts belong to the network thread and, once the transfer is over, to
 /// the finishing queue; what it finds out goes to the main thread.
 class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
   public:
-    Attempt(Downloader& downloader, const ModelCatalog::Entry& entry, QString destination)
+    Attempt(Downloader& downloader, const ModelCatalog::Entry& entry, const QString& destination)
         : downloader_(downloader),
           alive_(downloader.lifeline_.watch()),
           expectedSize_(entry.expectedSize),
           fileName_(entry.fileName),
-          destination_(std::move(destination)),
-          file_(destination_ + temporarySuffix) {}
-
-    ~Attempt() { file_.remove(); }
-    Attempt(const Attempt&) = delete;
-    Attempt& operator=(const Attempt&) = delete;
+          file_(std::in_place, destination) {}
 
     HttpTransfer::Receiver receiver() {
         auto self = shared_from_this();
@@ -74,13 +61,10 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
 
   private:
     bool write(const QByteArray& bytes) {
-        if (!file_.isOpen() &&
-            !file_.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-            failure_ = fileError(file_);
-            return false;
-        }
-        if (file_.write(bytes) != bytes.size()) {
-            failure_ = fileError(file_);
+        try {
+            file_->append(bytes);
+        } catch (const Error& error) {
+            failure_ = error;
             return false;
         }
         written_ += bytes.size();
@@ -88,20 +72,29 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
         return true;
     }
 
+    /// Tells where the transfer stands a moment later, and all that came meanwhile with it.
     void reportProgress() {
-        const auto now = Clock::now();
-        const qint64 total = announcedLength_ >= 1 ? announcedLength_ : std::max(expectedSize_, qint64{1});
-        if (now < nextReport_ && written_ < total) return;
-        nextReport_ = now + progressInterval;
-        onMain([written = written_, total](Downloader& downloader) {
-            if (!downloader.onProgress) return;
-            downloader.onProgress(static_cast<double>(written) / static_cast<double>(total), written, total);
+        if (reportDue_.exchange(true)) return;
+        MainQueue::after(progressInterval, alive_, [weak = weak_from_this()] {
+            const auto self = weak.lock();
+            if (!self) return;
+            self->reportDue_ = false;
+            self->tellProgress();
         });
+    }
+
+    /// Main thread, while alive_.
+    void tellProgress() const {
+        if (!downloader_.onProgress) return;
+        const qint64 announced = announcedLength_;
+        const qint64 written = written_;
+        const qint64 total = announced >= 1 ? announced : std::max(expectedSize_, qint64{1});
+        downloader_.onProgress(static_cast<double>(written) / static_cast<double>(total), written, total);
     }
 
     void finish(const std::optional<Error>& transportFailure) {
         if (transportFailure) {
-            file_.remove();
+            file_.reset();
             onMain([failure = *transportFailure](Downloader& downloader) {
                 downloader.transferFailed(failure);
             });
@@ -112,38 +105,28 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
     }
 
     void settle() {
-        if (!failure_) failure_ = verify();
-        if (!failure_) failure_ = moveIntoPlace();
-        if (failure_) {
-            Log::info(QStringLiteral("errore salvataggio ") + fileName_ + QStringLiteral(": ") +
-                      failure_->localizedDescription());
-            file_.remove();
-        } else {
+        try {
+            if (failure_) throw Error(*failure_);
+            verify();
+            file_->moveIntoPlace();
             Log::info(QStringLiteral("download completato e verificato: ") + fileName_);
+        } catch (const Error& error) {
+            failure_ = error;
+            Log::info(QStringLiteral("errore salvataggio ") + fileName_ + QStringLiteral(": ") +
+                      error.localizedDescription());
         }
-        onMain([failure = failure_](Downloader& downloader) { downloader.complete(failure); });
+        // What is left of it must be gone before anybody hears of the end.
+        file_.reset();
+        onMain([self = shared_from_this()](Downloader& downloader) {
+            if (!self->failure_) self->tellProgress();
+            downloader.complete(self->failure_);
+        });
     }
 
-    std::optional<Error> verify() {
-        // An empty body never opened the file.
-        if (!file_.isOpen() && !file_.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            return fileError(file_);
-        const qint64 expected = expectedSize_ >= 1 ? expectedSize_ : announcedLength_;
-        const qint64 actual = file_.size();
-        if (expected >= 1 && actual != expected) return incomplete(actual, expected);
-        return std::nullopt;
-    }
-
-    std::optional<Error> moveIntoPlace() {
-        // The name must not reach the disk before the bytes: after a power cut the size alone would look
-        // right.
-        if (fsync(file_.handle()) != 0) return Error::system(errno, fileName_);
-        file_.close();
-        if (std::rename(QFile::encodeName(file_.fileName()).constData(),
-                        QFile::encodeName(destination_).constData()) != 0) {
-            return Error::system(errno, fileName_);
-        }
-        return std::nullopt;
+    void verify() {
+        const qint64 expected = expectedSize_ >= 1 ? expectedSize_ : announcedLength_.load();
+        const qint64 actual = file_->size();
+        if (expected >= 1 && actual != expected) throw incomplete(actual, expected);
     }
 
     void onMain(std::function<void(Downloader&)> job) {
@@ -154,11 +137,10 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
     const Lifeline::Watch alive_;
     const qint64 expectedSize_;
     const QString fileName_;
-    const QString destination_;
-    QFile file_;
-    qint64 announcedLength_ = -1;
-    qint64 written_ = 0;
-    Clock::TimePoint nextReport_;
+    std::optional<DownloadFile> file_;
+    std::atomic<qint64> announcedLength_ = -1;
+    std::atomic<qint64> written_ = 0;
+    std::atomic<bool> reportDue_ = false;
     std::optional<Error> failure_;
 };
 
@@ -187,16 +169,14 @@ void Downloader::transferFailed(const Error& failure) {
 }
 
 void Downloader::complete(const std::optional<Error>& error) {
+    onProgress = nullptr;
     // A copy: the callback may destroy this object, and itself with it.
     const auto tell = onCompletion;
     if (tell) tell(error);
 }
 
 void Downloader::removeLeftovers() {
-    QDir folder(Config::modelsDir());
-    const QStringList leftovers =
-        folder.entryList({QLatin1Char('*') + temporarySuffix}, QDir::Files | QDir::Hidden);
-    for (const QString& leftover : leftovers) folder.remove(leftover);
+    DownloadFile::removeLeftovers(Config::modelsDir());
 }
 
 }  // namespace parlivo

@@ -28,7 +28,7 @@ class Error : public std::exception {
     /// A failure of another domain, passed up unchanged.
     Error(QString domain, int code, QString description);
 
-    /// A failed system call: domain "POSIX", the errno value and the system's text for it, preceded by
+    /// A failed system call: domain "POSIX", the errno value and what it means to the user, preceded by
     /// `subject`.
     static Error system(int errnoValue, const QString& subject);
 

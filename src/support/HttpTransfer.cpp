@@ -9,6 +9,7 @@
 #include <QPointer>
 
 #include <atomic>
+#include <optional>
 #include <utility>
 
 namespace parlivo {
@@ -41,6 +42,15 @@ QString describe(QNetworkReply::NetworkError error) {
     }
 }
 
+/// In bytes, -1 when there is none. Qt now and then lists what a redirection stated before the length that
+/// counts.
+qint64 statedLength(const QNetworkReply& reply) {
+    if (reply.hasRawHeader("Transfer-Encoding")) return -1;
+    bool isNumber = false;
+    const qint64 length = reply.rawHeader("Content-Length").split(',').last().trimmed().toLongLong(&isNumber);
+    return isNumber ? length : -1;
+}
+
 }  // namespace
 
 struct HttpTransfer::Shared {
@@ -48,37 +58,49 @@ struct HttpTransfer::Shared {
     std::atomic<bool> calledOff = false;
     // What follows is of the network thread alone.
     QPointer<QNetworkReply> reply;
-    bool lengthAnnounced = false;
+    std::optional<qint64> announced;  ///< -1 without a length
+    qint64 received = 0;
     bool refused = false;  ///< by the receiver
 
     void announceLength();
     void handOn();
+    QNetworkReply::NetworkError error() const;
     void conclude();
 };
 
 void HttpTransfer::Shared::announceLength() {
-    if (std::exchange(lengthAnnounced, true)) return;
-    const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
-    receiver.announced(length.isValid() ? length.toLongLong() : -1);
+    if (announced) return;
+    announced = statedLength(*reply);
+    receiver.announced(*announced);
 }
 
 void HttpTransfer::Shared::handOn() {
     while (!refused && !calledOff && reply->bytesAvailable() > 0) {
         announceLength();
-        if (receiver.receive(reply->read(readAhead))) continue;
+        const QByteArray bytes = reply->read(readAhead);
+        received += bytes.size();
+        if (receiver.receive(bytes)) continue;
         refused = true;
         reply->abort();
     }
 }
 
+QNetworkReply::NetworkError HttpTransfer::Shared::error() const {
+    const auto reported = reply->error();
+    if (HttpSession::isTransportError(reported)) return reported;
+    // Now and then a connection that breaks off between two pieces is no error to Qt.
+    return received < announced.value_or(-1) ? QNetworkReply::RemoteHostClosedError : reported;
+}
+
 void HttpTransfer::Shared::conclude() {
     if (calledOff) return;
     if (!refused && reply->isOpen()) handOn();
-    const auto error = reply->error();
-    if (refused || !HttpSession::isTransportError(error)) {
+    announceLength();
+    const auto outcome = error();
+    if (refused || !HttpSession::isTransportError(outcome)) {
         receiver.finished(std::nullopt);
     } else {
-        receiver.finished(Error(QStringLiteral("Network"), error, describe(error)));
+        receiver.finished(Error(QStringLiteral("Network"), outcome, describe(outcome)));
     }
 }
 

@@ -55,6 +55,7 @@ OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchMod
 
 void OnboardingView::next() {
     if (step_ == Step::ready) {
+        axTimer_.stop();
         onDone_();
         return;
     }

@@ -29,8 +29,7 @@ TierPicker::TierPicker(const QString& title, std::vector<ModelCatalog::Entry> ti
       tiers_(std::move(tiers)),
       selection_(std::move(selection)),
       onChanged_(std::move(onChanged)),
-      fetch_(std::move(fetch)),
-      errorLine_(new Label({}, TextStyle::Caption, errorColour, this)) {
+      fetch_(std::move(fetch)) {
     setAccessibleName(title);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -42,6 +41,7 @@ TierPicker::TierPicker(const QString& title, std::vector<ModelCatalog::Entry> ti
         column->addWidget(row);
         rows_.push_back(row);
     }
+    errorLine_ = new Label({}, TextStyle::Caption, errorColour, this);
     column->addWidget(errorLine_);
     refresh();
 }
@@ -54,21 +54,25 @@ void TierPicker::choose(const ModelCatalog::Entry& entry) {
 
 void TierPicker::download(const ModelCatalog::Entry& entry) {
     error_.reset();
-    downloading_[entry.id] = {};
+    downloading_ = entry.id;
+    progress_ = 0;
     refresh();
-    downloading_[entry.id].downloader = fetch_(
+    // An earlier download of the same file is called off by this one's taking its place.
+    downloaders_[entry.id] = fetch_(
         entry,
         {.onProgress = [this, id = entry.id](double fraction, qint64, qint64) { showProgress(id, fraction); },
          .onCompletion = [this, id = entry.id](const auto& error) { finish(id, error); }});
 }
 
 void TierPicker::showProgress(const QString& id, double fraction) {
-    downloading_[id].progress = fraction;
-    if (bar_ && selection_.get() == id) showFraction(*bar_, fraction);
+    if (downloading_ != id) return;
+    progress_ = fraction;
+    if (bar_) showFraction(*bar_, fraction);
 }
 
 void TierPicker::finish(const QString& id, const std::optional<Error>& error) {
-    downloading_.erase(id);
+    downloaders_.erase(id);
+    if (downloading_ == id) downloading_.reset();
     if (error) error_ = error->localizedDescription();
     refresh();
     if (onChanged_) onChanged_();
@@ -90,8 +94,7 @@ QWidget* TierPicker::trailingOf(const ModelCatalog::Entry& entry, bool selected)
         return new SymbolView(u"checkmark.circle.fill"_s, checkSize, successColour, this);
     }
     if (!selected) return nullptr;
-    const auto running = downloading_.find(entry.id);
-    if (running != downloading_.end()) return progressBar(running->second.progress);
+    if (downloading_ == entry.id) return makeBar();
     QPushButton* button = makeButton(
         u"Scarica"_s, [this, entry] { download(entry); }, this);
     button->setFont(textFont(TextStyle::Caption));
@@ -99,10 +102,10 @@ QWidget* TierPicker::trailingOf(const ModelCatalog::Entry& entry, bool selected)
     return button;
 }
 
-QWidget* TierPicker::progressBar(double fraction) {
+QWidget* TierPicker::makeBar() {
     bar_ = makeProgressBar(this);
     bar_->setFixedWidth(barWidth);
-    showFraction(*bar_, fraction);
+    showFraction(*bar_, progress_);
     return bar_;
 }
 

@@ -21,8 +21,8 @@ class ChoiceRow;
 class Label;
 
 /// Chooses one model tier out of a list and downloads it in place. Choosing counts at once, whether the file
-/// is there or not; downloading is a separate act, offered for the chosen tier. A download goes on when
-/// another tier is chosen meanwhile.
+/// is there or not; downloading is a separate act, offered for the chosen tier. A download goes on out of
+/// sight when another tier is chosen meanwhile.
 class TierPicker : public QWidget {
   public:
     /// `onChanged` follows every choice, even of what was chosen already, and every end of a download.
@@ -39,24 +39,23 @@ class TierPicker : public QWidget {
     void finish(const QString& id, const std::optional<Error>& error);
     void refresh();
     QWidget* trailingOf(const ModelCatalog::Entry& entry, bool selected);
-    QWidget* progressBar(double fraction);
+    QWidget* makeBar();
 
     const std::vector<ModelCatalog::Entry> tiers_;
     Binding<QString> selection_;
     std::function<void()> onChanged_;
     ModelFetch fetch_;
 
-    /// A download under way.
-    struct Running {
-        double progress = 0;
-        std::shared_ptr<void> downloader;
-    };
-    std::map<QString, Running> downloading_;  ///< by the tier's id
+    /// There is one progress to a picker: that of the download begun last, of the tier of this id. One that
+    /// was begun before goes on out of sight.
+    std::optional<QString> downloading_;
+    double progress_ = 0;
     std::optional<QString> error_;
+    std::map<QString, std::shared_ptr<void>> downloaders_;  ///< those under way, by the tier's id
 
     std::vector<ChoiceRow*> rows_;
     QProgressBar* bar_ = nullptr;  ///< the one in the chosen row, if any
-    Label* errorLine_;
+    Label* errorLine_ = nullptr;
 };
 
 }  // namespace parlivo

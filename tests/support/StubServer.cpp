@@ -221,6 +221,14 @@ bool StubServer::perform(int socket, const StubReply& reply) const {
         case Manner::ThenClose:
             sendAll(socket, reply.bytes);
             return false;
+        case Manner::ThenReset:
+            sendAll(socket, reply.bytes);
+            lingerNot(socket);
+            return false;
+        case Manner::ThenNothing:
+            sendAll(socket, reply.bytes);
+            waitForPeersEnd(socket);
+            return false;
         case Manner::OneByOne:
             for (const char byte : reply.bytes) {
                 if (!rest(reply.pause) || !sendAll(socket, {&byte, 1})) return false;

@@ -18,6 +18,8 @@ struct StubReply {
     enum class Manner {
         Whole,         ///< sends everything; the connection stays open
         ThenClose,     ///< sends everything and closes the connection
+        ThenReset,     ///< sends everything and breaks the connection off (TCP reset)
+        ThenNothing,   ///< sends everything and keeps the connection open, not listening any more
         OneByOne,      ///< sends everything byte by byte, each after `pause`
         Never,         ///< answers nothing and keeps the connection open
         CloseAtOnce,   ///< closes without a word

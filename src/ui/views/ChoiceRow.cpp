@@ -1,5 +1,7 @@
 #include "ui/views/ChoiceRow.h"
 
+#include "ui/views/Controls.h"
+
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QStyleOptionFocusRect>
@@ -63,6 +65,7 @@ void ChoiceRow::setSelected(bool selected) {
     setChecked(selected);
     setAutoExclusive(true);
     byProgram_ = false;
+    if (const QWidget* group = parentWidget()) leadTabToChoice(*group);
 }
 
 void ChoiceRow::showSelection(bool selected) {

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <utility>
 
 namespace parlivo {
@@ -21,6 +22,14 @@ bool isMeant(const QWidget& control, QWheelEvent& wheel) {
 }
 
 }  // namespace
+
+void leadTabToChoice(const QWidget& group) {
+    const auto buttons = group.findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly);
+    const bool chosen = std::ranges::any_of(buttons, &QRadioButton::isChecked);
+    for (QRadioButton* button : buttons) {
+        button->setFocusPolicy(!chosen || button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
+    }
+}
 
 Toggle::Toggle(const QString& label, Binding<bool> value, QWidget* parent)
     : QCheckBox(label, parent), value_(std::move(value)) {
@@ -71,6 +80,7 @@ void RadioGroup::refresh() {
         button->setChecked(value == current);
         button->setAutoExclusive(true);
     }
+    leadTabToChoice(*this);
 }
 
 void RadioGroup::showEvent(QShowEvent* event) {

@@ -23,6 +23,10 @@ struct Option {
     QString value;
 };
 
+/// Makes Tab come to the chosen one of the radio buttons in `group`, from where the arrows lead to the
+/// others; to the first when none is chosen. Left alone, Qt comes to the first in any case.
+void leadTabToChoice(const QWidget& group);
+
 class Toggle : public QCheckBox {
   public:
     Toggle(const QString& label, Binding<bool> value, QWidget* parent = nullptr);
