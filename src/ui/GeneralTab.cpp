@@ -52,7 +52,6 @@ void GeneralTab::setLaunchAtLogin(bool wanted) {
 void GeneralTab::addModelsFolder(Form& form) {
     form.text(u"Cartella modelli AI"_s);
     modelsPath_ = new Label({}, TextStyle::Caption, secondaryColour);
-    modelsPath_->setAccessibleName(u"Cartella modelli AI"_s);
     changeButton_ = makeButton(
         u"Cambia…"_s, [this] { pickModelsFolder(); }, nullptr);
     form.row({modelsPath_, changeButton_});

@@ -61,30 +61,29 @@ QWidget* FeedbackView::makeForm() {
     auto* column = new QVBoxLayout(form);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(8);
+    column->addWidget(new Label(u"Come valuti Parlivo?"_s, TextStyle::Headline, primaryColour, form));
     rating_ = new StarRating(form);
+    column->addWidget(rating_);
+    column->addWidget(
+        new Label(u"Cosa non va? Cosa miglioreresti?"_s, TextStyle::Caption, primaryColour, form));
+    column->addWidget(makeTextField(*form));
     email_ = new QLineEdit(form);
     email_->setPlaceholderText(u"Email (facoltativa, se vuoi una risposta)"_s);
     email_->setMinimumHeight(email_->sizeHint().height() + 6);
     email_->setAccessibleName(u"Email"_s);
-    errorLine_ = new Label({}, TextStyle::Caption, errorColour, form);
-
-    column->addWidget(new Label(u"Come valuti Parlivo?"_s, TextStyle::Headline, primaryColour, form));
-    column->addWidget(rating_);
-    column->addWidget(
-        new Label(u"Cosa non va? Cosa miglioreresti?"_s, TextStyle::Caption, primaryColour, form));
-    column->addWidget(makeTextField());
     column->addWidget(email_);
     column->addWidget(new Label(
         u"Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."_s,
         TextStyle::Caption, secondaryColour, form));
+    errorLine_ = new Label({}, TextStyle::Caption, errorColour, form);
     column->addWidget(errorLine_);
     column->addStretch(1);
-    column->addWidget(makeButtons());
+    column->addWidget(makeButtons(*form));
     return form;
 }
 
-QWidget* FeedbackView::makeTextField() {
-    auto* outline = new OutlinedBox(this);
+QWidget* FeedbackView::makeTextField(QWidget& form) {
+    auto* outline = new OutlinedBox(&form);
     text_ = new QPlainTextEdit(outline);
     text_->setFrameShape(QFrame::NoFrame);
     text_->setTabChangesFocus(true);
@@ -95,8 +94,8 @@ QWidget* FeedbackView::makeTextField() {
     return outline;
 }
 
-QWidget* FeedbackView::makeButtons() {
-    auto* line = new QWidget(this);
+QWidget* FeedbackView::makeButtons(QWidget& form) {
+    auto* line = new QWidget(&form);
     auto* row = new QHBoxLayout(line);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(makeButton(u"Annulla"_s, onClose_, line));

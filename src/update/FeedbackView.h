@@ -27,8 +27,8 @@ class FeedbackView : public QWidget {
 
   private:
     QWidget* makeForm();
-    QWidget* makeTextField();
-    QWidget* makeButtons();
+    QWidget* makeTextField(QWidget& form);
+    QWidget* makeButtons(QWidget& form);
     QWidget* makeThanks();
     void refresh();
     void send();

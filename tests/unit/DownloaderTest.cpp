@@ -1,133 +1,10 @@
-#include "models/Downloader.h"
-#include "settings/Config.h"
-#include "support/FileSizeLimit.h"
-#include "support/HttpSession.h"
-#include "support/PlatformTest.h"
-#include "support/StubServer.h"
-#include "support/Waiting.h"
-
-#include <QDir>
-#include <QFile>
-
-#include <unistd.h>
-
-#include <optional>
-#include <vector>
+#include "DownloaderFixture.h"
 
 namespace parlivo {
 namespace {
 
-using namespace Qt::StringLiterals;
+using namespace downloads;
 using Manner = StubReply::Manner;
-
-constexpr qint64 fileSize = 3'000'000;
-constexpr int percent = fileSize / 100;
-const QString fileName = u"modello.bin"_s;
-const QByteArray path = "/repo/resolve/main/modello.bin";
-
-/// A file no two parts of which are alike.
-QByteArray makeModel(qint64 size = fileSize) {
-    QByteArray model(size, Qt::Uninitialized);
-    quint32 state = 1;
-    for (char& byte : model) {
-        state = state * 1664525 + 1013904223;  // any generator will do
-        byte = static_cast<char>(state >> 24);
-    }
-    return model;
-}
-
-const QByteArray& model() {
-    static const QByteArray bytes = makeModel();
-    return bytes;
-}
-
-StubReply whole(const QByteArray& body = model()) {
-    return StubReply::body(body, 200, "application/octet-stream");
-}
-
-StubReply cutAt(qint64 bytes) {
-    return StubReply::cutOff(model().left(bytes), fileSize);
-}
-
-/// Without a length: the end of the connection is the end of the file.
-StubReply unmeasured(const QByteArray& body) {
-    return {"HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + body, Manner::ThenClose, {}};
-}
-
-class DownloaderTest : public PlatformTest {
-  protected:
-    DownloaderTest() {
-        // The 3 s between two tries, and the minute without any progress.
-        Clock::setScale(0.02);
-    }
-
-    ModelCatalog::Entry entry(qint64 expectedSize = fileSize) const {
-        return {.id = u"best"_s,
-                .label = u"Precisa"_s,
-                .detail = {},
-                .fileName = fileName,
-                .url = QUrl(u"http://127.0.0.1:%1"_s.arg(server.port()) + QString::fromLatin1(path)),
-                .expectedSize = expectedSize};
-    }
-
-    struct Progress {
-        double fraction;
-        qint64 written;
-        qint64 total;
-    };
-
-    void start(const ModelCatalog::Entry& wanted) {
-        downloader.emplace(wanted);
-        downloader->onProgress = [this](double fraction, qint64 written, qint64 total) {
-            progress.push_back({fraction, written, total});
-        };
-        downloader->onCompletion = [this](const std::optional<Error>& error) { ends.push_back(error); };
-        downloader->start();
-    }
-    /// True when the file came; a failure's description is in `failure()`.
-    bool fetch(const ModelCatalog::Entry& wanted) {
-        start(wanted);
-        EXPECT_TRUE(desktop::waitFor([this] { return !ends.empty(); })) << "no end was told";
-        return !ends.empty() && !ends.back();
-    }
-    bool fetch() { return fetch(entry()); }
-    QString failure() const { return ends.back() ? ends.back()->localizedDescription() : QString(); }
-
-    static QString file() { return Config::modelsDir() + u'/' + fileName; }
-    static QByteArray contents() {
-        QFile opened(file());
-        return opened.open(QIODevice::ReadOnly) ? opened.readAll() : QByteArray("(missing)");
-    }
-    static QStringList filesIn(const QString& folder) {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-    }
-    static QStringList retries(int count, const QString& reason) {
-        QStringList lines(u"download avviato: "_s + fileName);
-        for (int i = 0; i < count; ++i) {
-            lines += u"download "_s + fileName + u" fallito ("_s + reason + u"), retry"_s;
-            lines += u"download avviato: "_s + fileName;
-        }
-        return lines;
-    }
-    void expectRefused(const QString& reason) {
-        EXPECT_FALSE(fetch());
-        EXPECT_EQ(failure(), reason);
-        EXPECT_TRUE(ends.back() && ends.back()->is(ErrorCode::IncompleteDownload));
-        EXPECT_EQ(logged(), QStringList({u"download avviato: "_s + fileName,
-                                         u"errore salvataggio "_s + fileName + u": "_s + reason}));
-        expectNothingLeft();
-        EXPECT_EQ(ends.size(), 1U);
-    }
-    void expectNothingLeft() const {
-        EXPECT_EQ(filesIn(Config::modelsDir()), QStringList());
-        EXPECT_FALSE(ModelCatalog::isDownloaded(entry()));
-    }
-
-    StubServer server;
-    std::optional<Downloader> downloader;
-    std::vector<Progress> progress;
-    std::vector<std::optional<Error>> ends;
-};
 
 TEST_F(DownloaderTest, TheFileArrivesWholeAndIsLogged) {
     server.on(path, whole());
@@ -142,21 +19,6 @@ TEST_F(DownloaderTest, TheFileArrivesWholeAndIsLogged) {
     EXPECT_EQ(progress.back().written, fileSize);
     EXPECT_EQ(progress.back().total, fileSize);
     EXPECT_EQ(ends.size(), 1U);
-}
-
-TEST_F(DownloaderTest, TheFolderIsMadeWithAllAboveIt) {
-    store(Config::Key::modelsDir, platform.directories().temporary() + u"/a/b c/modelli"_s);
-    server.on(path, whole());
-    ASSERT_TRUE(fetch()) << failure().toStdString();
-    EXPECT_TRUE(contents() == model());
-}
-
-TEST_F(DownloaderTest, WhatLiesInItsPlaceIsDeletedAtTheStart) {
-    QDir().mkpath(Config::modelsDir());
-    ASSERT_TRUE(QFile::copy(u"/proc/self/cmdline"_s, file()));
-    server.on(path, StubReply::of(Manner::Never));
-    start(entry());
-    EXPECT_FALSE(QFile::exists(file()));
 }
 
 /// Where the connection breaks, in bytes of the body.
@@ -329,83 +191,6 @@ TEST_F(DownloaderTest, AnotherProtocolIsNoDownload) {
     expectNothingLeft();
 }
 
-TEST_F(DownloaderTest, ABodyWithoutEndFillsTheDiskAndNothingIsLeft) {
-    server.on(path, StubReply{"HTTP/1.1 200 OK\r\n\r\n", Manner::WithoutBound, {}});
-    EXPECT_FALSE(fetch());
-    EXPECT_EQ(failure(), fileName + u": spazio su disco esaurito"_s);
-    EXPECT_EQ(logged(), QStringList({u"download avviato: "_s + fileName,
-                                     u"errore salvataggio "_s + fileName + u": "_s + failure()}))
-        << "no second try";
-    expectNothingLeft();
-}
-
-TEST_F(DownloaderTest, AFullDiskIsTold) {
-    constexpr qint64 large = 12 << 20;  // the disk here holds 8 MiB
-    server.on(path, whole(makeModel(large)));
-    EXPECT_FALSE(fetch(entry(large)));
-    EXPECT_EQ(failure(), fileName + u": spazio su disco esaurito"_s);
-    EXPECT_EQ(server.requests(path).size(), 1U);
-    expectNothingLeft();
-}
-
-TEST_F(DownloaderTest, AFileTooLargeForTheDiskIsTold) {
-    server.on(path, whole());
-    const FileSizeLimit small(1 << 20);
-    EXPECT_FALSE(fetch());
-    EXPECT_EQ(failure(), fileName + u": file troppo grande per questo disco"_s);
-    expectNothingLeft();
-}
-
-TEST_F(DownloaderTest, AFolderThatCannotBeMadeIsTold) {
-    const QString inTheWay = platform.directories().temporary() + u"/file"_s;
-    ASSERT_TRUE(QFile::copy(u"/proc/self/cmdline"_s, inTheWay));
-    store(Config::Key::modelsDir, QString(inTheWay + u"/modelli"_s));
-    server.on(path, whole());
-    EXPECT_FALSE(fetch());
-    EXPECT_EQ(failure(), fileName + u": la posizione non è una cartella"_s);
-    EXPECT_EQ(server.requests(path).size(), 1U) << "trying again would not help";
-}
-
-TEST_F(DownloaderTest, AFolderThatCannotBeWrittenIsTold) {
-    // Not even root writes there; to others a folder of the system's is closed as well.
-    store(Config::Key::modelsDir, u"/proc/self/task"_s);
-    server.on(path, whole());
-    EXPECT_FALSE(fetch());
-    EXPECT_TRUE(failure().startsWith(fileName + u": "_s)) << failure().toStdString();
-    EXPECT_EQ(ends.back()->domain(), u"POSIX"_s);
-    EXPECT_EQ(logged().last(), u"errore salvataggio "_s + fileName + u": "_s + failure());
-    EXPECT_FALSE(ModelCatalog::isDownloaded(entry()));
-}
-
-TEST_F(DownloaderTest, AFolderInTheFilesPlaceStaysAndIsTold) {
-    QDir().mkpath(file() + u"/dentro"_s);
-    server.on(path, whole());
-    EXPECT_FALSE(fetch());
-    EXPECT_EQ(failure(), fileName + u": al suo posto c'è una cartella"_s);
-    EXPECT_EQ(filesIn(Config::modelsDir()), QStringList(fileName));
-    EXPECT_EQ(filesIn(file()), QStringList(u"dentro"_s));
-    EXPECT_FALSE(ModelCatalog::isDownloaded(entry()));
-}
-
-TEST_F(DownloaderTest, TwoAtATimeDoNotMix) {
-    // The one waits in the middle of its file while the other begins and ends.
-    StubReply half = cutAt(50 * percent);
-    half.manner = Manner::ThenNothing;
-    Clock::setScale(1);
-    server.on(path, {half, whole()});
-    start(entry());
-    ASSERT_TRUE(desktop::waitFor([this] { return !progress.empty(); }));
-    Downloader second(entry());
-    bool done = false;
-    second.onCompletion = [&](const auto& error) { done = !error; };
-    second.start();
-    EXPECT_TRUE(desktop::waitFor([&] { return done; }));
-    EXPECT_TRUE(contents() == model());
-    downloader.reset();
-    EXPECT_TRUE(desktop::waitFor([] { return filesIn(Config::modelsDir()) == QStringList(fileName); }));
-    EXPECT_TRUE(contents() == model());
-}
-
 TEST_F(DownloaderTest, LettingGoCallsItOffWithoutAWord) {
     StubReply half = cutAt(50 * percent);
     half.manner = Manner::ThenNothing;
@@ -440,17 +225,6 @@ TEST_F(DownloaderTest, ItMayBeDestroyedByTheEndItTells) {
     };
     EXPECT_TRUE(desktop::waitFor([&] { return told; }));
     EXPECT_TRUE(contents() == model());
-}
-
-TEST_F(DownloaderTest, WhatAKilledProgramLeftIsCleanedAway) {
-    const QDir models(Config::modelsDir());
-    QDir().mkpath(models.path());
-    for (const QString& name : {u"a.bin"_s, u"note.txt"_s, u"a.bin.1234.parlivo-download"_s})
-        ASSERT_TRUE(QFile::copy(u"/proc/self/cmdline"_s, models.filePath(name)));
-    QDir().mkpath(models.filePath(u"cartella.parlivo-download"_s));
-    Downloader::removeLeftovers();
-    EXPECT_EQ(filesIn(models.path()),
-              QStringList({u"a.bin"_s, u"cartella.parlivo-download"_s, u"note.txt"_s}));
 }
 
 }  // namespace
