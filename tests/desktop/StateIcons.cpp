@@ -16,7 +16,7 @@ QImage StateIcon::picture(Panel panel) const {
     const QString name = QStringLiteral("%1-%2.png")
                              .arg(QLatin1String(symbol),
                                   panel == Panel::Dark ? QStringLiteral("dark") : QStringLiteral("light"));
-    const QImage picture(QStringLiteral(PARLIVO_STATE_ICONS "/") + name);
+    QImage picture(QStringLiteral(PARLIVO_STATE_ICONS "/") + name);
     if (picture.isNull()) throw Error(QStringLiteral("Test"), 1, QStringLiteral("no picture ") + name);
     return picture;
 }
