@@ -9,9 +9,13 @@ using x11::owned;
 
 namespace {
 
-constexpr std::uint16_t panelLength = 40;
-constexpr std::uint16_t iconLength = 22;
-constexpr std::int16_t iconOffset = (panelLength - iconLength) / 2;
+std::int16_t coordinate(int value) {
+    return static_cast<std::int16_t>(value);
+}
+
+std::uint16_t extent(int value) {
+    return static_cast<std::uint16_t>(value);
+}
 
 QColor groundOf(TrayHost::Panel panel) {
     return panel == TrayHost::Panel::Dark ? QColor(0x2e, 0x2e, 0x2e) : QColor(0xf0, 0xf0, 0xf0);
@@ -19,10 +23,12 @@ QColor groundOf(TrayHost::Panel panel) {
 
 }  // namespace
 
-TrayHost::TrayHost(Panel panel)
+TrayHost::TrayHost(Panel panel, const QRect& place, int iconLength)
     : connection_(xcb_connect(nullptr, nullptr)),
       notifier_(xcb_get_file_descriptor(connection_.get()), QSocketNotifier::Read),
-      ground_(groundOf(panel)) {
+      ground_(groundOf(panel)),
+      place_(place),
+      iconLength_(iconLength) {
     QObject::connect(&notifier_, &QSocketNotifier::activated, [this] { readEvents(); });
     paintPanel();
     if (panel != Panel::TellsNoColour) tellColours(panel);
@@ -44,8 +50,9 @@ xcb_atom_t TrayHost::atom(const std::string& name) const {
 void TrayHost::paintPanel() {
     panel_ = xcb_generate_id(connection_.get());
     const std::array<std::uint32_t, 3> values{ground_.rgb(), 1, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY};
-    xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, panel_, root(), 0, 0, panelLength, panelLength,
-                      0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+    xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, panel_, root(), coordinate(place_.x()),
+                      coordinate(place_.y()), extent(place_.width()), extent(place_.height()), 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values.data());
     xcb_map_window(connection_.get(), panel_);
 }
@@ -87,8 +94,9 @@ void TrayHost::readEvents() {
 
 void TrayHost::dock(xcb_window_t icon) {
     icon_ = icon;
-    xcb_reparent_window(connection_.get(), icon, panel_, iconOffset, iconOffset);
-    const std::array<std::uint32_t, 2> size{iconLength, iconLength};
+    const QPoint corner = iconPlace().topLeft() - place_.topLeft();
+    xcb_reparent_window(connection_.get(), icon, panel_, coordinate(corner.x()), coordinate(corner.y()));
+    const std::array<std::uint32_t, 2> size{extent(iconLength_), extent(iconLength_)};
     xcb_configure_window(connection_.get(), icon, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                          size.data());
     xcb_map_window(connection_.get(), icon);
@@ -104,7 +112,12 @@ void TrayHost::dock(xcb_window_t icon) {
 
 std::optional<QRect> TrayHost::icon() const {
     if (icon_ == XCB_NONE) return {};
-    return QRect(iconOffset, iconOffset, iconLength, iconLength);
+    return iconPlace();
+}
+
+QRect TrayHost::iconPlace() const {
+    const QPoint margin((place_.width() - iconLength_) / 2, (place_.height() - iconLength_) / 2);
+    return {place_.topLeft() + margin, QSize(iconLength_, iconLength_)};
 }
 
 }  // namespace parlivo::desktop

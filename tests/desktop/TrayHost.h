@@ -11,18 +11,19 @@
 
 namespace parlivo::desktop {
 
-/// An X tray of the test's own, 40 pixels square in the upper left corner of the screen, that shows the one
-/// icon that came last. It works while the test waits (waitFor).
-/// https://specifications.freedesktop.org/systemtray-spec/
+/// An X tray of the test's own that shows the one icon that came last. It works while the test waits
+/// (waitFor). https://specifications.freedesktop.org/systemtray-spec/
 class TrayHost {
   public:
     enum class Panel { Light, Dark, TellsNoColour };
 
-    explicit TrayHost(Panel panel = Panel::TellsNoColour);
+    /// The tray fills `place` on the screen; the icon is in its middle. In pixels.
+    explicit TrayHost(Panel panel = Panel::TellsNoColour, const QRect& place = {0, 0, 40, 40},
+                      int iconLength = 22);
     TrayHost(const TrayHost&) = delete;
     TrayHost& operator=(const TrayHost&) = delete;
 
-    /// Where the icon is on the screen, 22 pixels square, when there is one.
+    /// Where the icon is on the screen, when there is one.
     std::optional<QRect> icon() const;
     /// What the panel is painted in.
     QColor ground() const { return ground_; }
@@ -33,12 +34,15 @@ class TrayHost {
     void tellColours(Panel panel);
     void readEvents();
     void dock(xcb_window_t icon);
+    QRect iconPlace() const;
     xcb_atom_t atom(const std::string& name) const;
     xcb_window_t root() const;
 
     x11::ConnectionHandle connection_;
     QSocketNotifier notifier_;
     QColor ground_;
+    QRect place_;
+    int iconLength_;
     xcb_window_t panel_ = XCB_NONE;
     xcb_window_t icon_ = XCB_NONE;
 };
