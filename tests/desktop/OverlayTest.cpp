@@ -11,8 +11,6 @@
 namespace parlivo::desktop {
 namespace {
 
-constexpr QSize card(240, 84);
-
 /// A plain window of the test's own, of one colour, that counts the clicks it gets.
 class Sheet : public QWidget {
   public:
@@ -33,10 +31,18 @@ class Sheet : public QWidget {
 
 const QColor sheetColour(0x20, 0x40, 0x80);
 
+QProcessEnvironment scaledEnvironment(int scale) {
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QString::number(scale));
+    return environment;
+}
+
 class OverlayTest : public testing::Test {
   protected:
+    explicit OverlayTest(int displayScale = 1) : scale(displayScale), face(scaledEnvironment(displayScale)) {}
+
     /// Where the card is on the screen; an empty rectangle when it is not shown.
-    QRect place() const { return screen.findWindow(card).value_or(QRect()); }
+    QRect place() const { return screen.findWindow(QSize(240, 84) * scale).value_or(QRect()); }
 
     QRect shownPlace() {
         face.perform(QStringLiteral("show"));
@@ -45,13 +51,14 @@ class OverlayTest : public testing::Test {
     }
     /// Whether what is drawn there is the card's paper.
     bool cardIsVisibleAt(const QRect& area) const {
-        const QColor paper = screen.pixel(area.topLeft() + QPoint(120, 10));
+        const QColor paper = screen.pixel(area.topLeft() + QPoint(120, 10) * scale);
         return paper.red() > 230 && paper.red() - paper.blue() > 5 && paper.red() - paper.blue() < 30;
     }
     static void run(const QString& program, const QStringList& arguments) {
         ASSERT_EQ(QProcess::execute(program, arguments), 0) << qPrintable(program);
     }
 
+    const int scale;
     Screen screen;
     Face face;
 };
@@ -153,6 +160,34 @@ TEST_F(OverlayTest, IsTransparentAtTheCornersUnderACompositor) {
     ASSERT_EQ(shownPlace(), area);
     ASSERT_TRUE(waitFor([&] { return cardIsVisibleAt(area); }));
     EXPECT_EQ(at(1, 1), sheetColour) << "cut again once the compositor has gone";
+}
+
+/// On a display where a point is two pixels wide.
+class ScaledOverlayTest : public OverlayTest {
+  protected:
+    ScaledOverlayTest() : OverlayTest(2) {}
+};
+
+TEST_F(ScaledOverlayTest, FloatsTwiceAsFarAboveTheLowerEdge) {
+    EXPECT_EQ(shownPlace(), QRect((1280 - 480) / 2, 800 - 220 - 168, 480, 168));
+    screen.addDock(QRect(0, 760, 1280, 40), {0, 0, 0, 40, 0, 0, 0, 0, 0, 0, 0, 1279});
+    const QRect expected(400, 760 - 220 - 168, 480, 168);
+    EXPECT_TRUE(waitFor([&] { return shownPlace() == expected; })) << place().y();
+}
+
+TEST_F(ScaledOverlayTest, IsCutRoundWithoutACompositor) {
+    const Sheet sheet(QRect(0, 0, 1280, 800), Qt::WindowFullScreen);
+    ASSERT_TRUE(waitFor([&] { return screen.pixel({1275, 795}) == sheetColour; }));
+    const QRect area = shownPlace();
+    ASSERT_TRUE(waitFor([&] { return cardIsVisibleAt(area); }));
+    const QImage picture = screen.picture(area);
+    for (const QPoint corner : {QPoint(3, 3), QPoint(476, 3), QPoint(3, 164), QPoint(476, 164)})
+        EXPECT_EQ(picture.pixelColor(corner), sheetColour);
+    // The same all along the edges: no pixel is neither sheet nor paper.
+    for (int x = 0; x < 80; ++x) {
+        const QColor colour = picture.pixelColor(x, 7);
+        EXPECT_TRUE(colour == sheetColour || colour.red() > 200) << x << " " << qPrintable(colour.name());
+    }
 }
 
 /// The X screen as two monitors side by side, the right one without a panel of its own.
