@@ -9,8 +9,10 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPalette>
+#include <QScreen>
 #include <QSystemTrayIcon>
 
+#include <algorithm>
 #include <utility>
 
 namespace parlivo {
@@ -81,7 +83,7 @@ QColor plainColour(StatusItemPlace::Foreground foreground) {
 
 }  // namespace
 
-StatusMenu::StatusMenu(Actions actions) {
+StatusMenu::StatusMenu(const Actions& actions) {
     build(actions);
     Platform::current().statusItems().watch([this](const auto& place) { placeChanged(place); });
 }
@@ -104,7 +106,20 @@ void StatusMenu::build(const Actions& actions) {
     menu_.addSeparator();
     addLine(QStringLiteral("Esci da Parlivo"), actions.quit)->setShortcut(Qt::CTRL | Qt::Key_Q);
     menu_.installEventFilter(this);
+    keepStatusReadable();
     if (actions.willOpen) connect(&menu_, &QMenu::aboutToShow, this, actions.willOpen);
+}
+
+/// The first line is dimmed because it cannot be chosen, yet it is there to be read.
+void StatusMenu::keepStatusReadable() {
+    constexpr float strength = 0.65F;
+    QPalette palette = menu_.palette();
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        QColor colour = palette.color(QPalette::Active, role);
+        colour.setAlphaF(strength);
+        palette.setColor(QPalette::Disabled, role, colour);
+    }
+    menu_.setPalette(palette);
 }
 
 QAction* StatusMenu::addLine(const QString& text, const std::function<void()>& chosen) {
@@ -113,11 +128,17 @@ QAction* StatusMenu::addLine(const QString& text, const std::function<void()>& c
     return line;
 }
 
+bool StatusMenu::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != &menu_) return false;
+    if (event->type() == QEvent::Show) putMenuBesideIcon();
+    if (event->type() == QEvent::KeyPress)
+        return chooseByKey(QKeySequence(static_cast<QKeyEvent*>(event)->keyCombination()));
+    return false;
+}
+
 /// The key equivalents work while the menu is open. A pop-up menu is no window, so nobody else looks for
 /// them there.
-bool StatusMenu::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != &menu_ || event->type() != QEvent::KeyPress) return false;
-    const QKeySequence pressed(static_cast<QKeyEvent*>(event)->keyCombination());
+bool StatusMenu::chooseByKey(const QKeySequence& pressed) {
     for (QAction* line : menu_.actions()) {
         if (line->shortcut().isEmpty() || line->shortcut() != pressed) continue;
         menu_.close();
@@ -125,6 +146,17 @@ bool StatusMenu::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     return false;
+}
+
+/// Where the icon's place is known, which is in X trays only.
+void StatusMenu::putMenuBesideIcon() {
+    const QRect icon = item_ ? item_->geometry() : QRect();
+    const QScreen* const screen = icon.isEmpty() ? nullptr : QGuiApplication::screenAt(icon.center());
+    if (!screen) return;
+    const QRect room = screen->geometry();
+    const bool below = icon.center().y() < room.center().y();
+    const int left = std::min(icon.left(), room.right() + 1 - menu_.width());
+    menu_.move(std::max(left, room.left()), below ? icon.bottom() + 1 : icon.top() - menu_.height());
 }
 
 void StatusMenu::placeChanged(const std::optional<StatusItemPlace>& place) {

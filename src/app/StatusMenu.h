@@ -35,7 +35,7 @@ class StatusMenu : public QObject {
         std::function<void()> quit;
     };
 
-    explicit StatusMenu(Actions actions);
+    explicit StatusMenu(const Actions& actions);
     ~StatusMenu() override;
     StatusMenu(const StatusMenu&) = delete;
     StatusMenu& operator=(const StatusMenu&) = delete;
@@ -59,7 +59,10 @@ class StatusMenu : public QObject {
 
   private:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    bool chooseByKey(const QKeySequence& pressed);
+    void putMenuBesideIcon();
     void build(const Actions& actions);
+    void keepStatusReadable();
     QAction* addLine(const QString& text, const std::function<void()>& chosen);
     void placeChanged(const std::optional<StatusItemPlace>& place);
     void showItem();

@@ -89,6 +89,23 @@ TEST_F(TrayTest, AnyClickOpensTheMenuAndEveryChoiceIsPassedOn) {
     }
 }
 
+TEST_F(TrayTest, TheMenuOpensBesideTheIcon) {
+    constexpr std::uint8_t left = 1;
+    constexpr std::uint8_t right = 3;
+    for (const std::uint8_t button : {left, right}) {
+        for (const QRect& place : {QRect(0, 0, 40, 40), QRect(1240, 0, 40, 40), QRect(1240, 760, 40, 40)}) {
+            const TrayHost tray(TrayHost::Panel::TellsNoColour, place);
+            ASSERT_TRUE(openMenu(tray, button));
+            const QString last = QStringLiteral("Esci da Parlivo");
+            const QPoint first = lineOfMenu(idleTitle).value_or(QPoint());
+            const int icon = iconIn(tray).center().y();
+            EXPECT_EQ(first.y() > icon, place.top() == 0) << "the first line is at " << first.y();
+            EXPECT_EQ(lineOfMenu(last).value_or(QPoint()).y() > icon, place.top() == 0);
+            EXPECT_LT(std::abs(first.x() - place.center().x()), 400);
+        }
+    }
+}
+
 TEST_F(TrayTest, TheFirstLineCannotBeChosen) {
     const TrayHost tray;
     ASSERT_TRUE(openMenu(tray));
