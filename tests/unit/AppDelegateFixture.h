@@ -1,0 +1,139 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "settings/Config.h"
+#include "support/Clock.h"
+#include "support/Error.h"
+#include "support/MainQueue.h"
+#include "support/PlatformTest.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace parlivo {
+
+/// The controller on the fake platform, with engines that answer as a test says. Transcription waits for
+/// `answer`, so that a test can look at the states between.
+class AppDelegateTest : public PlatformTest {
+  protected:
+    using Strings = QStringList;
+    static QString line(const char16_t* text) { return QStringView(text).toString(); }
+
+    AppDelegateTest() {
+        store(Config::Key::onboardingDone, true);
+        platform.bundle().resources[QStringLiteral("ggml-model.bin")] = QStringLiteral("/proc/self/exe");
+    }
+
+    ~AppDelegateTest() override {
+        answered_.raise();
+        delegate.reset();
+    }
+
+    AppDelegate& launch() {
+        delegate = std::make_unique<AppDelegate>(collaborators(), [this] { return now_; });
+        delegate->applicationDidFinishLaunching();
+        return *delegate;
+    }
+
+    Collaborators collaborators() {
+        Collaborators fake;
+        const auto note = [this](const char* what) {
+            return [this, what] { record(QString::fromLatin1(what)); };
+        };
+        fake.ensureTranscriber = note("ensureTranscriber");
+        fake.ensureCleaner = note("ensureCleaner");
+        fake.convert = [this](const QString& recording) { return convert(recording); };
+        fake.transcribe = [this](const QString& wav) { return transcribe(wav); };
+        fake.clean = [this](const QString& raw) { return raw + suffix; };
+        fake.typeText = [this](const QString& text) { record(QStringLiteral("type ") + text); };
+        fake.paste = [this](const QString& text) { record(QStringLiteral("paste ") + text); };
+        fake.stopEngines = note("stopEngines");
+        fake.showOnboarding = [this](std::function<void()> finished) {
+            record(QStringLiteral("onboarding"));
+            onboardingFinished = std::move(finished);
+        };
+        fake.startUpdater = [this](const std::function<void()>&) { record(QStringLiteral("updater")); };
+        fake.availableVersion = [this] { return available; };
+        fake.promptAndInstall = note("install");
+        fake.showWhatsNew = note("whatsNew");
+        fake.showSettings = note("settings");
+        fake.showFeedback = note("feedback");
+        fake.maybePromptForFeedback = note("invite");
+        return fake;
+    }
+
+    /// Dictates for `length` and waits until the program is idle again.
+    void dictate(const QString& text, std::chrono::milliseconds length = std::chrono::milliseconds(500)) {
+        transcript = text;
+        answer();
+        platform.hotKeys().press();
+        ageRecording(length);
+        platform.hotKeys().release();
+        spinUntil([this] { return delegate->state() == State::idle; });
+    }
+
+    void ageRecording(std::chrono::milliseconds length) { now_ += length; }
+    void answer() { answered_.raise(); }
+
+    void spinUntil(const std::function<bool()>& done) {
+        const auto limit = Clock::now() + std::chrono::seconds(10);
+        while (!done() && Clock::now() < limit) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        ASSERT_TRUE(done());
+    }
+    /// Lets everything that is queued happen.
+    void settle() {
+        bool reached = false;
+        const Lifeline alive;
+        MainQueue::after(std::chrono::milliseconds(0), alive.watch(), [&] { reached = true; });
+        spinUntil([&] { return reached; });
+    }
+
+    void record(const QString& call) {
+        const std::lock_guard lock(mutex_);
+        calls_.append(call);
+    }
+    QStringList calls() {
+        const std::lock_guard lock(mutex_);
+        return calls_;
+    }
+    QStringList filesLeft() const { return QDir(platform.directories().temporary()).entryList(QDir::Files); }
+
+    std::unique_ptr<AppDelegate> delegate;
+    QString transcript = QStringLiteral("Ciao a tutti.");
+    QString suffix;
+    std::optional<Error> conversionError;
+    std::optional<Error> transcriptionError;
+    std::optional<QString> available;
+    std::function<void()> onboardingFinished;
+
+  private:
+    QString convert(const QString& recording) {
+        EXPECT_TRUE(QFile::exists(recording));
+        if (conversionError) throw Error(*conversionError);
+        const QString wav = recording.chopped(3) + QStringLiteral("wav");
+        QFile file(wav);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(44, 'w'));
+        return wav;
+    }
+
+    QString transcribe(const QString& wav) {
+        EXPECT_TRUE(QFile::exists(wav));
+        EXPECT_EQ(filesLeft().size(), 1) << "the recording is gone as soon as the WAV exists";
+        answered_.wait();
+        if (transcriptionError) throw Error(*transcriptionError);
+        return transcript;
+    }
+
+    Clock::Signal answered_;
+    Clock::TimePoint now_;
+    std::mutex mutex_;
+    QStringList calls_;  // under mutex_
+};
+
+}  // namespace parlivo
