@@ -76,8 +76,10 @@ QSize pixelSize(QSizeF size, double scale) {
 
 const QImage& WaveformPainter::frame(QSizeF size, double scale, Surroundings surroundings, double seconds,
                                      double level) {
-    if (card_.size() != pixelSize(size, scale) || surroundings_ != surroundings)
-        drawCard(size, scale, surroundings);
+    if (const Setting setting{size, scale, surroundings}; setting != setting_) {
+        setting_ = setting;
+        drawCard();
+    }
     std::memcpy(frame_.bits(), card_.constBits(), static_cast<std::size_t>(card_.sizeInBytes()));
     geometry_.update(size, seconds, level);
     drawStrands(scale);
@@ -86,9 +88,9 @@ const QImage& WaveformPainter::frame(QSizeF size, double scale, Surroundings sur
     return frame_;
 }
 
-void WaveformPainter::drawCard(QSizeF size, double scale, Surroundings surroundings) {
+void WaveformPainter::drawCard() {
+    const auto& [size, scale, surroundings] = setting_;
     const QSize pixels = pixelSize(size, scale);
-    surroundings_ = surroundings;
     card_ = cardSurface(size, scale, pixels);
     if (surroundings == Surroundings::Transparent) card_ = roundedOff(card_, size, scale);
     frame_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);

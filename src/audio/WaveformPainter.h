@@ -26,7 +26,16 @@ class WaveformPainter {
     const QImage& frame(QSizeF size, double scale, Surroundings surroundings, double seconds, double level);
 
   private:
-    void drawCard(QSizeF size, double scale, Surroundings surroundings);
+    /// What the card depends on.
+    struct Setting {
+        QSizeF size;
+        double scale = 0;
+        Surroundings surroundings = Surroundings::Transparent;
+
+        bool operator==(const Setting&) const = default;
+    };
+
+    void drawCard();
     void drawStrands(double scale);
     void drawCentreLine(double scale);
     std::span<const QPointF> inPixels(std::span<const QPointF> line, double scale);
@@ -37,7 +46,7 @@ class WaveformPainter {
     std::vector<QPointF> line_;
     QImage card_;
     QImage frame_;
-    Surroundings surroundings_ = Surroundings::Transparent;
+    Setting setting_;
 };
 
 }  // namespace parlivo

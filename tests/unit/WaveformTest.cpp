@@ -231,6 +231,15 @@ TEST(WaveformPainterTest, FillsTheCornersThatAreCutAway) {
         EXPECT_EQ(qAlpha(card.pixel(corner)), 255);
 }
 
+TEST(WaveformPainterTest, DrawsTheCardAnewWhenTheScaleChanges) {
+    WaveformPainter painter;
+    const QImage large = painter.frame(panel, 1, Surroundings::Transparent, 0, 0);
+    const QImage small = painter.frame(panel / 2, 2, Surroundings::Transparent, 0, 0);
+    ASSERT_EQ(small.size(), large.size());
+    EXPECT_EQ(qAlpha(large.pixel(5, 7)), 255);
+    EXPECT_EQ(qAlpha(small.pixel(5, 7)), 0) << "the corner is twice as round";
+}
+
 TEST(WaveformPainterTest, ASingleStrandHasItsColour) {
     QImage picture(20, 10, QImage::Format_ARGB32_Premultiplied);
     picture.fill(Qt::white);
