@@ -9,6 +9,10 @@
 #include "ui/OnboardingWindowController.h"
 #include "ui/SettingsWindowController.h"
 #include "update/FeedbackWindowController.h"
+#include "update/Updater.h"
+#include "update/WhatsNew.h"
+
+#include <QCoreApplication>
 
 #include <memory>
 
@@ -16,8 +20,13 @@ namespace parlivo {
 
 namespace {
 
-/// The windows, which stay once they have been shown. Whatever opens them holds them.
-struct Windows {
+void endEngines() {
+    Transcriber::stopServer();
+    LlamaRunner::shutdown();
+}
+
+/// The windows, which stay once they have been shown, and the updater. Whatever uses them holds them.
+struct Holdings {
     OnboardingWindowController onboarding;
     FeedbackWindowController feedback;
     SettingsWindowController settings{{
@@ -26,12 +35,13 @@ struct Windows {
         .preparePrompt = [] { Config::loadPrompt(); },
         .showFeedback = [this] { feedback.show(); },
     }};
+    Updater updater{{.stopEngines = endEngines, .quit = [] { QCoreApplication::quit(); }}};
 };
 
 }  // namespace
 
 Collaborators Collaborators::real() {
-    const auto windows = std::make_shared<Windows>();
+    const auto held = std::make_shared<Holdings>();
     return {
         .ensureTranscriber = Transcriber::ensureServer,
         .ensureCleaner = LlamaRunner::ensureServer,
@@ -40,24 +50,27 @@ Collaborators Collaborators::real() {
         .clean = Cleaner::clean,
         .typeText = Injector::typeText,
         .paste = Injector::paste,
-        .stopEngines =
-            [] {
-                Transcriber::stopServer();
-                LlamaRunner::shutdown();
-            },
+        .stopEngines = endEngines,
         .showOnboarding =
-            [windows](const std::function<void()>& onFinished) {
-                windows->onboarding.onFinished = onFinished;
-                windows->onboarding.show();
+            [held](const std::function<void()>& onFinished) {
+                held->onboarding.onFinished = onFinished;
+                held->onboarding.show();
             },
-        // The updater joins in here when it comes.
-        .startUpdater = [](const std::function<void()>&) {},
-        .availableVersion = [] { return std::optional<QString>(); },
-        .promptAndInstall = [] {},
-        .showWhatsNew = [] {},
-        .showSettings = [windows] { windows->settings.show(); },
-        .showFeedback = [windows] { windows->feedback.show(); },
-        .maybePromptForFeedback = [windows] { windows->feedback.maybePromptAfterDictation(); },
+        .startUpdater =
+            [held](const std::function<void()>& onStateChange) {
+                held->updater.onStateChange = onStateChange;
+                held->updater.start();
+            },
+        .availableVersion =
+            [held] {
+                const auto& available = held->updater.available;
+                return available ? std::optional(available->version) : std::nullopt;
+            },
+        .promptAndInstall = [held] { held->updater.promptAndInstall(); },
+        .showWhatsNew = WhatsNew::showIfPending,
+        .showSettings = [held] { held->settings.show(); },
+        .showFeedback = [held] { held->feedback.show(); },
+        .maybePromptForFeedback = [held] { held->feedback.maybePromptAfterDictation(); },
     };
 }
 

@@ -5,6 +5,7 @@
 #include "settings/Log.h"
 #include "support/ChildProcess.h"
 #include "support/HttpSession.h"
+#include "support/MainQueue.h"
 #include "ui/views/AppIcon.h"
 
 #include <QApplication>
@@ -56,9 +57,13 @@ int runApplication(const CommandLine& line) {
     AppDelegate delegate;
     Platform& platform = Platform::current();
     platform.onTerminationRequest([] { QCoreApplication::quit(); });
-    delegate.applicationDidFinishLaunching();
-    platform.remoteControl().serve(targetOf(delegate));
-    for (const RemoteCommand command : line.commands) delegate.perform(command);
+    // Inside the event loop: the notes of a new version wait for the user, who may want to quit instead, or
+    // whose other programs may call meanwhile.
+    MainQueue::async([&] {
+        platform.remoteControl().serve(targetOf(delegate));
+        delegate.applicationDidFinishLaunching();
+        for (const RemoteCommand command : line.commands) delegate.perform(command);
+    });
     const int result = QCoreApplication::exec();
     delegate.applicationWillTerminate();
     return result;

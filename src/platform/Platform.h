@@ -2,6 +2,7 @@
 
 #include "platform/AudioInput.h"
 #include "platform/Bundle.h"
+#include "platform/BundleTools.h"
 #include "platform/Directories.h"
 #include "platform/HotKeyService.h"
 #include "platform/KeyboardSynthesizer.h"
@@ -34,6 +35,7 @@ class Platform {
 
     virtual AudioInput& audioInput() = 0;
     virtual Bundle& bundle() = 0;
+    virtual BundleTools& bundleTools() = 0;
     virtual Directories& directories() = 0;
     virtual HotKeyService& hotKeys() = 0;
     virtual KeyboardSynthesizer& keyboard() = 0;

@@ -58,6 +58,22 @@ class Bundle : public parlivo::Bundle {
     std::optional<QString> version = QStringLiteral("1.2.3");
 };
 
+/// Does nothing and says that all went well, or what a real one says.
+class BundleTools : public parlivo::BundleTools {
+  public:
+    Outcome unpack(const QString& archive, const QString& folder) override {
+        return real ? real->unpack(archive, folder) : Outcome::Done;
+    }
+    Outcome mirror(const QString& source, const QString& destination) override {
+        return real ? real->mirror(source, destination) : Outcome::Done;
+    }
+    void startAfterEnd(const QString& bundle) override { started.append(bundle); }
+
+    /// Asked instead, if set.
+    parlivo::BundleTools* real = nullptr;
+    QStringList started;
+};
+
 /// Everything lies in one temporary folder a process, since some places are computed once a process.
 class Directories : public parlivo::Directories {
   public:
@@ -263,6 +279,7 @@ class FakePlatform : public Platform {
 
     fake::AudioInput& audioInput() override { return audioInput_; }
     fake::Bundle& bundle() override { return bundle_; }
+    fake::BundleTools& bundleTools() override { return bundleTools_; }
     fake::Directories& directories() override { return directories_; }
     fake::HotKeys& hotKeys() override { return hotKeys_; }
     fake::Keyboard& keyboard() override { return keyboard_; }
@@ -289,6 +306,7 @@ class FakePlatform : public Platform {
   private:
     fake::AudioInput audioInput_;
     fake::Bundle bundle_;
+    fake::BundleTools bundleTools_;
     fake::Directories directories_;
     fake::HotKeys hotKeys_;
     fake::Keyboard keyboard_;

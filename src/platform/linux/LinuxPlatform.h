@@ -4,6 +4,7 @@
 #include "platform/linux/LinuxPermissions.h"
 #include "platform/linux/base/JsonUserDefaults.h"
 #include "platform/linux/base/LinuxBundle.h"
+#include "platform/linux/base/LinuxBundleTools.h"
 #include "platform/linux/base/LinuxSystemVersion.h"
 #include "platform/linux/base/Syslog.h"
 #include "platform/linux/base/TerminationSignals.h"
@@ -33,6 +34,7 @@ class LinuxPlatform : public Platform {
 
     AudioInput& audioInput() override { return made(audioInput_); }
     Bundle& bundle() override { return bundle_; }
+    BundleTools& bundleTools() override { return bundleTools_; }
     Directories& directories() override { return directories_; }
     HotKeyService& hotKeys() override { return made(hotKeys_); }
     KeyboardSynthesizer& keyboard() override { return made(keyboard_); }
@@ -65,6 +67,7 @@ class LinuxPlatform : public Platform {
     std::mutex mutex_;  // over the slots
     Syslog systemLog_;
     LinuxBundle bundle_;
+    LinuxBundleTools bundleTools_;
     XdgDirectories directories_;
     JsonUserDefaults userDefaults_;
     LinuxPermissions permissions_;

@@ -1,0 +1,42 @@
+#include "update/FeedEntry.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::optional<QString> text(const QJsonObject& object, QLatin1StringView key) {
+    const QJsonValue value = object.value(key);
+    if (!value.isString()) return std::nullopt;
+    return value.toString();
+}
+
+/// A number that a signed 64-bit integer holds exactly.
+std::optional<qint64> integer(const QJsonObject& object, QLatin1StringView key) {
+    const QJsonValue value = object.value(key);
+    // What cannot be converted reads as whatever was asked for in its stead.
+    if (value.toInteger(0) != value.toInteger(1)) return std::nullopt;
+    return value.toInteger();
+}
+
+}  // namespace
+
+std::optional<FeedEntry> FeedEntry::decode(const QByteArray& feed) {
+    const QJsonDocument document = QJsonDocument::fromJson(feed);
+    if (!document.isObject()) return std::nullopt;
+    const QJsonObject object = document.object();
+    const auto version = text(object, "version"_L1);
+    const auto url = text(object, "url"_L1);
+    const auto changelog = text(object, "changelog"_L1);
+    const auto size = integer(object, "size"_L1);
+    const auto date = text(object, "date"_L1);
+    if (!version || !url || !changelog || !size || !date) return std::nullopt;
+    return FeedEntry{*version, *url, *changelog, *size, *date};
+}
+
+}  // namespace parlivo

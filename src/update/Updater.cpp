@@ -1,0 +1,128 @@
+#include "update/Updater.h"
+
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "settings/Log.h"
+#include "support/HttpSession.h"
+#include "support/MainQueue.h"
+#include "ui/views/Dialogs.h"
+#include "update/UpdateInstaller.h"
+#include "update/Versions.h"
+
+#include <utility>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::chrono::seconds feedTimeout{15};
+constexpr qint64 longestFeed = 1 << 20;  // bytes
+
+QUrl feedURL() {
+    QUrl url = Config::siteBase();
+    QString path = url.path();
+    if (!path.endsWith(u'/')) path += u'/';
+    url.setPath(path + u"updates.json"_s);
+    return url;
+}
+
+}  // namespace
+
+Updater::Updater(Restart restart, std::chrono::milliseconds period) : restart_(std::move(restart)) {
+    timer_.setInterval(period);
+    QObject::connect(&timer_, &QTimer::timeout, [this] { check(); });
+}
+
+Updater::~Updater() = default;
+
+void Updater::start() {
+    check();
+    timer_.start();
+}
+
+void Updater::check() {
+    HttpRequest request;
+    request.url = feedURL();
+    request.headers = {{"Cache-Control", "no-cache"}};
+    request.timeout = feedTimeout;
+    request.maximumReplySize = longestFeed;
+    HttpSession::shared().send(request, [this, alive = lifeline_.watch()](const HttpReply& reply) {
+        if (!reply.complete()) return;
+        if (const auto feed = FeedEntry::decode(reply.body))
+            MainQueue::async(alive, [this, feed = *feed] { take(feed); });
+    });
+}
+
+void Updater::take(const FeedEntry& feed) {
+    const QString current = Config::appVersion();
+    if (isNewer(feed.version, current)) {
+        Log::info(u"aggiornamento disponibile: %1 (attuale %2)"_s.arg(feed.version, current));
+        available = feed;
+    } else {
+        available.reset();
+    }
+    if (onStateChange) onStateChange();
+}
+
+void Updater::promptAndInstall() {
+    if (!available || step_ != Step::Idle) return;
+    // A check may replace it while the offer is open.
+    const FeedEntry entry = *available;
+    step_ = Step::Offering;
+    const int chosen =
+        Dialogs::current().ask({.message = u"Parlivo %1 è disponibile"_s.arg(entry.version),
+                                .informativeText = u"Novità:\n"_s + entry.changelog +
+                                                   u"\n\nL'app si riavvierà da sola al termine."_s,
+                                .buttons = {u"Aggiorna ora"_s, u"Più tardi"_s}});
+    step_ = Step::Idle;
+    if (chosen == 0) install(entry);
+}
+
+void Updater::install(const FeedEntry& entry) {
+    const QUrl url(entry.url, QUrl::StrictMode);
+    if (!url.isValid()) return;
+    step_ = Step::Installing;
+    Log::info(u"download aggiornamento "_s + entry.version);
+    transfer_ = fetchArchive(url, entry.size,
+                             [this, entry, alive = lifeline_.watch()](const FetchedArchive& archive) {
+                                 MainQueue::async(alive, [this, entry, archive] { apply(entry, archive); });
+                             });
+}
+
+void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
+    // It holds on to what it fetched.
+    transfer_.reset();
+    if (archive.failure) {
+        Log::info(u"download update fallito: "_s + archive.failure->localizedDescription());
+        fail(u"Download non riuscito. Riprova più tardi."_s);
+        return;
+    }
+    installing_.async([this, entry, archive, alive = lifeline_.watch()] {
+        try {
+            installUpdate(archive.file->path(), entry.size);
+            Log::info(u"aggiornamento %1 installato, riavvio"_s.arg(entry.version));
+            MainQueue::async(alive, [this, entry] { relaunch(entry); });
+        } catch (const Error& error) {
+            const QString& reason = error.localizedDescription();
+            Log::info(u"installazione update fallita: "_s + reason);
+            MainQueue::async(alive, [this, reason] { fail(reason); });
+        }
+    });
+}
+
+void Updater::fail(const QString& explanation) {
+    step_ = Step::Idle;
+    Dialogs::current().ask(
+        {.message = u"Aggiornamento non riuscito"_s, .informativeText = explanation, .buttons = {u"OK"_s}});
+}
+
+void Updater::relaunch(const FeedEntry& entry) {
+    Config::set(Config::Key::pendingChangelog, entry.changelog);
+    restart_.stopEngines();
+    Platform::current().bundleTools().startAfterEnd(Platform::current().bundle().location());
+    restart_.quit();
+}
+
+}  // namespace parlivo

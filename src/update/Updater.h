@@ -1,0 +1,66 @@
+#pragma once
+
+#include "support/HttpTransfer.h"
+#include "support/Lifeline.h"
+#include "support/SerialQueue.h"
+#include "update/ArchiveDownload.h"
+#include "update/FeedEntry.h"
+
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace parlivo {
+
+/// Keeps the program current: asks the site for a newer version, offers it, and puts it in the place of the
+/// running one. Main thread; the work itself runs on the network thread and on a queue of its own.
+class Updater {
+  public:
+    using FeedEntry = parlivo::FeedEntry;
+
+    /// What an installed update asks of the rest of the program.
+    struct Restart {
+        std::function<void()> stopEngines;
+        std::function<void()> quit;
+    };
+
+    explicit Updater(Restart restart, std::chrono::milliseconds period = std::chrono::hours(24));
+    ~Updater();
+    Updater(const Updater&) = delete;
+    Updater& operator=(const Updater&) = delete;
+
+    /// The newer version that the last successful check found.
+    std::optional<FeedEntry> available;
+    /// After every check that could read the feed, whatever it found.
+    std::function<void()> onStateChange;
+
+    /// Checks now and then every `period`.
+    void start();
+    /// Returns at once. A feed that cannot be fetched or read changes nothing.
+    void check();
+    /// Offers what is available and waits for the answer; installs it if that is wanted. Does nothing while
+    /// an earlier offer is open or being installed.
+    void promptAndInstall();
+
+  private:
+    enum class Step { Idle, Offering, Installing };
+
+    void take(const FeedEntry& feed);
+    void install(const FeedEntry& entry);
+    void apply(const FeedEntry& entry, const FetchedArchive& archive);
+    void fail(const QString& explanation);
+    void relaunch(const FeedEntry& entry);
+
+    const Restart restart_;
+    QTimer timer_;
+    Step step_ = Step::Idle;
+    std::unique_ptr<HttpTransfer> transfer_;
+    Lifeline lifeline_;
+    /// Last: its end waits for the running job.
+    SerialQueue installing_{QStringLiteral("parlivo.update")};
+};
+
+}  // namespace parlivo

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <vector>
+
+namespace parlivo {
+
+/// An entry of a zip archive, whatever its name and mode: archives that nobody's tool would make, too.
+struct ZipEntry {
+    QByteArray name;
+    QByteArray content;
+    unsigned mode = 0100644;  ///< st_mode, with the kind of file
+};
+
+/// The bytes of an archive with these entries, uncompressed.
+QByteArray zipOf(const std::vector<ZipEntry>& entries);
+
+}  // namespace parlivo
