@@ -11,8 +11,10 @@
 #include <QPalette>
 #include <QScreen>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace parlivo {
@@ -81,6 +83,15 @@ QColor plainColour(StatusItemPlace::Foreground foreground) {
     return QGuiApplication::palette().color(QPalette::WindowText);
 }
 
+/// What can be read on the colour that lies behind an icon: at its corners no symbol has ink.
+StatusItemPlace::Foreground readableOn(const QImage& icon) {
+    const QPoint last(icon.width() - 1, icon.height() - 1);
+    float lightness = 0;
+    for (const QPoint corner : {QPoint(0, 0), QPoint(last.x(), 0), QPoint(0, last.y()), last})
+        lightness += icon.pixelColor(corner).lightnessF() / 4;
+    return lightness > 0.5F ? StatusItemPlace::Foreground::Dark : StatusItemPlace::Foreground::Light;
+}
+
 }  // namespace
 
 StatusMenu::StatusMenu(const Actions& actions) {
@@ -130,7 +141,10 @@ QAction* StatusMenu::addLine(const QString& text, const std::function<void()>& c
 
 bool StatusMenu::eventFilter(QObject* watched, QEvent* event) {
     if (watched != &menu_) return false;
-    if (event->type() == QEvent::Show) putMenuBesideIcon();
+    if (event->type() == QEvent::Show) {
+        lookAtPanel();
+        putMenuBesideIcon();
+    }
     if (event->type() == QEvent::KeyPress)
         return chooseByKey(QKeySequence(static_cast<QKeyEvent*>(event)->keyCombination()));
     return false;
@@ -163,11 +177,16 @@ void StatusMenu::placeChanged(const std::optional<StatusItemPlace>& place) {
     place_ = place;
     if (!place_) {
         item_.reset();
+        seen_ = StatusItemPlace::Foreground::Unknown;
         return;
     }
     drawTitle();
     drawIcon();
-    if (!item_) showItem();
+    if (item_) return;
+    showItem();
+    // Docking takes the panel a moment; what was seen too early is put right at the next state or opening.
+    constexpr std::chrono::seconds afterDocking{1};
+    QTimer::singleShot(afterDocking, item_.get(), [this] { lookAtPanel(); });
 }
 
 void StatusMenu::showItem() {
@@ -193,6 +212,7 @@ void StatusMenu::drawTitle() {
 void StatusMenu::setIcon(const QString& symbol, Tint tint) {
     symbol_ = symbol;
     tint_ = tint;
+    lookAtPanel();
     drawIcon();
 }
 
@@ -201,8 +221,25 @@ void StatusMenu::drawIcon() {
     if (item_) item_->setIcon(icon_);
 }
 
+/// Many X trays do not tell their colours; then a look at the screen must do.
+void StatusMenu::lookAtPanel() {
+    const QRect icon = item_ ? item_->geometry() : QRect();
+    QScreen* const screen = icon.isEmpty() ? nullptr : QGuiApplication::screenAt(icon.center());
+    if (!screen || (place_ && place_->foreground != StatusItemPlace::Foreground::Unknown)) return;
+    const QPoint corner = icon.topLeft() - screen->geometry().topLeft();
+    const QImage picture =
+        screen->grabWindow(0, corner.x(), corner.y(), icon.width(), icon.height()).toImage();
+    const auto seen = picture.isNull() ? seen_ : readableOn(picture);
+    if (std::exchange(seen_, seen) != seen) drawIcon();
+}
+
+StatusItemPlace::Foreground StatusMenu::foreground() const {
+    const auto told = place_.value_or(StatusItemPlace()).foreground;
+    return told == StatusItemPlace::Foreground::Unknown ? seen_ : told;
+}
+
 QColor StatusMenu::colour() const {
-    const QColor plain = plainColour(place_.value_or(StatusItemPlace()).foreground);
+    const QColor plain = plainColour(foreground());
     const auto tinted = tintColour(tint_);
     if (!tinted) return plain;
     return systemColour(*tinted, plain.lightnessF() > 0.5 ? Background::Dark : Background::Light);

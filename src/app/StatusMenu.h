@@ -68,12 +68,16 @@ class StatusMenu : public QObject {
     void showItem();
     void drawTitle();
     void drawIcon();
+    void lookAtPanel();
+    StatusItemPlace::Foreground foreground() const;
     QColor colour() const;
 
     QString title_;
     QString symbol_;
     Tint tint_ = Tint::None;
     std::optional<StatusItemPlace> place_;
+    StatusItemPlace::Foreground seen_ =
+        StatusItemPlace::Foreground::Unknown;  // where the place does not tell
     QIcon icon_;
 
     QMenu menu_;

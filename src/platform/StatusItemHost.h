@@ -10,7 +10,7 @@ namespace parlivo {
 struct StatusItemPlace {
     /// What plain symbols are drawn in there.
     enum class Foreground {
-        Unknown,  ///< nobody says: the applications' own text colour is the best guess
+        Unknown,  ///< nobody says: the look of the place must do, or the applications' own text colour
         Dark,     ///< on a light panel
         Light,    ///< on a dark panel
     };

@@ -18,7 +18,8 @@ std::uint16_t extent(int value) {
 }
 
 QColor groundOf(TrayHost::Panel panel) {
-    return panel == TrayHost::Panel::Dark ? QColor(0x2e, 0x2e, 0x2e) : QColor(0xf0, 0xf0, 0xf0);
+    const bool dark = panel == TrayHost::Panel::Dark || panel == TrayHost::Panel::SilentDark;
+    return dark ? QColor(0x2e, 0x2e, 0x2e) : QColor(0xf0, 0xf0, 0xf0);
 }
 
 }  // namespace
@@ -31,7 +32,7 @@ TrayHost::TrayHost(Panel panel, const QRect& place, int iconLength)
       iconLength_(iconLength) {
     QObject::connect(&notifier_, &QSocketNotifier::activated, [this] { readEvents(); });
     paintPanel();
-    if (panel != Panel::TellsNoColour) tellColours(panel);
+    if (panel == Panel::Light || panel == Panel::Dark) tellColours(panel);
     takeOffice();
     xcb_flush(connection_.get());
 }

@@ -15,10 +15,11 @@ namespace parlivo::desktop {
 /// (waitFor). https://specifications.freedesktop.org/systemtray-spec/
 class TrayHost {
   public:
-    enum class Panel { Light, Dark, TellsNoColour };
+    /// Whether the panel tells its colours, too.
+    enum class Panel { Light, Dark, SilentLight, SilentDark };
 
     /// The tray fills `place` on the screen; the icon is in its middle. In pixels.
-    explicit TrayHost(Panel panel = Panel::TellsNoColour, const QRect& place = {0, 0, 40, 40},
+    explicit TrayHost(Panel panel = Panel::SilentLight, const QRect& place = {0, 0, 40, 40},
                       int iconLength = 22);
     TrayHost(const TrayHost&) = delete;
     TrayHost& operator=(const TrayHost&) = delete;

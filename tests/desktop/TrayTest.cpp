@@ -71,6 +71,17 @@ TEST_F(TrayTest, ShowsEveryStateInItsTint) {
     }
 }
 
+TEST_F(TrayTest, CanBeReadOnAPanelThatTellsNoColours) {
+    for (const auto ground : {StateIcon::Panel::Light, StateIcon::Panel::Dark}) {
+        const TrayHost tray(ground == StateIcon::Panel::Dark ? TrayHost::Panel::SilentDark
+                                                             : TrayHost::Panel::SilentLight);
+        for (const StateIcon& state : {stateIcons[0], stateIcons[1], stateIcons[0]}) {
+            face.perform(QStringLiteral("icon ") + state.words());
+            EXPECT_TRUE(shows(tray, state, ground)) << state.symbol;
+        }
+    }
+}
+
 TEST_F(TrayTest, AnyClickOpensTheMenuAndEveryChoiceIsPassedOn) {
     const TrayHost tray;
     face.perform(QStringLiteral("update 1.4"));
@@ -94,7 +105,7 @@ TEST_F(TrayTest, TheMenuOpensBesideTheIcon) {
     constexpr std::uint8_t right = 3;
     for (const std::uint8_t button : {left, right}) {
         for (const QRect& place : {QRect(0, 0, 40, 40), QRect(1240, 0, 40, 40), QRect(1240, 760, 40, 40)}) {
-            const TrayHost tray(TrayHost::Panel::TellsNoColour, place);
+            const TrayHost tray(TrayHost::Panel::SilentLight, place);
             ASSERT_TRUE(openMenu(tray, button));
             const QString last = QStringLiteral("Esci da Parlivo");
             const QPoint first = lineOfMenu(idleTitle).value_or(QPoint());

@@ -115,7 +115,7 @@ class AppDelegateTest : public PlatformTest {
     QString convert(const QString& recording) {
         EXPECT_TRUE(QFile::exists(recording));
         if (conversionError) throw Error(*conversionError);
-        const QString wav = recording.chopped(3) + QStringLiteral("wav");
+        QString wav = recording.chopped(3) + QStringLiteral("wav");
         QFile file(wav);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(QByteArray(44, 'w'));
