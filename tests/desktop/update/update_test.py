@@ -1,0 +1,249 @@
+#!/usr/bin/python3
+"""Updates the real program as a user does: installs it from its archive, chooses the new version in the menu of the
+panel, confirms, and looks at what runs then.
+
+usage: update_test.py BUILD_FOLDER [CASE...]
+
+Needs a desktop of its own (tests/support/desktop) in a world of its own (tests/support/isolated).
+"""
+import hashlib
+import http.server
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+
+sys.path.insert(1, str(pathlib.Path(__file__).resolve().parents[1] / "windows"))
+import windows  # noqa: E402
+from gi.repository import Atspi, Gio, GLib  # noqa: E402
+from panel import Panel  # noqa: E402
+from windows import DEMO, PATIENCE, settings, settings_file, wait_for  # noqa: E402
+
+PROJECT = pathlib.Path(__file__).resolve().parents[3]
+NAME = "it.parlivo.Parlivo"
+NEWS = "Più veloce.\nE capisce «perché»."
+
+
+class Site(http.server.ThreadingHTTPServer):
+    """The product's site: a feed and an archive."""
+
+    def __init__(self, version, archive):
+        self.pages = {"/Parlivo.zip": archive}
+        super().__init__(("127.0.0.1", 0), Answer)
+        self.address = f"http://127.0.0.1:{self.server_port}"
+        self.pages["/updates.json"] = json.dumps({
+            "version": version, "url": f"{self.address}/Parlivo.zip", "changelog": NEWS, "size": len(archive),
+            "date": "2026-11-21", "further": [1, 2]}).encode()
+        threading.Thread(target=self.serve_forever, daemon=True).start()
+
+
+class Answer(http.server.BaseHTTPRequestHandler):
+    def do_GET(self):
+        page = self.server.pages.get(self.path)
+        self.send_response(404 if page is None else 200)
+        self.send_header("Content-Length", str(len(page or b"")))
+        self.end_headers()
+        self.wfile.write(page or b"")
+
+    def log_message(self, *_):
+        pass
+
+
+# --- the running program, from outside ----------------------------------------------------------------------
+
+def ask_bus(path, interface, method, *arguments, name=NAME):
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    values = GLib.Variant("(" + "s" * len(arguments) + ")", arguments)
+    return bus.call_sync(name, path, interface, method, values, None, Gio.DBusCallFlags.NO_AUTO_START, 10_000).unpack()
+
+
+def property_of_program(name):
+    return ask_bus("/it/parlivo/Parlivo", "org.freedesktop.DBus.Properties", "Get", "it.parlivo.Parlivo1", name)[0]
+
+
+def quit_program():
+    ask_bus("/it/parlivo/Parlivo", "it.parlivo.Parlivo1", "Quit")
+
+
+def running_process():
+    """The process that has the program's name on the bus."""
+    return ask_bus("/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID", NAME,
+                   name="org.freedesktop.DBus")[0]
+
+
+def seen(process):
+    """All that a screen reader finds of a process on the screen."""
+    desktop = Atspi.get_desktop(0)
+    for i in range(desktop.get_child_count()):
+        application = desktop.get_child_at_index(i)
+        if application and application.get_process_id() == process:
+            yield from windows.showing(application)
+
+
+def labels(process):
+    return {item.get_name() for item in seen(process) if item.get_role_name() == "label"}
+
+
+def press(process, words):
+    def pressed():
+        for item in seen(process):
+            if item.get_name() == words and item.get_role_name() == "push button":
+                return item.do_action(0) or True
+        return False
+    wait_for(f"the button “{words}”", pressed)
+
+
+# --- the user's files ---------------------------------------------------------------------------------------
+
+def digest(folder):
+    """Every file of a folder -> its content."""
+    return {str(path.relative_to(folder)): hashlib.sha256(path.read_bytes()).hexdigest()
+            for path in sorted(folder.rglob("*")) if path.is_file()}
+
+
+class UpdateTest(unittest.TestCase):
+    def setUp(self):
+        self.scratch = pathlib.Path(tempfile.mkdtemp(dir="/tmp"))
+        self.addCleanup(shutil.rmtree, self.scratch)
+        self.processes = []
+        self.addCleanup(self.end_all)
+        self.panel = Panel()
+        self.home = pathlib.Path(os.environ["HOME"], "Le mie \"app\" d'oro; $(touch pwned) `touch pwned`")
+        self.bundle = self.home / "Parlivo.app"
+        self.install()
+        self.settle()
+        self.archive = self.make_newer()
+
+    def install(self):
+        subprocess.run([PROJECT / "tools/package", "zip", "--build", windows.PROGRAM, "--output", self.scratch], check=True)
+        archives = list(self.scratch.glob("Parlivo-*-linux-x86_64.zip"))
+        self.assertEqual(len(archives), 1)
+        self.version = archives[0].name.split("-")[1]
+        self.newer = self.version + ".1"
+        self.home.mkdir(parents=True)
+        subprocess.run(["unzip", "-q", archives[0], "-d", self.home], check=True)
+
+    def settle(self):
+        """Settings and models of somebody who has used the program for a while."""
+        settings_file().parent.mkdir(parents=True)
+        settings_file().write_text(json.dumps({
+            "onboardingDone": True, "cleanupLevel": "none", "dictionary": "Parlivo\nGiulia", "dictationCount": 7,
+            "ofAnotherVersion": 1}))
+        developers = pathlib.Path.home() / "Projects/Parlivo/models"
+        developers.mkdir(parents=True)
+        shutil.copy(DEMO / "ggml-model.bin", developers / "ggml-large-v3-turbo-q8_0.bin")
+        self.data = pathlib.Path(os.environ["XDG_DATA_HOME"], "Parlivo")
+        (self.data / "models").mkdir(parents=True)
+        shutil.copy(DEMO / "cleanup.gguf", self.data / "models/qwen2.5-1.5b-instruct-q4_k_m.gguf")
+        (self.data / "prompt.txt").write_text("Solo punteggiatura.")
+
+    def make_newer(self):
+        folder = self.scratch / "newer"
+        contents = folder / "Parlivo.app/Contents"
+        shutil.copytree(self.bundle, folder / "Parlivo.app", symlinks=True)
+        plist = contents / "Info.plist"
+        plist.write_text(plist.read_text().replace(f"<string>{self.version}</string>",
+                                                   f"<string>{self.newer}</string>"))
+        (contents / "Resources/novità.txt").write_text("eccomi")
+        (contents / "Resources/help/microfono.html").unlink()
+        subprocess.run(["zip", "-qry", "../newer.zip", "Parlivo.app"], cwd=folder, check=True)
+        self.expected = contents.parent
+        return (self.scratch / "newer.zip").read_bytes()
+
+    def open_site(self):
+        site = Site(self.newer, self.archive)
+        self.addCleanup(site.server_close)
+        self.addCleanup(site.shutdown)
+        return site
+
+    def start(self, address):
+        environment = dict(os.environ, PARLIVO_SITE_BASE=address, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        process = subprocess.Popen([self.bundle / "Contents/MacOS/Parlivo"], env=environment)
+        self.processes.append(process)
+        wait_for("the program on the bus", lambda: running_process() == process.pid)
+        wait_for("its state", lambda: property_of_program("State") == "idle")
+        return process
+
+    def end_all(self):
+        for process in self.processes:
+            if process.poll() is None:
+                process.terminate()
+                process.wait(PATIENCE)
+        try:
+            quit_program()
+        except GLib.Error:  # it has ended
+            pass
+
+    def accept_offer(self, process):
+        line = f"⬆️ Aggiorna a Parlivo {self.newer}…"
+        wait_for("the update in the menu", lambda: line in self.panel.lines())
+        self.panel.choose(line)
+        wait_for("the offer", lambda: {f"Parlivo {self.newer} è disponibile",
+                                       f"Novità:\n{NEWS}\n\nL'app si riavvierà da sola al termine."} <= labels(process.pid))
+        press(process.pid, "Aggiorna ora")
+
+    def assert_nothing_left(self):
+        self.assertEqual(list(pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-*")), [])
+        for folder in (pathlib.Path.cwd(), self.home, pathlib.Path.home()):
+            self.assertFalse((folder / "pwned").exists(), folder)
+
+    def test_the_new_version_takes_over(self):
+        site = self.open_site()
+        data = digest(self.data)
+        old = self.start(site.address)
+        self.assertEqual(property_of_program("Version"), self.version)
+        self.accept_offer(old)
+        wait_for("the old version's end", lambda: old.poll() is not None)
+        self.assertEqual(old.returncode, 0)
+
+        new = wait_for("the new version", running_process)
+        self.assertNotEqual(new, old.pid)
+        self.assertEqual(os.readlink(f"/proc/{new}/exe"), str(self.bundle / "Contents/MacOS/Parlivo"))
+        notes = {f"Parlivo {self.newer} — Cosa c'è di nuovo", NEWS}
+        wait_for("the notes", lambda: notes <= labels(new))
+        self.assertEqual(property_of_program("Version"), self.newer)
+        press(new, "Ottimo")
+        wait_for("the notes to go", lambda: not notes & labels(new))
+        self.assertEqual(property_of_program("State"), "idle")
+
+        self.assertEqual(digest(self.bundle), digest(self.expected))
+        wait_for("the version to be remembered", lambda: settings().get("lastSeenVersion") == self.newer)
+        self.assertEqual({key: value for key, value in settings().items() if key != "lastSeenVersion"},
+                         {"onboardingDone": True, "cleanupLevel": "none", "dictionary": "Parlivo\nGiulia",
+                          "dictationCount": 7, "ofAnotherVersion": 1})
+        self.assertEqual(digest(self.data), data)
+        self.assert_nothing_left()
+        self.assert_notes_do_not_come_back(site, new)
+
+    def assert_notes_do_not_come_back(self, site, running):
+        quit_program()
+        wait_for("its end", lambda: not pathlib.Path(f"/proc/{running}").exists())
+        again = self.start(site.address)
+        self.assertEqual(labels(again.pid), set())
+        self.assertNotIn(f"⬆️ Aggiorna a Parlivo {self.newer}…", self.panel.lines())
+
+    def test_an_archive_cut_short_changes_nothing(self):
+        site = self.open_site()
+        site.pages["/Parlivo.zip"] = self.archive[:-1]
+        before = digest(self.bundle)
+        program = self.start(site.address)
+        self.accept_offer(program)
+        wait_for("the failure", lambda: {"Aggiornamento non riuscito",
+                                         "Aggiornamento corrotto (dimensione inattesa)"} <= labels(program.pid))
+        press(program.pid, "OK")
+        wait_for("the message to go", lambda: not labels(program.pid))
+        self.assertEqual(property_of_program("State"), "idle")
+        self.assertEqual(property_of_program("Version"), self.version)
+        self.assertEqual(digest(self.bundle), before)
+        self.assertIn(f"⬆️ Aggiorna a Parlivo {self.newer}…", self.panel.lines())
+        self.assertNotIn("pendingChangelog", settings())
+        self.assert_nothing_left()
+
+
+if __name__ == "__main__":
+    windows.main()
