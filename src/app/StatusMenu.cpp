@@ -5,8 +5,8 @@
 #include "ui/SystemColour.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCursor>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPalette>
 #include <QScreen>
@@ -80,7 +80,7 @@ QColor plainColour(StatusItemPlace::Foreground foreground) {
         case StatusItemPlace::Foreground::Unknown:
             break;
     }
-    return QGuiApplication::palette().color(QPalette::WindowText);
+    return QApplication::palette().color(QPalette::WindowText);
 }
 
 /// What can be read on the colour that lies behind an icon: at its corners no symbol has ink.
@@ -117,14 +117,14 @@ void StatusMenu::build(const Actions& actions) {
     menu_.addSeparator();
     addLine(QStringLiteral("Esci da Parlivo"), actions.quit)->setShortcut(Qt::CTRL | Qt::Key_Q);
     menu_.installEventFilter(this);
-    keepStatusReadable();
     if (actions.willOpen) connect(&menu_, &QMenu::aboutToShow, this, actions.willOpen);
 }
 
-/// The first line is dimmed because it cannot be chosen, yet it is there to be read.
-void StatusMenu::keepStatusReadable() {
+/// The first line is dimmed because it cannot be chosen, yet it is there to be read. The desktop's colours
+/// may have changed since the last time.
+void StatusMenu::keepTitleReadable() {
     constexpr float strength = 0.65F;
-    QPalette palette = menu_.palette();
+    QPalette palette = QApplication::palette(&menu_);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         QColor colour = palette.color(QPalette::Active, role);
         colour.setAlphaF(strength);
@@ -143,6 +143,7 @@ bool StatusMenu::eventFilter(QObject* watched, QEvent* event) {
     if (watched != &menu_) return false;
     if (event->type() == QEvent::Show) {
         lookAtPanel();
+        keepTitleReadable();
         putMenuBesideIcon();
     }
     if (event->type() == QEvent::KeyPress)
@@ -165,7 +166,7 @@ bool StatusMenu::chooseByKey(const QKeySequence& pressed) {
 /// Where the icon's place is known, which is in X trays only.
 void StatusMenu::putMenuBesideIcon() {
     const QRect icon = item_ ? item_->geometry() : QRect();
-    const QScreen* const screen = icon.isEmpty() ? nullptr : QGuiApplication::screenAt(icon.center());
+    const QScreen* const screen = icon.isEmpty() ? nullptr : QApplication::screenAt(icon.center());
     if (!screen) return;
     const QRect room = screen->geometry();
     const bool below = icon.center().y() < room.center().y();
@@ -224,7 +225,7 @@ void StatusMenu::drawIcon() {
 /// Many X trays do not tell their colours; then a look at the screen must do.
 void StatusMenu::lookAtPanel() {
     const QRect icon = item_ ? item_->geometry() : QRect();
-    QScreen* const screen = icon.isEmpty() ? nullptr : QGuiApplication::screenAt(icon.center());
+    QScreen* const screen = icon.isEmpty() ? nullptr : QApplication::screenAt(icon.center());
     if (!screen || (place_ && place_->foreground != StatusItemPlace::Foreground::Unknown)) return;
     const QPoint corner = icon.topLeft() - screen->geometry().topLeft();
     const QImage picture =

@@ -62,7 +62,7 @@ class StatusMenu : public QObject {
     bool chooseByKey(const QKeySequence& pressed);
     void putMenuBesideIcon();
     void build(const Actions& actions);
-    void keepStatusReadable();
+    void keepTitleReadable();
     QAction* addLine(const QString& text, const std::function<void()>& chosen);
     void placeChanged(const std::optional<StatusItemPlace>& place);
     void showItem();

@@ -2,10 +2,13 @@
 #include "support/PlatformTest.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCoreApplication>
 #include <QFile>
 #include <QImage>
 #include <QKeyEvent>
+#include <QPalette>
+#include <QShowEvent>
 
 #include <gmock/gmock.h>
 
@@ -97,6 +100,24 @@ TEST_F(StatusMenuTest, OffersAnUpdateOnlyWhileThereIsOne) {
     EXPECT_EQ(line(menu, 6)->text(), QStringLiteral("⬆️ Aggiorna a Parlivo 2.0.1…"));
     menu.setUpdate({});
     EXPECT_FALSE(line(menu, 6)->isVisible());
+}
+
+TEST_F(StatusMenuTest, TheFirstLineCanBeReadInEveryTheme) {
+    const QPalette before = QApplication::palette();
+    for (const QColor ink : {QColor(0, 0, 0), QColor(255, 255, 255), QColor(0, 0, 0)}) {
+        QPalette theme = before;
+        for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+            theme.setColor(QPalette::All, role, ink);
+        QApplication::setPalette(theme);
+        QShowEvent opens;
+        QCoreApplication::sendEvent(&menu.menu(), &opens);
+        const QColor title = menu.menu().palette().color(QPalette::Disabled, QPalette::Text);
+        EXPECT_EQ(title.rgb(), ink.rgb());
+        EXPECT_GT(title.alphaF(), 0.5);
+        EXPECT_LT(title.alphaF(), 1);
+        EXPECT_EQ(menu.menu().palette().color(QPalette::Active, QPalette::Text), ink);
+    }
+    QApplication::setPalette(before);
 }
 
 TEST_F(StatusMenuTest, PassesEveryChoiceOn) {
