@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 class UpdateInstallerTest : public UpdateTest {
   protected:
     QString archive(const QByteArray& bytes) const {
-        const QString path = platform.directories().temporary() + u"/arrived.zip"_s;
+        QString path = platform.directories().temporary() + u"/arrived.zip"_s;
         write(path, bytes);
         return path;
     }

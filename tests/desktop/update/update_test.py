@@ -26,6 +26,7 @@ from windows import DEMO, PATIENCE, settings, settings_file, wait_for  # noqa: E
 
 PROJECT = pathlib.Path(__file__).resolve().parents[3]
 NAME = "it.parlivo.Parlivo"
+BIG = 8 << 20
 NEWS = "Più veloce.\nE capisce «perché»."
 
 
@@ -106,14 +107,26 @@ def digest(folder):
             for path in sorted(folder.rglob("*")) if path.is_file()}
 
 
-class UpdateTest(unittest.TestCase):
+class Ballast:
+    """Leaves so many bytes free on the disk of the temporary files."""
+
+    def __init__(self, left):
+        folder = pathlib.Path(os.environ["TMPDIR"])
+        free = os.statvfs(folder)
+        with open(folder / "zavorra", "wb") as ballast:
+            ballast.write(bytes(free.f_bavail * free.f_frsize - left))
+
+
+class UpdateCase(unittest.TestCase):
+    folder = "HOME"  # whose disk the bundle is on
+
     def setUp(self):
         self.scratch = pathlib.Path(tempfile.mkdtemp(dir="/tmp"))
         self.addCleanup(shutil.rmtree, self.scratch)
         self.processes = []
         self.addCleanup(self.end_all)
         self.panel = Panel()
-        self.home = pathlib.Path(os.environ["HOME"], "Le mie \"app\" d'oro; $(touch pwned) `touch pwned`")
+        self.home = pathlib.Path(os.environ[self.folder], "Le mie \"app\" d'oro; $(touch pwned) `touch pwned`")
         self.bundle = self.home / "Parlivo.app"
         self.install()
         self.settle()
@@ -149,11 +162,15 @@ class UpdateTest(unittest.TestCase):
         plist = contents / "Info.plist"
         plist.write_text(plist.read_text().replace(f"<string>{self.version}</string>",
                                                    f"<string>{self.newer}</string>"))
-        (contents / "Resources/novità.txt").write_text("eccomi")
-        (contents / "Resources/help/microfono.html").unlink()
+        self.change(contents)
         subprocess.run(["zip", "-qry", "../newer.zip", "Parlivo.app"], cwd=folder, check=True)
         self.expected = contents.parent
         return (self.scratch / "newer.zip").read_bytes()
+
+    def change(self, contents):
+        """What the newer version has and what it has no more."""
+        (contents / "Resources/novità.txt").write_text("eccomi")
+        (contents / "Resources/help/microfono.html").unlink()
 
     def open_site(self):
         site = Site(self.newer, self.archive)
@@ -192,6 +209,8 @@ class UpdateTest(unittest.TestCase):
         for folder in (pathlib.Path.cwd(), self.home, pathlib.Path.home()):
             self.assertFalse((folder / "pwned").exists(), folder)
 
+
+class UpdateTest(UpdateCase):
     def test_the_new_version_takes_over(self):
         site = self.open_site()
         data = digest(self.data)
@@ -243,6 +262,37 @@ class UpdateTest(unittest.TestCase):
         self.assertIn(f"⬆️ Aggiorna a Parlivo {self.newer}…", self.panel.lines())
         self.assertNotIn("pendingChangelog", settings())
         self.assert_nothing_left()
+
+
+class FullDiskTest(UpdateCase):
+    """Temporary files have little room, and so has the bundle itself."""
+
+    folder = "TMPDIR"
+
+    def change(self, contents):
+        super().change(contents)
+        # Small in the archive, so that there is a size that holds the one and not the other.
+        (contents / "Resources/grande").write_bytes(bytes(BIG))
+
+    def try_to_update(self, left, explanation):
+        program = self.start(self.open_site().address)
+        Ballast(left)
+        self.accept_offer(program)
+        wait_for("the failure", lambda: {"Aggiornamento non riuscito", explanation} <= labels(program.pid))
+        press(program.pid, "OK")
+        wait_for("the message to go", lambda: not labels(program.pid))
+        self.assertEqual(property_of_program("State"), "idle")
+        self.assert_nothing_left()
+
+    def test_no_room_to_unpack_changes_nothing(self):
+        before = digest(self.bundle)
+        self.try_to_update(len(self.archive) + BIG, "Estrazione aggiornamento fallita")
+        self.assertEqual(digest(self.bundle), before)
+
+    def test_no_room_to_replace_leaves_a_running_program(self):
+        unpacked = sum(path.stat().st_size + 4096 for path in self.expected.rglob("*"))
+        self.try_to_update(len(self.archive) + unpacked + BIG // 2, "Sostituzione app fallita")
+        self.assertTrue(os.access(self.bundle / "Contents/MacOS/Parlivo", os.X_OK))
 
 
 if __name__ == "__main__":
