@@ -4,9 +4,15 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStyle>
 
+#include <memory>
 #include <utility>
 
 namespace parlivo {
@@ -21,6 +27,21 @@ class DesktopDialogs : public Dialogs {
     std::optional<QString> chooseFolder(const QString& startingIn, const QString& prompt) override;
 };
 
+/// A long text scrolls: the buttons below it must stay on the screen.
+void limitHeight(QMessageBox& box) {
+    auto* text = box.findChild<QLabel*>(u"qt_msgbox_informativelabel"_s);
+    const int limit = box.screen()->availableSize().height() / 2;
+    if (text == nullptr || text->sizeHint().height() <= limit) return;
+    auto* area = new QScrollArea(&box);
+    const std::unique_ptr<QLayoutItem> former(box.layout()->replaceWidget(text, area));
+    area->setMinimumSize(
+        text->sizeHint().width() + box.style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, area),
+        limit);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(text);
+}
+
 int DesktopDialogs::ask(const Alert& alert) {
     QMessageBox box(QMessageBox::Information, u"Parlivo"_s, alert.message);
     box.setTextFormat(Qt::PlainText);
@@ -32,6 +53,7 @@ int DesktopDialogs::ask(const Alert& alert) {
     }
     box.setDefaultButton(buttons.first());
     box.setEscapeButton(buttons.last());
+    limitHeight(box);
     bringToFront(box);
     box.exec();
     const auto chosen = buttons.indexOf(qobject_cast<QPushButton*>(box.clickedButton()));

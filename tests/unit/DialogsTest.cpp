@@ -1,0 +1,52 @@
+#include "ui/views/Dialogs.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace parlivo {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// Shows an alert with this text, has `look` look at it, and chooses its last button.
+int show(const QString& text, const std::function<void(const QMessageBox&)>& look) {
+    QTimer::singleShot(0, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        look(*box);
+        box->buttons().last()->click();
+    });
+    return Dialogs::current().ask(
+        {.message = u"Parlivo"_s, .informativeText = text, .buttons = {u"Sì"_s, u"No"_s}});
+}
+
+TEST(DialogsTest, ALongTextScrollsAndLeavesTheButtonsOnTheScreen) {
+    QString text;
+    for (int i = 0; i < 200; ++i) text += u"Qualcosa che è cambiato\n"_s;
+    const int chosen = show(text, [&](const QMessageBox& box) {
+        EXPECT_LE(box.height(), box.screen()->availableSize().height());
+        const auto* area = box.findChild<QScrollArea*>();
+        ASSERT_NE(area, nullptr);
+        EXPECT_GT(area->widget()->height(), area->height());
+        EXPECT_LE(area->widget()->width(), area->viewport()->width()) << "lines are not cut off";
+    });
+    EXPECT_EQ(chosen, 1);
+}
+
+TEST(DialogsTest, AShortTextIsShownAsItIs) {
+    show(u"Qualcosa che è cambiato"_s, [](const QMessageBox& box) {
+        EXPECT_EQ(box.findChild<QScrollArea*>(), nullptr);
+        EXPECT_EQ(box.informativeText(), u"Qualcosa che è cambiato"_s);
+    });
+}
+
+}  // namespace
+}  // namespace parlivo
