@@ -3,7 +3,9 @@
 #include "platform/Platform.h"
 
 #include <QBitmap>
+#include <QGuiApplication>
 #include <QPainter>
+#include <QScreen>
 
 namespace parlivo {
 
@@ -67,6 +69,12 @@ void DictationOverlay::createPanel() {
     panel_->setFixedSize(panelSize);
     waveView_ = new WaveformView(panel_.get());
     waveView_->setGeometry(QRect(QPoint(), panelSize));
+    // A card on a screen that was unplugged would be out of sight. Later, when the toolkit is done with it.
+    const auto screenGone = [this] {
+        if (panel_->isVisible()) place();
+    };
+    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, panel_.get(), screenGone,
+                     Qt::QueuedConnection);
 }
 
 void DictationOverlay::place() {
