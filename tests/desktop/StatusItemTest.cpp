@@ -46,7 +46,8 @@ TEST(StatusItemOnTheBusTest, ShowsItsMenu) {
     ASSERT_EQ(lines.size(), 10U);
     EXPECT_EQ(readable(lines), idleMenu);
     EXPECT_FALSE(lines[0].enabled);
-    for (const std::size_t index : {2, 3, 6, 7, 9}) EXPECT_TRUE(lines[index].enabled) << index;
+    for (const std::size_t index : std::initializer_list<std::size_t>{2, 3, 6, 7, 9})
+        EXPECT_TRUE(lines[index].enabled) << index;
     EXPECT_FALSE(lines[5].visible) << "no update yet";
     EXPECT_EQ(lines[6].shortcut, QStringLiteral("Control+,"));
     EXPECT_EQ(lines[9].shortcut, QStringLiteral("Control+Q"));

@@ -49,6 +49,8 @@ class Program : public QObject {
                      const QStringList& wrapper = {});
     /// Kills it, if it still runs.
     ~Program() override;
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
 
     /// Runs a second program with arguments to its end.
     static Outcome call(const QStringList& arguments, const QString& bundle = builtBundle(),
