@@ -10,6 +10,7 @@
 #include "ui/views/Form.h"
 #include "ui/views/OutlinedBox.h"
 #include "ui/views/SymbolView.h"
+#include "update/SitePage.h"
 #include "update/StarRating.h"
 
 #include <QJsonDocument>
@@ -33,14 +34,6 @@ constexpr int heartSize = 36;
 
 bool isSuccess(const HttpReply& reply) {
     return reply.complete() && reply.status >= 200 && reply.status <= 299;
-}
-
-QUrl feedbackURL() {
-    QUrl url = Config::siteBase();
-    QString path = url.path();
-    if (!path.endsWith(u'/')) path += u'/';
-    url.setPath(path + u"api/feedback"_s);
-    return url;
 }
 
 }  // namespace
@@ -137,7 +130,7 @@ void FeedbackView::send() {
     error_.reset();
     refresh();
     HttpRequest request;
-    request.url = feedbackURL();
+    request.url = sitePage(u"api/feedback"_s);
     request.method = "POST";
     request.headers = {{"Content-Type", "application/json"}};
     request.body = body();

@@ -6,6 +6,7 @@
 #include "support/HttpSession.h"
 #include "support/MainQueue.h"
 #include "ui/views/Dialogs.h"
+#include "update/SitePage.h"
 #include "update/UpdateInstaller.h"
 #include "update/Versions.h"
 
@@ -19,14 +20,6 @@ namespace {
 
 constexpr std::chrono::seconds feedTimeout{15};
 constexpr qint64 longestFeed = 1 << 20;  // bytes
-
-QUrl feedURL() {
-    QUrl url = Config::siteBase();
-    QString path = url.path();
-    if (!path.endsWith(u'/')) path += u'/';
-    url.setPath(path + u"updates.json"_s);
-    return url;
-}
 
 }  // namespace
 
@@ -44,7 +37,7 @@ void Updater::start() {
 
 void Updater::check() {
     HttpRequest request;
-    request.url = feedURL();
+    request.url = sitePage(u"updates.json"_s);
     request.headers = {{"Cache-Control", "no-cache"}};
     request.timeout = feedTimeout;
     request.maximumReplySize = longestFeed;
