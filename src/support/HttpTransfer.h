@@ -26,8 +26,8 @@ class HttpTransfer {
     struct Receiver {
         /// The next bytes of the body. False ends the transfer; `finished` follows.
         std::function<bool(const QByteArray& bytes)> receive;
-        /// The server's stated length in bytes, -1 when it states none. Once, before the first bytes and before
-        /// the end.
+        /// The server's stated length in bytes, -1 when it states none. Once, before the first bytes and
+        /// before the end.
         std::function<void(qint64 length)> announced;
         /// Once: nothing when the whole body arrived, else the transport's failure in Italian (domain
         /// "Network").

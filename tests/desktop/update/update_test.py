@@ -264,6 +264,16 @@ class UpdateTest(UpdateCase):
         self.assert_nothing_left()
 
 
+class NotesTest(UpdateCase):
+    def test_the_program_can_be_quit_while_its_notes_are_open(self):
+        settings_file().write_text(json.dumps({**settings(), "pendingChangelog": NEWS, "lastSeenVersion": "0.1"}))
+        program = self.start(self.open_site().address)
+        wait_for("the notes", lambda: NEWS in labels(program.pid))
+        quit_program()
+        wait_for("its end", lambda: program.poll() is not None)
+        self.assertEqual(program.returncode, 0)
+
+
 class FullDiskTest(UpdateCase):
     """Temporary files have little room, and so has the bundle itself."""
 
