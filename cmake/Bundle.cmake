@@ -35,6 +35,15 @@ add_custom_command(OUTPUT ${icon_pictures}
                    DEPENDS render_icon ${icon_drawing} VERBATIM)
 set_property(GLOBAL APPEND PROPERTY PARLIVO_BUNDLED ${icon_pictures})
 
+# Qt's own words in the interface's language.
+get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
+execute_process(COMMAND ${qmake} -query QT_INSTALL_TRANSLATIONS
+                OUTPUT_VARIABLE qt_translations OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+if(NOT EXISTS ${qt_translations}/qtbase_it.qm)
+    message(FATAL_ERROR "Qt's Italian translation is missing: ${qt_translations}/qtbase_it.qm")
+endif()
+bundle_resource(${qt_translations}/qtbase_it.qm translations/qtbase_it.qm)
+
 if(PARLIVO_ENGINES)
     foreach(engine whisper-server llama-server)
         if(NOT EXISTS ${PARLIVO_ENGINES}/${engine})

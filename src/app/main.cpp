@@ -7,6 +7,7 @@
 #include "support/HttpSession.h"
 #include "support/MainQueue.h"
 #include "ui/views/AppIcon.h"
+#include "ui/views/Language.h"
 
 #include <QApplication>
 
@@ -91,6 +92,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool w
     QApplication::setDesktopFileName(QStringLiteral("it.parlivo.Parlivo"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(appIcon());
+    speakItalian();
     return application;
 }
 

@@ -22,6 +22,8 @@ const std::array symbols{u"gearshape"_s, u"mic"_s, u"wand.and.stars"_s, u"charac
 
 SettingsView::SettingsView(const SettingsActions& actions, QWidget* parent) : QTabWidget(parent) {
     setUsesScrollButtons(false);
+    // Without a frame of its own: the window is all tabs.
+    setDocumentMode(true);
     addTab(new GeneralTab(actions), u"Generale"_s);
     addTab(new DictationTab(actions), u"Dettatura"_s);
     addTab(new CleanupTab(actions), u"Pulizia AI"_s);

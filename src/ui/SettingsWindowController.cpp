@@ -30,7 +30,7 @@ SettingsWindow::SettingsWindow(const SettingsActions& actions)
     setWindowTitle(u"Impostazioni Parlivo"_s);
     setFixedSize(windowSize);
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(8, 8, 8, 8);
+    column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(new SettingsView(actions, this));
 }
 

@@ -15,7 +15,6 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -60,10 +59,7 @@ QWidget* FeedbackView::makeForm() {
     column->addWidget(
         new Label(u"Cosa non va? Cosa miglioreresti?"_s, TextStyle::Caption, primaryColour, form));
     column->addWidget(makeTextField(*form));
-    email_ = new QLineEdit(form);
-    email_->setPlaceholderText(u"Email (facoltativa, se vuoi una risposta)"_s);
-    email_->setMinimumHeight(email_->sizeHint().height() + 6);
-    email_->setAccessibleName(u"Email"_s);
+    email_ = new TextField(u"Email"_s, u"Email (facoltativa, se vuoi una risposta)"_s, form);
     column->addWidget(email_);
     column->addWidget(new Label(
         u"Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."_s,

@@ -9,7 +9,6 @@
 #include <functional>
 #include <optional>
 
-class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
 class QStackedWidget;
@@ -18,6 +17,7 @@ namespace parlivo {
 
 class Label;
 class StarRating;
+class TextField;
 
 /// Stars and a few lines for the makers, sent to the product's site. After a success it says thanks for the
 /// rest of its life.
@@ -42,7 +42,7 @@ class FeedbackView : public QWidget {
     QStackedWidget* pages_;
     StarRating* rating_ = nullptr;
     QPlainTextEdit* text_ = nullptr;
-    QLineEdit* email_ = nullptr;
+    TextField* email_ = nullptr;
     Label* errorLine_ = nullptr;
     QPushButton* send_ = nullptr;
     QPushButton* close_ = nullptr;

@@ -1,6 +1,7 @@
 #include "ui/views/Controls.h"
 
-#include <QLineEdit>
+#include "ui/views/Labels.h"
+
 #include <QRadioButton>
 #include <QShowEvent>
 #include <QSignalBlocker>
@@ -13,6 +14,8 @@
 namespace parlivo {
 
 namespace {
+
+constexpr int fieldMargin = 3;
 
 /// Whoever scrolls a page past a control does not mean to change it.
 bool isMeant(const QWidget& control, QWheelEvent& wheel) {
@@ -95,6 +98,7 @@ Picker::Picker(const QString& name, const std::vector<Option>& options, Binding<
     setFocusPolicy(Qt::StrongFocus);
     connect(this, &QComboBox::activated, this, [this](int index) { value_.set(itemData(index).toString()); });
     setOptions(options);
+    applyPlaceholderColour(*this);
 }
 
 void Picker::setOptions(const std::vector<Option>& options) {
@@ -114,8 +118,25 @@ void Picker::showEvent(QShowEvent* event) {
     QComboBox::showEvent(event);
 }
 
+void Picker::changeEvent(QEvent* event) {
+    QComboBox::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) applyPlaceholderColour(*this);
+}
+
 void Picker::wheelEvent(QWheelEvent* event) {
     if (isMeant(*this, *event)) QComboBox::wheelEvent(event);
+}
+
+TextField::TextField(const QString& name, const QString& placeholder, QWidget* parent) : QLineEdit(parent) {
+    setAccessibleName(name);
+    setPlaceholderText(placeholder);
+    setTextMargins(fieldMargin, fieldMargin, fieldMargin, fieldMargin);
+    applyPlaceholderColour(*this);
+}
+
+void TextField::changeEvent(QEvent* event) {
+    QLineEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) applyPlaceholderColour(*this);
 }
 
 Stepper::Stepper(const QString& before, const QString& after, Steps steps, Binding<int> value,

@@ -4,6 +4,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QString>
@@ -69,10 +70,20 @@ class Picker : public QComboBox {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 
   private:
     Binding<QString> value_;
+};
+
+/// One line of text with `placeholder` in place of none.
+class TextField : public QLineEdit {
+  public:
+    TextField(const QString& name, const QString& placeholder, QWidget* parent = nullptr);
+
+  protected:
+    void changeEvent(QEvent* event) override;
 };
 
 /// A number within a sentence, changed in steps only.

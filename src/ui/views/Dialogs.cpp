@@ -3,7 +3,10 @@
 #include "ui/views/Windows.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLayout>
 #include <QMessageBox>
@@ -11,6 +14,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
+#include <QTreeView>
 
 #include <memory>
 #include <utility>
@@ -60,8 +64,22 @@ int DesktopDialogs::ask(const Alert& alert) {
     return static_cast<int>(chosen < 0 ? buttons.size() - 1 : chosen);
 }
 
+/// The folder itself, or the nearest above it that is there.
+QString existing(QString folder) {
+    while (!QFileInfo::exists(folder) && !QDir(folder).isRoot()) folder = QFileInfo(folder).path();
+    return folder;
+}
+
+/// Qt's own panel cuts the heads of its columns off; a desktop's panel has none.
+void fitColumns(const QFileDialog& panel) {
+    const auto* list = panel.findChild<QTreeView*>();
+    if (!list) return;
+    list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+}
+
 std::optional<QString> DesktopDialogs::chooseFolder(const QString& startingIn, const QString& prompt) {
-    QFileDialog panel(QApplication::activeWindow(), prompt, startingIn);
+    QFileDialog panel(QApplication::activeWindow(), prompt, existing(startingIn));
     panel.setFileMode(QFileDialog::Directory);
     panel.setOption(QFileDialog::ShowDirsOnly);
     panel.setLabelText(QFileDialog::Accept, prompt);
@@ -69,6 +87,7 @@ std::optional<QString> DesktopDialogs::chooseFolder(const QString& startingIn, c
     panel.setLabelText(QFileDialog::LookIn, u"Cerca in:"_s);
     panel.setLabelText(QFileDialog::FileName, u"Cartella:"_s);
     panel.setLabelText(QFileDialog::FileType, u"Tipo:"_s);
+    fitColumns(panel);
     if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return std::nullopt;
     return panel.selectedFiles().first();
 }

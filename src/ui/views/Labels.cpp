@@ -13,6 +13,7 @@ namespace {
 
 constexpr int darkBelow = 128;  // of 255
 constexpr float secondaryStrength = 0.65F;
+constexpr float placeholderStrength = 0.5F;
 
 double scaleOf(TextStyle style) {
     switch (style) {
@@ -68,6 +69,15 @@ QColor errorColour(const QPalette& palette) {
 
 QColor successColour(const QPalette& palette) {
     return systemColour(SystemColour::Green, background(palette));
+}
+
+void applyPlaceholderColour(QWidget& control) {
+    QColor pale = control.palette().color(QPalette::Text);
+    pale.setAlphaF(placeholderStrength);
+    if (control.palette().color(QPalette::PlaceholderText) == pale) return;
+    QPalette own;
+    own.setColor(QPalette::PlaceholderText, pale);
+    control.setPalette(own);
 }
 
 Label::Label(const QString& text, TextStyle style, PaletteColour colour, QWidget* parent)

@@ -25,6 +25,10 @@ QColor errorColour(const QPalette& palette);
 QColor successColour(const QPalette& palette);
 bool isDark(const QPalette& palette);
 
+/// Gives what a control shows in place of a text the pale colour that some dark desktops forget to state. To
+/// be called again when the palette changes.
+void applyPlaceholderColour(QWidget& control);
+
 /// A text that wraps, in plain letters: what looks like markup is shown as it is.
 class Label : public QLabel {
   public:
