@@ -17,7 +17,9 @@ namespace parlivo {
 namespace {
 
 /// What may wait in memory while the disk is slower than the network.
-constexpr qint64 readAhead = 4 << 20;  // bytes
+constexpr qint64 readAhead = 2 << 20;  // bytes
+/// What is handed on at a time: while it is written, the network fills the rest.
+constexpr qint64 pieceSize = 128 << 10;  // bytes
 
 /// What the user is told. Qt's own texts are English and name hosts and sockets.
 QString describe(QNetworkReply::NetworkError error) {
@@ -77,7 +79,7 @@ void HttpTransfer::Shared::announceLength() {
 void HttpTransfer::Shared::handOn() {
     while (!refused && !calledOff && reply->bytesAvailable() > 0) {
         announceLength();
-        const QByteArray bytes = reply->read(readAhead);
+        const QByteArray bytes = reply->read(pieceSize);
         received += bytes.size();
         if (receiver.receive(bytes)) continue;
         refused = true;
