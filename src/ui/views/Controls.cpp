@@ -52,8 +52,14 @@ void Toggle::refresh() {
 }
 
 void Toggle::showEvent(QShowEvent* event) {
+    applyIndicatorColour(*this);
     refresh();
     QCheckBox::showEvent(event);
+}
+
+void Toggle::changeEvent(QEvent* event) {
+    QCheckBox::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) applyIndicatorColour(*this);
 }
 
 RadioGroup::RadioGroup(const QString& name, const std::vector<Option>& options, Binding<QString> value,
@@ -87,8 +93,14 @@ void RadioGroup::refresh() {
 }
 
 void RadioGroup::showEvent(QShowEvent* event) {
+    applyIndicatorColour(*this);
     refresh();
     QWidget::showEvent(event);
+}
+
+void RadioGroup::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) applyIndicatorColour(*this);
 }
 
 Picker::Picker(const QString& name, const std::vector<Option>& options, Binding<QString> value,

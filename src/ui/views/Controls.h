@@ -35,6 +35,7 @@ class Toggle : public QCheckBox {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
     Binding<bool> value_;
@@ -50,6 +51,7 @@ class RadioGroup : public QWidget {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
     struct Button {

@@ -14,6 +14,7 @@ namespace {
 constexpr int darkBelow = 128;  // of 255
 constexpr float secondaryStrength = 0.65F;
 constexpr float placeholderStrength = 0.5F;
+constexpr double indicatorStrength = 0.22;
 
 double scaleOf(TextStyle style) {
     switch (style) {
@@ -77,6 +78,19 @@ void applyPlaceholderColour(QWidget& control) {
     if (control.palette().color(QPalette::PlaceholderText) == pale) return;
     QPalette own;
     own.setColor(QPalette::PlaceholderText, pale);
+    control.setPalette(own);
+}
+
+void applyIndicatorColour(QWidget& control) {
+    if (!isDark(control.palette())) return;
+    const QColor ground = control.palette().color(QPalette::Window);
+    const QColor text = control.palette().color(QPalette::WindowText);
+    const auto mix = [](int from, int to) { return from + qRound((to - from) * indicatorStrength); };
+    const QColor fill(mix(ground.red(), text.red()), mix(ground.green(), text.green()),
+                      mix(ground.blue(), text.blue()));
+    if (control.palette().color(QPalette::Base) == fill) return;
+    QPalette own;
+    own.setColor(QPalette::Base, fill);
     control.setPalette(own);
 }
 

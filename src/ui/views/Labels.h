@@ -29,6 +29,10 @@ bool isDark(const QPalette& palette);
 /// be called again when the palette changes.
 void applyPlaceholderColour(QWidget& control);
 
+/// Keeps the boxes and circles of a control to be seen where a dark desktop fills and outlines them in shades
+/// of its background. To be called again when the palette changes.
+void applyIndicatorColour(QWidget& control);
+
 /// A text that wraps, in plain letters: what looks like markup is shown as it is.
 class Label : public QLabel {
   public:

@@ -8,9 +8,12 @@ Needs a desktop of its own with sound (tests/support/desktop) in a world of its 
 import json
 import os
 import pathlib
+import shutil
 import subprocess
+import tempfile
 
 import windows
+from strict_display import StrictDisplay
 from windows import MODELS, WindowsTest, key, models_folder, provide_models, settings, store, wait_for
 
 BEST = "ggml-large-v3-turbo-q8_0.bin"
@@ -191,6 +194,51 @@ class DownloadTest(FirstRunTest):
         self.program.wait("50%  ·  3 / 6 MB")
         self.program.end()
         self.assertEqual(os.listdir(models_folder()), [])
+
+
+class PermissionTest(FirstRunTest):
+    """Permissions that are not there at first. What would be opened for them is only noted."""
+
+    def setUp(self):
+        super().setUp()
+        provide_models(BEST, FULL)
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, self.folder)
+        opener = self.folder / "xdg-open"
+        opener.write_text(f'#!/bin/sh\necho "$1" > "{self.folder}/opened"\n')
+        opener.chmod(0o755)
+
+    def start_and_go_to(self, page, **environment):
+        self.start(PATH=f"{self.folder}:{os.environ['PATH']}", **environment)
+        self.go_to_download()
+        for title in (DOWNLOAD, MICROPHONE[0], ACCESSIBILITY[0]):
+            self.program.wait(title)
+            if title == page:
+                return
+            self.go_on()
+
+    def test_the_microphone_is_asked_for(self):
+        sound = self.folder / "sound"
+        self.start_and_go_to(MICROPHONE[0], PULSE_SERVER=f"unix:{sound}")
+        self.program.press("Consenti microfono")
+        self.program.wait_for_words(*MICROPHONE)
+        sound.symlink_to(pathlib.Path(os.environ["XDG_RUNTIME_DIR"], "pulse", "native"))
+        self.program.press("Consenti microfono")
+        self.program.wait_for_words(*MICROPHONE, GRANTED)
+        self.assertIsNone(self.program.find("Consenti microfono"))
+
+    def test_the_accessibility_page_turns_by_itself(self):
+        display = StrictDisplay()
+        self.addCleanup(display.end)
+        self.start_and_go_to(ACCESSIBILITY[0], DISPLAY=display.name)
+        self.program.press("Apri Impostazioni")
+        opened = self.folder / "opened"
+        wait_for("the help page", lambda: opened.exists() and opened.read_text())
+        self.assertRegex(opened.read_text(), r"^file:///.*/help/accessibilita\.html$")
+        self.program.wait_for_words(*ACCESSIBILITY)
+        display.allow_typing()
+        self.program.wait_for_words(*ACCESSIBILITY, GRANTED)
+        self.assertIsNone(self.program.find("Apri Impostazioni"))
 
 
 class KeyboardTest(FirstRunTest):

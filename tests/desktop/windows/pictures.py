@@ -258,10 +258,22 @@ def feedback_window():
         session.picture("feedback-4-thanks", window)
 
 
+def move_home():
+    """To a folder that may be shown, where this world lets us have one."""
+    if subprocess.run(["mount", "-n", "-t", "tmpfs", "tmpfs", "/home"], check=False).returncode != 0:
+        return
+    home = "/home/giulia"
+    os.environ.update(HOME=home, XDG_CONFIG_HOME=f"{home}/.config", XDG_DATA_HOME=f"{home}/.local/share",
+                      XDG_STATE_HOME=f"{home}/.local/state", XDG_CACHE_HOME=f"{home}/.cache")
+    os.makedirs(home)
+
+
 def main():
     windows.PROGRAM = PARLIVO
     # A row under the pointer looks chosen.
     subprocess.run(["xdotool", "mousemove", "0", "0"], check=True)
+    if MANNER != "refused":  # whose pages show no folder
+        move_home()
     if MANNER == "dark":
         pathlib.Path(os.environ["XDG_CONFIG_HOME"]).mkdir(parents=True, exist_ok=True)
         pathlib.Path(os.environ["XDG_CONFIG_HOME"], "kdeglobals").write_text(DARK)
