@@ -16,6 +16,7 @@ class TypingPlatform : public Platform {
   public:
     AudioInput& audioInput() override { return others_.audioInput(); }
     Bundle& bundle() override { return others_.bundle(); }
+    BundleTools& bundleTools() override { return others_.bundleTools(); }
     Directories& directories() override { return others_.directories(); }
     HotKeyService& hotKeys() override { return others_.hotKeys(); }
     KeyboardSynthesizer& keyboard() override { return keyboard_; }
