@@ -1,4 +1,6 @@
 #include "input/Injector.h"
+#include "platform/linux/x11/KeyEvents.h"
+#include "platform/linux/x11/KeySymbols.h"
 #include "support/Keyboard.h"
 #include "support/KeyboardMap.h"
 #include "support/Pipeline.h"
@@ -218,6 +220,17 @@ TEST_F(TypingTest, AModifierThatAnotherTypingProgramLeftDownDoesNoHarm) {
     startProgram();
     type(QStringLiteral("Disse “Sì”"));
     EXPECT_TRUE(receiver.waitForText(QStringLiteral("Disse “Sì”"))) << shown(receiver);
+}
+
+TEST_F(TypingTest, ComingAfterTheUsersKeyboardIsNotTakenForANewMap) {
+    const auto keyboard = x11::X11Keyboard::open();
+    x11::SymbolKeys keys(*keyboard);
+    for (int text = 0; text < 2; ++text) {
+        user_.tap(Key::leftShift);
+        const auto source = x11::KeyEvents::make(*keyboard, keys, x11::keySymbols(u"così"));
+        keyboard->sync();
+        EXPECT_FALSE(keyboard->mapChanged()) << "the first key would wait until the map is quiet";
+    }
 }
 
 TEST_F(TypingTest, FollowsTheLayoutInForceFromTextToText) {

@@ -31,8 +31,11 @@ std::unique_ptr<KeyEventSource> KeyEvents::make(X11Keyboard& keyboard, SymbolKey
                                                 std::vector<KeySymbol> symbols) {
     // The truce comes first: a modifier that is still held may be the one that chooses the layout.
     std::unique_ptr<KeyEvents> events(new KeyEvents(keyboard, keys, std::move(symbols)));
-    if (!keys.makeReady(events->symbols_)) return nullptr;
+    if (!keys.refresh()) return nullptr;
     events->letGoOfShift();
+    // Read only now: the first key that comes from XTEST's keyboard after the user's makes the server tell of
+    // a new map, which would hold the text up until the map is quiet.
+    if (!keys.makeReady(events->symbols_)) return nullptr;
     return events;
 }
 
