@@ -130,7 +130,7 @@ void measureExchange(Table& table) {
 
 int run() {
     FakePlatform& platform = FakePlatform::install();
-    Table table("the engines' clients");
+    Table table("The engines' clients");
     measurePrompt(table, platform);
     measureExchange(table);
     measureRequests(table);

@@ -275,7 +275,7 @@ int measureMicrophone(const std::string& server) {
     constexpr int rounds = 30;
     const QTemporaryDir folder;
     const auto path = [&](int round) { return folder.filePath(QStringLiteral("%1.caf").arg(round)); };
-    Table table(("The microphone of " + server).c_str());
+    Table table("The microphone of " + server);
     Samples toStarted;
     Samples toFirstSample;
     Samples toClosed;

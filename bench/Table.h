@@ -17,6 +17,7 @@ class Samples {
     explicit Samples(std::size_t expected = 64) { values_.reserve(expected); }
 
     void add(double value) { values_.push_back(value); }
+    bool empty() const { return values_.empty(); }
     double median() const { return quantile(0.5); }
     double quantile(double share) const {
         auto sorted = values_;
@@ -29,22 +30,26 @@ class Samples {
     std::vector<double> values_;
 };
 
-/// The table that a benchmark prints: what, its target, its median, the value that 95 % stay below, and
-/// whether the median meets the target.
+/// The Markdown table that a benchmark prints: what, its target, its median, the value that 95 % stay below,
+/// and whether the median meets the target; where there is a rival, also its median and how many times ours
+/// it is.
 class Table {
   public:
-    explicit Table(const char* title) {
-        std::printf("\n%-58s %10s %10s %10s\n", title, "target", "median", "p95");
+    explicit Table(const std::string& title, std::string rival = {}) : rival_(std::move(rival)) {
+        std::printf("\n### %s\n\n| what | target | median | p95 |", title.c_str());
+        if (!rival_.empty()) std::printf(" %s | %s / ours |", rival_.c_str(), rival_.c_str());
+        std::printf(" verdict |\n|---|---:|---:|---:|%s---|\n", rival_.empty() ? "" : "---:|---:|");
+        std::fflush(stdout);
     }
 
     /// `target` is the largest good value; without one the row is for information.
-    void row(const std::string& what, const char* unit, const Samples& samples,
-             std::optional<double> target) {
-        const bool missed = target && samples.median() > *target;
-        missed_ = missed_ || missed;
-        std::printf("%-58s %10s %10s %10s %s\n", what.c_str(),
-                    target ? ("<= " + number(*target)).c_str() : "", number(samples.median()).c_str(),
-                    (number(samples.quantile(0.95)) + " " + unit).c_str(), missed ? "MISSED" : "");
+    void row(const std::string& what, const std::string& unit, const Samples& samples,
+             std::optional<double> target, const Samples& rival = Samples(0)) {
+        std::printf("| %s | %s | %s | %s |", what.c_str(),
+                    target ? ("≤ " + quantity(*target, unit)).c_str() : "",
+                    quantity(samples.median(), unit).c_str(), quantity(samples.quantile(0.95), unit).c_str());
+        if (!rival_.empty()) printRival(unit, samples, rival);
+        std::printf(" %s |\n", verdict(samples, target));
         std::fflush(stdout);
     }
 
@@ -52,12 +57,30 @@ class Table {
     int status() const { return missed_ ? 1 : 0; }
 
   private:
-    static std::string number(double value) {
+    static std::string quantity(double value, const std::string& unit) {
         std::string text(32, '\0');
-        text.resize(static_cast<std::size_t>(std::snprintf(text.data(), text.size(), "%.4g", value)));
-        return text;
+        text.resize(static_cast<std::size_t>(std::snprintf(text.data(), text.size(), "%.3g", value)));
+        if (std::abs(value) >= 1'000) text = std::to_string(std::llround(value));
+        return unit.empty() ? text : text + ' ' + unit;
     }
 
+    static void printRival(const std::string& unit, const Samples& samples, const Samples& rival) {
+        // Of numbers around nothing there is no ratio.
+        const bool comparable = !rival.empty() && rival.median() > 0 && samples.median() > 0;
+        std::printf(" %s | %s |", rival.empty() ? "" : quantity(rival.median(), unit).c_str(),
+                    comparable ? quantity(rival.median() / samples.median(), "").c_str() : "");
+    }
+
+    const char* verdict(const Samples& samples, std::optional<double> target) {
+        if (!target) return "";
+        if (samples.median() > *target) {
+            missed_ = true;
+            return "**missed**";
+        }
+        return samples.quantile(0.95) > *target ? "met, not by p95" : "met";
+    }
+
+    std::string rival_;
     bool missed_ = false;
 };
 

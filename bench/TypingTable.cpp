@@ -2,9 +2,10 @@
 /// the pace. Prints Markdown; the exit status is 0 if Parlivo made no error, kept its pace within 2 % and
 /// left the keyboard map as it was.
 ///
-/// usage: typing_table [CHARACTERS]     characters per cell of the table (default 1700)
+/// usage: typing_table [OPTION]...     see --help
 
 #include "Alignment.h"
+#include "Typists.h"
 #include "input/Injector.h"
 #include "platform/linux/x11/X11HotKeyService.h"
 #include "support/Keyboard.h"
@@ -15,14 +16,13 @@
 #include "support/TypingPlatform.h"
 
 #include <QApplication>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
+#include <QCommandLineParser>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <optional>
+#include <exception>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -55,73 +55,10 @@ QString textOf(qsizetype characters, unsigned seed) {
     return Text::firstCharacters(text, characters - 1) + QLatin1Char('.');
 }
 
-QString asReceived(QString text) {
-    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-}
-
 std::u32string codePoints(const QString& text) {
     const auto points = text.toUcs4();
     return {points.begin(), points.end()};
 }
-
-/// One of the two that are compared.
-class Typist {
-  public:
-    virtual ~Typist() = default;
-    virtual const char* name() const = 0;
-    /// Starts typing and tells whether it is over.
-    virtual void start(const QString& text) = 0;
-    virtual bool isDone() = 0;
-};
-
-class Parlivo : public Typist {
-  public:
-    Parlivo() {
-        pipeline_.run([] { Platform::current().keyboard().prepare(); });
-    }
-    const char* name() const override { return "Parlivo"; }
-    void start(const QString& text) override {
-        pipeline_.start([text] { Injector::typeText(text); });
-    }
-    bool isDone() override { return pipeline_.isDone(); }
-
-  private:
-    TypingProgram program_;
-    Pipeline pipeline_;
-};
-
-class Xdotool : public Typist {
-  public:
-    Xdotool() = default;
-    ~Xdotool() override { letGoOfModifiers(); }
-    Xdotool(const Xdotool&) = delete;
-    Xdotool& operator=(const Xdotool&) = delete;
-
-    const char* name() const override { return "xdotool"; }
-    void start(const QString& text) override {
-        QFile file(folder_.filePath(QStringLiteral("text")));
-        if (!file.open(QIODevice::WriteOnly)) qFatal("no temporary file");
-        file.write(asReceived(text).toUtf8());
-        file.close();
-        // The pace nearest to Parlivo's 285 characters a second that is not faster: about 266 of them.
-        process_.start(QStringLiteral("xdotool"),
-                       {QStringLiteral("type"), QStringLiteral("--clearmodifiers"), QStringLiteral("--delay"),
-                        QStringLiteral("7"), QStringLiteral("--file"), file.fileName()});
-        if (!process_.waitForStarted()) qFatal("xdotool does not start");
-    }
-    bool isDone() override { return process_.state() == QProcess::NotRunning; }
-
-  private:
-    /// It presses again what the user has let go of, and leaves it down.
-    static void letGoOfModifiers() {
-        Keyboard keyboard(Keyboard::Device::Synthetic);
-        for (const auto key : {Key::leftAlt, Key::leftControl, Key::leftShift, Key::leftSuper})
-            keyboard.tap(key);
-    }
-
-    QTemporaryDir folder_;
-    QProcess process_;
-};
 
 struct Result {
     Differences differences;
@@ -135,6 +72,20 @@ struct Result {
         return *this;
     }
 };
+
+/// An application to type into. On a desk where dozens come and go, one that does not come up is given up and
+/// started anew.
+std::unique_ptr<Receiver> openReceiver(Receiver::Kind kind) {
+    constexpr int attempts = 3;
+    for (int attempt = 1;; ++attempt) {
+        try {
+            return std::make_unique<Receiver>(kind);
+        } catch (const std::exception& failure) {
+            std::fprintf(stderr, "typing_table: %s\n", failure.what());
+            if (attempt == attempts) throw;
+        }
+    }
+}
 
 /// Until the receiver holds what was meant, or nothing more comes.
 void settle(const Receiver& receiver, const QString& meant) {
@@ -189,7 +140,7 @@ class User {
 };
 
 Result typeAll(Typist& typist, Receiver::Kind kind, Condition condition, const std::vector<QString>& texts) {
-    const Receiver receiver(kind);
+    const auto receiver = openReceiver(kind);
     User user(condition);
     Result result;
     QString meant;
@@ -200,13 +151,14 @@ Result typeAll(Typist& typist, Receiver::Kind kind, Condition condition, const s
         result.seconds += std::chrono::duration<double>(Clock::now() - before).count();
         result.characters += Text::countCharacters(text);
         meant += asReceived(text);
-        settle(receiver, meant);
+        settle(*receiver, meant);
     }
-    result.differences = differences(codePoints(meant), codePoints(receiver.text()));
+    result.differences = differences(codePoints(meant), codePoints(receiver->text()));
     return result;
 }
 
 std::string cellsOf(const Result& result) {
+    if (result.characters == 0) return " | ";
     const auto& d = result.differences;
     return std::to_string(d.wrong) + " / " + std::to_string(d.lost) + " / " + std::to_string(d.doubled) +
            " | " + std::to_string(static_cast<long>(static_cast<double>(result.characters) / result.seconds));
@@ -224,50 +176,88 @@ const char* nameOf(Condition condition) {
     return "";
 }
 
+/// What the table is about.
+struct Scope {
+    qsizetype charactersPerCell = 1700;
+    QStringList receivers;  ///< by name; all for none
+    QStringList layouts{QStringLiteral("us"), QStringLiteral("it"), QStringLiteral("de")};
+    bool againstXdotool = true;
+
+    bool covers(Receiver::Kind kind) const {
+        return receivers.isEmpty() ||
+               receivers.contains(QString::fromStdString(desktop::nameOf(kind)), Qt::CaseInsensitive);
+    }
+};
+
 /// Both typists, one after the other. Returns Parlivo's result and xdotool's.
-std::array<Result, 2> compare(Receiver::Kind kind, const char* layout, Condition condition,
-                              const std::vector<QString>& texts) {
+std::array<Result, 2> compare(const Scope& scope, Receiver::Kind kind, const QString& layout,
+                              Condition condition) {
+    const qsizetype half = scope.charactersPerCell / 2;
+    const std::vector texts{textOf(half, 1), textOf(half, 2)};
     std::array<Result, 2> results;
     {
-        Keyboard::setLayout(layout);
+        Keyboard::setLayout(layout.toLatin1());
         Parlivo parlivo;
         results[0] = typeAll(parlivo, kind, condition, texts);
     }
-    Keyboard::setLayout(layout);
+    if (!scope.againstXdotool) return results;
+    Keyboard::setLayout(layout.toLatin1());
     Xdotool xdotool;
     results[1] = typeAll(xdotool, kind, condition, texts);
     return results;
 }
 
+/// The table, line by line as it comes about.
+class Report {
+  public:
+    Report() {
+        std::printf(
+            "| receiver | layout | | characters | Parlivo: wrong / lost / doubled | a second | "
+            "xdotool: wrong / lost / doubled | a second |\n|---|---|---|---:|---:|---:|---:|---:|\n");
+    }
+
+    void add(const std::string& cell, const std::array<Result, 2>& results) {
+        print(cell, results);
+        for (std::size_t i = 0; i < total_.size(); ++i) total_.at(i) += results.at(i);
+    }
+
+    /// Returns Parlivo's errors.
+    std::size_t conclude() {
+        print("**all** | |", total_);
+        return total_[0].differences.sum();
+    }
+
+  private:
+    static void print(const std::string& cell, const std::array<Result, 2>& results) {
+        std::printf("| %s | %lld | %s | %s |\n", cell.c_str(), static_cast<long long>(results[0].characters),
+                    cellsOf(results[0]).c_str(), cellsOf(results[1]).c_str());
+        std::fflush(stdout);
+    }
+
+    std::array<Result, 2> total_;
+};
+
 /// Returns Parlivo's errors.
-std::size_t printTable(qsizetype charactersPerCell) {
-    std::printf(
-        "| receiver | layout | | characters | Parlivo: wrong / lost / doubled | a second | "
-        "xdotool: wrong / lost / doubled | a second |\n|---|---|---|---:|---:|---:|---:|---:|\n");
-    std::array<Result, 2> total;
+std::size_t printTable(const Scope& scope) {
+    Report report;
     for (const auto kind :
          {Receiver::Kind::Xterm, Receiver::Kind::Gtk3, Receiver::Kind::Qt, Receiver::Kind::Chromium}) {
-        for (const char* layout : {"us", "it", "de"}) {
+        if (!scope.covers(kind)) continue;
+        for (const QString& layout : scope.layouts) {
             for (const auto condition : {Condition::Plain, Condition::CapsLock, Condition::HeldLate}) {
-                const std::vector texts{textOf(charactersPerCell / 2, 1), textOf(charactersPerCell / 2, 2)};
-                const auto results = compare(kind, layout, condition, texts);
-                std::printf("| %s | %s | %s | %lld | %s | %s |\n", desktop::nameOf(kind).c_str(), layout,
-                            nameOf(condition), static_cast<long long>(results[0].characters),
-                            cellsOf(results[0]).c_str(), cellsOf(results[1]).c_str());
-                std::fflush(stdout);
-                for (std::size_t i = 0; i < total.size(); ++i) total.at(i) += results.at(i);
+                const std::string cell =
+                    desktop::nameOf(kind) + " | " + layout.toStdString() + " | " + nameOf(condition);
+                report.add(cell, compare(scope, kind, layout, condition));
             }
         }
     }
-    std::printf("| **all** | | | %lld | %s | %s |\n", static_cast<long long>(total[0].characters),
-                cellsOf(total[0]).c_str(), cellsOf(total[1]).c_str());
-    return total[0].differences.sum();
+    return report.conclude();
 }
 
 /// How far from pause × characters, in per cent, the worst of several texts was.
 double paceError(const char* speed, std::chrono::microseconds pause, qsizetype characters) {
     constexpr int rounds = 3;
-    const Receiver receiver(Receiver::Kind::Xterm);
+    const auto receiver = openReceiver(Receiver::Kind::Xterm);
     Pipeline pipeline;
     Platform::current().userDefaults().setValue(QStringLiteral("typingSpeed"), QString::fromLatin1(speed));
     const QString text =
@@ -299,10 +289,10 @@ bool printPace() {
     return fast <= allowed && natural <= allowed;
 }
 
-int run(qsizetype charactersPerCell) {
+int run(const Scope& scope) {
     Keyboard::setLayout("us");
     const QByteArray mapBefore = keyboardMap();
-    const std::size_t errors = printTable(charactersPerCell);
+    const std::size_t errors = printTable(scope);
     const bool inPace = printPace();
     Keyboard::setLayout("us");
     const bool sameMap = !mapBefore.isEmpty() && keyboardMap() == mapBefore;
@@ -310,11 +300,38 @@ int run(qsizetype charactersPerCell) {
     return errors == 0 && inPace && sameMap ? 0 : 1;
 }
 
+Scope scopeOf(const QStringList& arguments) {
+    Scope scope;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Counts what goes wrong while texts are typed."));
+    parser.addHelpOption();
+    const QCommandLineOption characters(QStringLiteral("characters"),
+                                        QStringLiteral("In each cell of the table (default 1700)."),
+                                        QStringLiteral("N"), QString::number(scope.charactersPerCell));
+    const QCommandLineOption only(QStringLiteral("only"),
+                                  QStringLiteral("Only this receiver: Xterm, Gtk3, Qt or Chromium."),
+                                  QStringLiteral("RECEIVER"));
+    const QCommandLineOption layout(QStringLiteral("layout"), QStringLiteral("Only this layout."),
+                                    QStringLiteral("LAYOUT"));
+    const QCommandLineOption alone(QStringLiteral("alone"), QStringLiteral("Leave xdotool out."));
+    parser.addOptions({characters, only, layout, alone});
+    parser.process(arguments);
+    scope.charactersPerCell = parser.value(characters).toLongLong();
+    scope.receivers = parser.values(only);
+    if (parser.isSet(layout)) scope.layouts = parser.values(layout);
+    scope.againstXdotool = !parser.isSet(alone);
+    return scope;
+}
+
 }  // namespace
 }  // namespace parlivo::bench
 
 int main(int argc, char** argv) {
     const QApplication application(argc, argv);
-    const qsizetype charactersPerCell = argc > 1 ? QByteArray(argv[1]).toLongLong() : 1700;
-    return parlivo::bench::run(charactersPerCell);
+    try {
+        return parlivo::bench::run(parlivo::bench::scopeOf(QApplication::arguments()));
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "typing_table: %s\n", failure.what());
+        return 2;
+    }
 }
