@@ -212,7 +212,7 @@ class Report {
   public:
     Report() {
         std::printf(
-            "| receiver | layout | | characters | Parlivo: wrong / lost / doubled | a second | "
+            "\n| receiver | layout | | characters | Parlivo: wrong / lost / doubled | a second | "
             "xdotool: wrong / lost / doubled | a second |\n|---|---|---|---:|---:|---:|---:|---:|\n");
     }
 

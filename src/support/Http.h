@@ -29,12 +29,6 @@ struct HttpRequest {
         Refuse,  ///< the redirection itself is the reply
     };
     Redirects redirects = Redirects::Follow;
-
-    enum class Connection {
-        Kept,  ///< one that an earlier request left open may serve again
-        Own,   ///< a fresh one, closed afterwards
-    };
-    Connection connection = Connection::Kept;
 };
 
 struct HttpReply {

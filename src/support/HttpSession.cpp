@@ -1,6 +1,7 @@
 #include "support/HttpSession.h"
 
 #include "support/Clock.h"
+#include "support/HttpConversation.h"
 
 #include <QHostAddress>
 #include <QIODevice>
@@ -18,6 +19,9 @@
 namespace parlivo {
 
 namespace {
+
+/// A server that sends faster than its reply is read has to wait.
+constexpr qint64 readAhead = 1 << 20;
 
 std::unique_ptr<HttpSession>& sharedSlot() {
     static std::unique_ptr<HttpSession> session;
@@ -74,7 +78,6 @@ QNetworkRequest toQt(const HttpRequest& request) {
     if (request.redirects == HttpRequest::Redirects::Refuse) {
         result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     }
-    if (request.connection == HttpRequest::Connection::Own) result.setRawHeader("Connection", "close");
     // 0 would mean no limit.
     const auto timeout = std::max(Clock::scaled(request.timeout), std::chrono::milliseconds(1));
     result.setTransferTimeout(static_cast<int>(timeout.count()));
@@ -112,7 +115,7 @@ void conclude(const QNetworkReply& reply, HttpReply& result) {
 
 // Of the network thread alone.
 struct HttpSession::Ticket {
-    QPointer<QNetworkReply> reply;
+    QPointer<HttpConversation> conversation;
     bool calledOff = false;
 };
 
@@ -134,11 +137,8 @@ HttpSession::HttpSession() {
         manager_ = new QNetworkAccessManager(this);
         manager_->setProxyFactory(new LoopbackAwareProxies);
     });
-    // Here and not in the destructor: managers and their replies belong to the network thread.
-    connect(&thread_, &QThread::finished, this, [this] {
-        const auto managers = findChildren<QNetworkAccessManager*>(Qt::FindDirectChildrenOnly);
-        qDeleteAll(managers);
-    });
+    // Here and not in the destructor: the manager and the conversations belong to the network thread.
+    connect(&thread_, &QThread::finished, this, [this] { qDeleteAll(QObjectList(children())); });
     thread_.start();
 }
 
@@ -149,31 +149,29 @@ HttpSession::~HttpSession() {
 
 void HttpSession::send(HttpRequest request, Completion completion) {
     post([this, request = std::move(request), completion = std::move(completion)] {
-        begin(request, completion, std::make_shared<Ticket>());
+        begin(request, completion);
     });
 }
 
 std::optional<HttpReply> HttpSession::exchange(HttpRequest request, std::chrono::milliseconds limit) {
     struct Box {
-        HttpReply reply;
+        std::optional<HttpReply> reply;
         Clock::Signal arrived;
     };
     const Clock::Deadline deadline(limit);
-    request.connection = HttpRequest::Connection::Own;
-    request.redirects = HttpRequest::Redirects::Refuse;
     auto box = std::make_shared<Box>();
     auto ticket = std::make_shared<Ticket>();
-    const auto completion = [box](const HttpReply& reply) {
-        box->reply = reply;
+    const auto completion = [box](std::optional<HttpReply> reply) {
+        box->reply = std::move(reply);
         box->arrived.raise();
     };
-    post([this, request = std::move(request), completion, ticket] { begin(request, completion, ticket); });
-    if (box->arrived.waitUntil(deadline.end())) {
-        return box->reply.complete() ? std::optional(std::move(box->reply)) : std::nullopt;
-    }
+    post([this, request = std::move(request), completion, ticket] {
+        if (!ticket->calledOff) ticket->conversation = new HttpConversation(request, completion, this);
+    });
+    if (box->arrived.waitUntil(deadline.end())) return std::move(box->reply);
     post([ticket] {
         ticket->calledOff = true;
-        if (ticket->reply) ticket->reply->abort();
+        delete ticket->conversation;
     });
     return std::nullopt;
 }
@@ -188,27 +186,19 @@ bool HttpSession::isTransportError(QNetworkReply::NetworkError error) {
            error == QNetworkReply::ProtocolUnknownError || error == QNetworkReply::ProtocolFailure;
 }
 
-void HttpSession::begin(const HttpRequest& request, const Completion& completion,
-                        const std::shared_ptr<Ticket>& ticket) {
-    if (ticket->calledOff) return;
-    // Only a manager of its own surely opens a connection of its own: another's may be closing under the
-    // request.
-    const bool own = request.connection == HttpRequest::Connection::Own;
-    QNetworkAccessManager* manager = own ? new QNetworkAccessManager(this) : manager_;
-    if (own) manager->setProxyFactory(new LoopbackAwareProxies);
-    QNetworkReply* reply = start(*manager, request);
-    ticket->reply = reply;
+void HttpSession::begin(const HttpRequest& request, const Completion& completion) {
+    QNetworkReply* reply = start(*manager_, request);
+    reply->setReadBufferSize(readAhead);
     auto result = std::make_shared<HttpReply>();
     const auto take = [reply, result, limit = request.maximumReplySize] {
         if (reply->isOpen()) gather(*reply, *result, limit);
     };
     connect(reply, &QNetworkReply::readyRead, reply, take);
-    connect(reply, &QNetworkReply::finished, reply, [this, manager, reply, result, take, completion] {
+    connect(reply, &QNetworkReply::finished, reply, [reply, result, take, completion] {
         take();
         conclude(*reply, *result);
         completion(*result);
         reply->deleteLater();
-        if (manager != manager_) manager->deleteLater();
     });
 }
 

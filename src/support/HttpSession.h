@@ -35,9 +35,8 @@ class HttpSession : private LoopJobs {
     /// Nothing when no whole reply came: refused, cut off, too late, too long, or the program ended; the
     /// request is then called off. Not on the main thread, not on the network thread.
     ///
-    /// The request goes over a connection of its own: on a kept one the system holds the end of a recording
-    /// back until its beginning is acknowledged, which takes 40 ms. A redirection, which could lead away from
-    /// this machine, is not followed.
+    /// The request goes over a connection of its own. A redirection, which could lead away from this machine,
+    /// is not followed.
     std::optional<HttpReply> exchange(HttpRequest request, std::chrono::milliseconds limit);
 
     /// Runs `job` on the network thread with the manager of all its requests, for what needs more of it than
@@ -54,8 +53,7 @@ class HttpSession : private LoopJobs {
     HttpSession();
     /// A way for a waiting thread to call its request off.
     struct Ticket;
-    void begin(const HttpRequest& request, const Completion& completion,
-               const std::shared_ptr<Ticket>& ticket);
+    void begin(const HttpRequest& request, const Completion& completion);
 
     QThread thread_;
     // Lives on the network thread.

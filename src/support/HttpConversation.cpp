@@ -1,0 +1,80 @@
+#include "support/HttpConversation.h"
+
+#include "support/Clock.h"
+
+#include <QNetworkProxy>
+
+#include <algorithm>
+#include <utility>
+
+namespace parlivo {
+
+namespace {
+
+using Progress = HttpResponseReader::Progress;
+
+/// A server that sends faster than its reply is read has to wait.
+constexpr qint64 readAhead = 1 << 20;
+
+constexpr int httpPort = 80;
+
+/// The request as it is sent (RFC 9112).
+QByteArray messageOf(const HttpRequest& request) {
+    const QUrl target =
+        request.url.adjusted(QUrl::RemoveScheme | QUrl::RemoveAuthority | QUrl::RemoveFragment);
+    QByteArray message = request.method + ' ' + (target.isEmpty() ? "/" : target.toEncoded()) +
+                         " HTTP/1.1\r\nHost: " + request.url.authority(QUrl::FullyEncoded).toLatin1() +
+                         "\r\nUser-Agent: Parlivo\r\nConnection: close\r\n";
+    for (const auto& [name, value] : request.headers) message += name + ": " + value + "\r\n";
+    if (!request.body.isEmpty()) {
+        message += "Content-Length: " + QByteArray::number(request.body.size()) + "\r\n";
+    }
+    message.reserve(message.size() + 2 + request.body.size());
+    return (message += "\r\n") += request.body;
+}
+
+}  // namespace
+
+HttpConversation::HttpConversation(const HttpRequest& request, Completion completion, QObject* parent)
+    : QObject(parent), reader_(request.maximumReplySize), completion_(std::move(completion)) {
+    silence_.setSingleShot(true);
+    silence_.setInterval(std::max(Clock::scaled(request.timeout), std::chrono::milliseconds(1)));
+    silence_.callOnTimeout(this, [this] { finish(Progress::Broken); });
+    connect(&socket_, &QTcpSocket::connected, this, [this, message = messageOf(request)] { speak(message); });
+    connect(&socket_, &QTcpSocket::bytesWritten, &silence_, qOverload<>(&QTimer::start));
+    connect(&socket_, &QTcpSocket::readyRead, this, &HttpConversation::listen);
+    // The peer's hanging up is an error to Qt, too.
+    connect(&socket_, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError error) {
+        listen();
+        finish(error == QAbstractSocket::RemoteHostClosedError ? reader_.end() : Progress::Broken);
+    });
+    socket_.setProxy(QNetworkProxy::NoProxy);
+    socket_.setReadBufferSize(readAhead);
+    silence_.start();
+    socket_.connectToHost(request.url.host(), static_cast<quint16>(request.url.port(httpPort)));
+}
+
+void HttpConversation::speak(const QByteArray& message) {
+    socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    socket_.write(message);
+    silence_.start();
+}
+
+void HttpConversation::listen() {
+    silence_.start();
+    finish(reader_.take(socket_.readAll()));
+}
+
+void HttpConversation::finish(Progress progress) {
+    if (progress == Progress::More || !completion_) return;
+    silence_.stop();
+    socket_.disconnect(this);
+    socket_.abort();
+    const auto completion = std::exchange(completion_, nullptr);
+    deleteLater();
+    completion(progress == Progress::Whole
+                   ? std::optional(HttpReply{reader_.status(), reader_.body(), std::nullopt})
+                   : std::nullopt);
+}
+
+}  // namespace parlivo
