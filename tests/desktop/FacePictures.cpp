@@ -140,11 +140,9 @@ class Studio {
         std::printf("%s\n", qPrintable(file));
     }
 
-    /// The part of the screen, given in points.
-    QImage picture(const QRect& area) const {
-        return screen_.picture({area.topLeft() * scale_, area.size() * scale_});
-    }
     QRect inPixels(const QRect& area) const { return {area.topLeft() * scale_, area.size() * scale_}; }
+    /// The part of the screen, given in points.
+    QImage picture(const QRect& area) const { return screen_.picture(inPixels(area)); }
 
     /// The icon in every state, and the menu open.
     void takeStatusItem(Panel panel) {
