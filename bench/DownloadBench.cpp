@@ -50,17 +50,7 @@ void require(bool condition, const char* what) {
 class Server {
   public:
     /// In a process of its own, so that its memory and time are not ours. Before any thread is started.
-    Server() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        auto* generic = reinterpret_cast<sockaddr*>(&address);
-        require(bind(listener_, generic, size) == 0 && listen(listener_, 8) == 0 &&
-                    getsockname(listener_, generic, &size) == 0,
-                "no port for the server");
-        port_ = ntohs(address.sin_port);
-        process_ = fork();
+    Server() : listener_(listenAnywhere()), port_(portOf(listener_)), process_(fork()) {
         require(process_ >= 0, "no process for the server");
         if (process_ == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -77,6 +67,23 @@ class Server {
     QString url() const { return QStringLiteral("http://127.0.0.1:%1/modello.bin").arg(port_); }
 
   private:
+    static int listenAnywhere() {
+        const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        const bool bound = bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+                           listen(listener, 8) == 0;
+        require(bound, "no port for the server");
+        return listener;
+    }
+    static int portOf(int listener) {
+        sockaddr_in address{};
+        socklen_t size = sizeof address;
+        getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+        return ntohs(address.sin_port);
+    }
+
     [[noreturn]] void serve() const {
         const std::string head =
             "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " + std::to_string(fileSize) +
@@ -100,8 +107,8 @@ class Server {
     }
 
     const int listener_;
-    int port_ = 0;
-    pid_t process_ = 0;
+    const int port_;
+    const pid_t process_;
 };
 
 double residentMegabytes() {

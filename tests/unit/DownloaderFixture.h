@@ -18,7 +18,7 @@ namespace parlivo::downloads {
 using namespace Qt::StringLiterals;
 
 inline constexpr qint64 fileSize = 3'000'000;
-inline constexpr int percent = fileSize / 100;
+inline constexpr qint64 percent = fileSize / 100;
 inline const QString fileName = u"modello.bin"_s;
 inline const QByteArray path = "/repo/resolve/main/modello.bin";
 

@@ -22,7 +22,7 @@ TEST_F(DownloaderTest, TheFileArrivesWholeAndIsLogged) {
 }
 
 /// Where the connection breaks, in bytes of the body.
-class CutConnection : public DownloaderTest, public testing::WithParamInterface<int> {};
+class CutConnection : public DownloaderTest, public testing::WithParamInterface<qint64> {};
 
 TEST_P(CutConnection, IsTriedAgainFromTheBeginning) {
     server.on(path, {cutAt(GetParam()), whole()});
@@ -47,7 +47,7 @@ TEST_P(CutConnection, WithoutALengthIsAnIncompleteFile) {
     expectRefused(u"Download incompleto (%1MB su 2MB)"_s.arg(GetParam() >> 20));
 }
 
-INSTANTIATE_TEST_SUITE_P(At, CutConnection, testing::Values(0, percent, 50 * percent, 99 * percent),
+INSTANTIATE_TEST_SUITE_P(At, CutConnection, testing::Values(qint64{0}, percent, 50 * percent, 99 * percent),
                          [](const auto& cut) { return std::to_string(cut.param / percent) + "Percent"; });
 
 TEST_F(DownloaderTest, ABrokenConnectionIsTriedAgainToo) {
