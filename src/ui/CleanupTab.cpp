@@ -90,7 +90,7 @@ std::optional<QStringList> CleanupTab::modelNames(const QByteArray& body) {
     if (!models.isArray()) return std::nullopt;
     QStringList names;
     const QJsonArray list = models.toArray();
-    for (const QJsonValue& model : list) {
+    for (const auto& model : list) {
         const QJsonValue name = model.toObject().value(u"name"_s);
         if (name.isString()) names.append(name.toString());
     }

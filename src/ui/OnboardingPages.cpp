@@ -178,6 +178,13 @@ void QualityPage::section(const QString& heading, const std::vector<ModelCatalog
 DownloadPage::DownloadPage(const std::function<void()>& retry, QWidget* parent) : CentredPage(parent) {
     title(u"Scarico i motori scelti"_s);
     gap(8);
+    addProgress();
+    addFailure(retry);
+    done_ = makeCheckLine(u"Tutto scaricato e verificato"_s, this);
+    add(done_);
+}
+
+void DownloadPage::addProgress() {
     running_ = new QWidget(this);
     label_ = new Label({}, TextStyle::Body, inkColour, running_);
     bar_ = makeProgressBar(running_);
@@ -189,7 +196,9 @@ DownloadPage::DownloadPage(const std::function<void()>& retry, QWidget* parent) 
          {static_cast<QWidget*>(label_), static_cast<QWidget*>(bar_), static_cast<QWidget*>(figures_)})
         lines->addWidget(line);
     add(running_);
+}
 
+void DownloadPage::addFailure(const std::function<void()>& retry) {
     failed_ = new QWidget(this);
     auto* failure = new QVBoxLayout(failed_);
     failure->setSpacing(14);
@@ -198,9 +207,6 @@ DownloadPage::DownloadPage(const std::function<void()>& retry, QWidget* parent) 
     failure->addWidget(error_);
     failure->addWidget(makeButton(u"Riprova"_s, retry, failed_), 0, Qt::AlignHCenter);
     add(failed_);
-
-    done_ = makeCheckLine(u"Tutto scaricato e verificato"_s, this);
-    add(done_);
 }
 
 void DownloadPage::show(const DownloadState& state) {

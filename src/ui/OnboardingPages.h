@@ -65,6 +65,9 @@ class DownloadPage : public CentredPage {
     void show(const DownloadState& state);
 
   private:
+    void addProgress();
+    void addFailure(const std::function<void()>& retry);
+
     QWidget* running_;
     Label* label_;
     QProgressBar* bar_;

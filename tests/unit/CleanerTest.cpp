@@ -10,6 +10,8 @@
 namespace parlivo {
 namespace {
 
+using namespace std::string_literals;
+
 using std::chrono::seconds;
 
 QString repeated(const QString& character, qsizetype count) {
@@ -217,7 +219,7 @@ TEST_F(CleanerTest, TheEndOfTheProgramEndsTheWait) {
 
 TEST_F(CleanerTest, WhateverIsAnsweredTheTextIsThatOrTheRawOne) {
     const std::u32string alphabet =
-        U"aè\"\"\"  \n\t\u0000\u001b\u0301👍🏽\u200d🇮🇹가\ufeff\u00a0{}\\";
+        U"aè\"\"\"  \n\t\u0000\u001b\u0301👍🏽\u200d🇮🇹가\ufeff\u00a0{}\\"s;
     std::mt19937 random(11);
     for (int round = 0; round < 200; ++round) {
         QString answer;

@@ -154,6 +154,7 @@ TEST_F(JsonUserDefaultsTest, RandomDamageNeverCrashesAndNeverLosesTheFile) {
 TEST_F(JsonUserDefaultsTest, ThreadsReadAndWriteTogether) {
     auto defaults = store();
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&defaults, t] {
             for (int i = 0; i < 25; ++i) {

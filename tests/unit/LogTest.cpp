@@ -37,6 +37,7 @@ TEST_F(LogTest, CallsFromManyThreadsGiveWholeLinesInCallOrder) {
     constexpr int threads = 8;
     constexpr int calls = 50;
     std::vector<std::thread> callers;
+    callers.reserve(threads);
     for (int t = 0; t < threads; ++t) {
         callers.emplace_back([t] {
             for (int i = 0; i < calls; ++i) Log::info(QStringLiteral("filo %1 riga %2").arg(t).arg(i));

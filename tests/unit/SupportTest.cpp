@@ -14,6 +14,8 @@
 namespace parlivo {
 namespace {
 
+using namespace std::string_literals;
+
 using std::chrono::hours;
 using std::chrono::milliseconds;
 
@@ -46,7 +48,7 @@ TEST(TextTest, CutsBetweenCharactersOnly) {
 TEST(TextTest, SplittingLosesNothingWhateverTheText) {
     std::mt19937 random(7);
     const std::u32string alphabet =
-        U"a\u0301\u200d👍🏽👨👩🇮🇹\r\n\t가각ᄀ\ufe0f❤\U000e0067\u0000\ud7ff";
+        U"a\u0301\u200d👍🏽👨👩🇮🇹\r\n\t가각ᄀ\ufe0f❤\U000e0067\u0000\ud7ff"s;
     for (int round = 0; round < 500; ++round) {
         QString text;
         for (int i = 0; i < 40; ++i) text += QString::fromUcs4(&alphabet[random() % alphabet.size()], 1);

@@ -23,7 +23,7 @@ constexpr double cornerRadius = 6;
 
 ChoiceRow::ChoiceRow(const QString& label, const QString& detail, PaletteColour unselectedColour,
                      QWidget* parent)
-    : QRadioButton(parent), unselectedColour_(std::move(unselectedColour)) {
+    : QRadioButton(parent), unselectedColour_(std::move(unselectedColour)), line_(new QHBoxLayout(this)) {
     setAccessibleName(label);
     setAccessibleDescription(detail);
     setAttribute(Qt::WA_Hover);
@@ -37,7 +37,6 @@ ChoiceRow::ChoiceRow(const QString& label, const QString& detail, PaletteColour 
         words->addWidget(part);
     }
     circle_ = new SymbolView(u"circle"_s, circleSize, unselectedColour_, this);
-    line_ = new QHBoxLayout(this);
     line_->setContentsMargins(6, 2, 6, 2);
     line_->setSpacing(10);
     line_->addWidget(circle_);
