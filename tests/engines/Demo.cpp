@@ -50,14 +50,14 @@ QString file(const QString& name) {
 }
 
 QString engine(const QString& name) {
-    const QString path = QStringLiteral(PARLIVO_TEST_ENGINES "/") + name;
+    QString path = QStringLiteral(PARLIVO_TEST_ENGINES "/") + name;
     EXPECT_TRUE(QFileInfo(path).isExecutable()) << qPrintable(path) << " is missing: run tools/build-engines";
     return path;
 }
 
 QString speak(const Phrase& phrase, const QString& folder) {
     const QString voice = folder + QStringLiteral("/voice.wav");
-    const QString wav = folder + QStringLiteral("/") + phrase.id + QStringLiteral(".wav");
+    QString wav = folder + QStringLiteral("/") + phrase.id + QStringLiteral(".wav");
     const QString accent = phrase.language == QLatin1String("en") ? QStringLiteral("en-us") : phrase.language;
     run(QStringLiteral("espeak-ng"),
         {QStringLiteral("-v"), accent, QStringLiteral("-w"), voice, phrase.spoken});
