@@ -153,8 +153,9 @@ void Downloader::start() {
     QDir().mkpath(QFileInfo(destination_).path());
     QFile::remove(destination_);
     const auto attempt = std::make_shared<Attempt>(*this, entry_, destination_);
-    transfer_ = HttpTransfer::start({.url = entry_.url, .timeout = 60s}, attempt->receiver());
+    // First of all: a short answer is dealt with on other threads before this one goes on.
     Log::info(QStringLiteral("download avviato: ") + entry_.fileName);
+    transfer_ = HttpTransfer::start({.url = entry_.url, .timeout = 60s}, attempt->receiver());
 }
 
 void Downloader::transferFailed(const Error& failure) {
