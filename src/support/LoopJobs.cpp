@@ -9,6 +9,12 @@
 
 namespace parlivo {
 
+LoopJobs::~LoopJobs() {
+    // What the thread did last came about under this lock; Qt's waiting for its end alone hides that from
+    // ThreadSanitizer.
+    const std::lock_guard lock(mutex_);
+}
+
 void LoopJobs::post(Job job) {
     const std::lock_guard lock(mutex_);
     jobs_.push_back(std::move(job));

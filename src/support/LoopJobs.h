@@ -16,6 +16,12 @@ class LoopJobs : public QObject {
   public:
     using Job = std::function<void()>;
 
+    LoopJobs() = default;
+    /// The thread has ended by then, or is the current one.
+    ~LoopJobs() override;
+    LoopJobs(const LoopJobs&) = delete;
+    LoopJobs& operator=(const LoopJobs&) = delete;
+
     /// Queues a job and returns at once; jobs run in the order they came. Any thread. Jobs that wait when
     /// this object dies are forgotten.
     void post(Job job);
