@@ -150,7 +150,7 @@ void writeNoise(const QString& path, int seconds) {
     for (int i = 0; i < seconds; ++i) file.append(second, 48'000);
 }
 
-/// A capture file of silence that occupies no room on the disk (Apple, Core Audio Format Specification 1.0).
+/// A capture file of silence that occupies no room on the disk (Apple, Core Audio Format 1.0).
 void writeSilence(const QString& path, qint64 seconds) {
     const auto be = [](auto value) {
         const auto swapped = qToBigEndian(value);

@@ -23,7 +23,7 @@ foreach(folder symbols icons sounds help)
     endforeach()
 endforeach()
 
-# The application's icon as pictures, for desktops that want them (icon theme specification, "hicolor").
+# The application's icon as pictures, for desktops that want them (freedesktop.org's icon theme "hicolor").
 add_executable(render_icon ${CMAKE_SOURCE_DIR}/tools/RenderIcon.cpp)
 target_link_libraries(render_icon PRIVATE Qt6::Svg)
 set(icon_sizes 16 22 24 32 48 64 128 256 512)

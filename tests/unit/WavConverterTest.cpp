@@ -202,7 +202,7 @@ TEST_F(WavConverterTest, ALinkInThePlaceOfTheWavIsNotFollowed) {
 }
 
 /// The place of the data chunk's length in a capture file: eight bytes, big-endian (Apple, Core Audio Format
-/// Specification 1.0).
+/// 1.0).
 qsizetype dataLengthOffset(const QByteArray& caf) {
     return caf.indexOf("data") + 4;
 }

@@ -4,7 +4,7 @@
 
 namespace parlivo {
 
-/// The XDG Base Directory Specification, version 0.8: a variable that is unset or not absolute means its
+/// freedesktop.org's XDG base directories, version 0.8: a variable that is unset or not absolute means its
 /// default below the home folder.
 class XdgDirectories : public Directories {
   public:

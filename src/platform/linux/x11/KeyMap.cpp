@@ -9,8 +9,8 @@
 #include <cstddef>
 #include <utility>
 
-// The layout of requests and replies: "The X Keyboard Extension: Protocol Specification", section 16 and
-// appendix D, KB_GETMAP and KB_SETMAP.
+// The layout of requests and replies: the X Consortium's "The X Keyboard Extension", version 1.0, section 16
+// and appendix D, KB_GETMAP and KB_SETMAP.
 namespace parlivo::x11 {
 
 namespace {
