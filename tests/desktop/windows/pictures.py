@@ -66,7 +66,7 @@ class Web(http.server.ThreadingHTTPServer):
         return f"http://127.0.0.1:{self.server_port}"
 
 
-class Handler(http.server.BaseHTTPRequestHandler):
+class Handler(windows.Handler):
     def do_GET(self):
         if self.path == "/api/tags":
             return self.answer(200, b'{"models": [{"name": "gemma3:4b"}]}')
@@ -84,18 +84,6 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def do_POST(self):
         self.rfile.read(int(self.headers["Content-Length"]))
         self.answer(self.server.status, b"{}")
-
-    def begin(self, status, length):
-        self.send_response(status)
-        self.send_header("Content-Length", str(length))
-        self.end_headers()
-
-    def answer(self, status, body):
-        self.begin(status, len(body))
-        self.wfile.write(body)
-
-    def log_message(self, *_):
-        pass
 
 
 class Session:
