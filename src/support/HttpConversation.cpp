@@ -16,32 +16,37 @@ using Progress = HttpResponseReader::Progress;
 /// A server that sends faster than its reply is read has to wait.
 constexpr qint64 readAhead = 1 << 20;
 
+/// A body is handed to the socket in pieces of this size: the socket keeps a copy of what waits in it.
+constexpr qsizetype piece = 1 << 20;
+
 constexpr int httpPort = 80;
 
-/// The request as it is sent (RFC 9112).
-QByteArray messageOf(const HttpRequest& request) {
+/// The request as it is sent before its body (RFC 9112).
+QByteArray headOf(const HttpRequest& request) {
     const QUrl target =
         request.url.adjusted(QUrl::RemoveScheme | QUrl::RemoveAuthority | QUrl::RemoveFragment);
-    QByteArray message = request.method + ' ' + (target.isEmpty() ? "/" : target.toEncoded()) +
-                         " HTTP/1.1\r\nHost: " + request.url.authority(QUrl::FullyEncoded).toLatin1() +
-                         "\r\nUser-Agent: Parlivo\r\nConnection: close\r\n";
-    for (const auto& [name, value] : request.headers) message += name + ": " + value + "\r\n";
+    QByteArray head = request.method + ' ' + (target.isEmpty() ? "/" : target.toEncoded()) +
+                      " HTTP/1.1\r\nHost: " + request.url.authority(QUrl::FullyEncoded).toLatin1() +
+                      "\r\nUser-Agent: Parlivo\r\nConnection: close\r\n";
+    for (const auto& [name, value] : request.headers) head += name + ": " + value + "\r\n";
     if (!request.body.isEmpty()) {
-        message += "Content-Length: " + QByteArray::number(request.body.size()) + "\r\n";
+        head += "Content-Length: " + QByteArray::number(request.body.size()) + "\r\n";
     }
-    message.reserve(message.size() + 2 + request.body.size());
-    return (message += "\r\n") += request.body;
+    return head += "\r\n";
 }
 
 }  // namespace
 
 HttpConversation::HttpConversation(const HttpRequest& request, Completion completion, QObject* parent)
-    : QObject(parent), reader_(request.maximumReplySize), completion_(std::move(completion)) {
+    : QObject(parent),
+      body_(request.body),
+      reader_(request.maximumReplySize),
+      completion_(std::move(completion)) {
     silence_.setSingleShot(true);
     silence_.setInterval(std::max(Clock::scaled(request.timeout), std::chrono::milliseconds(1)));
     silence_.callOnTimeout(this, [this] { finish(Progress::Broken); });
-    connect(&socket_, &QTcpSocket::connected, this, [this, message = messageOf(request)] { speak(message); });
-    connect(&socket_, &QTcpSocket::bytesWritten, &silence_, qOverload<>(&QTimer::start));
+    connect(&socket_, &QTcpSocket::connected, this, [this, head = headOf(request)] { begin(head); });
+    connect(&socket_, &QTcpSocket::bytesWritten, this, &HttpConversation::speakOn);
     connect(&socket_, &QTcpSocket::readyRead, this, &HttpConversation::listen);
     // The peer's hanging up is an error to Qt, too.
     connect(&socket_, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError error) {
@@ -54,10 +59,19 @@ HttpConversation::HttpConversation(const HttpRequest& request, Completion comple
     socket_.connectToHost(request.url.host(), static_cast<quint16>(request.url.port(httpPort)));
 }
 
-void HttpConversation::speak(const QByteArray& message) {
+void HttpConversation::begin(const QByteArray& head) {
     socket_.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    socket_.write(message);
+    handedOver_ = std::min(piece, body_.size());
+    socket_.write(head + body_.first(handedOver_));
     silence_.start();
+}
+
+void HttpConversation::speakOn() {
+    silence_.start();
+    if (handedOver_ == body_.size() || socket_.bytesToWrite() >= piece) return;
+    const auto next = std::min(piece, body_.size() - handedOver_);
+    socket_.write(body_.constData() + handedOver_, next);
+    handedOver_ += next;
 }
 
 void HttpConversation::listen() {

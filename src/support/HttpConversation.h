@@ -27,11 +27,14 @@ class HttpConversation : public QObject {
     HttpConversation(const HttpRequest& request, Completion completion, QObject* parent);
 
   private:
-    void speak(const QByteArray& message);
+    void begin(const QByteArray& head);
+    void speakOn();
     void listen();
     void finish(HttpResponseReader::Progress progress);
 
     QTcpSocket socket_;
+    const QByteArray body_;
+    qsizetype handedOver_ = 0;  ///< how much of the body the socket was given
     QTimer silence_;
     HttpResponseReader reader_;
     Completion completion_;
