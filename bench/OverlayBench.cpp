@@ -70,6 +70,18 @@ Samples penTimes(double scale, int frames) {
     return times;
 }
 
+/// Each pixel of the card written once: less than that no frame costs.
+Samples fillingTimes(double scale, int frames) {
+    QImage picture((card * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+    Samples times(static_cast<std::size_t>(frames));
+    for (int frame = 0; frame < frames; ++frame) {
+        const double begin = processorMilliseconds();
+        picture.fill(frame);
+        times.add(processorMilliseconds() - begin);
+    }
+    return times;
+}
+
 void measureFrame(Table& table, double scale, double target) {
     constexpr int frames = 1'200;
     WaveformPainter painter;
@@ -86,6 +98,7 @@ void measureFrame(Table& table, double scale, double target) {
     }
     const std::string what = "a frame of 240 x 84 at " + std::to_string(static_cast<int>(scale)) + "x";
     table.row(what, "ms", times, target, penTimes(scale, frames / 20));
+    table.row(what + ": the floor, its pixels filled once", "ms", fillingTimes(scale, frames), {});
     table.row(what + ": allocations", "", memory, 0);
 }
 
