@@ -68,13 +68,13 @@ class DownloadPage : public CentredPage {
     void addProgress();
     void addFailure(const std::function<void()>& retry);
 
-    QWidget* running_;
-    Label* label_;
-    QProgressBar* bar_;
-    Label* figures_;
-    QWidget* failed_;
-    Label* error_;
-    QWidget* done_;
+    QWidget* running_ = nullptr;
+    Label* label_ = nullptr;
+    QProgressBar* bar_ = nullptr;
+    Label* figures_ = nullptr;
+    QWidget* failed_ = nullptr;
+    Label* error_ = nullptr;
+    QWidget* done_ = nullptr;
 };
 
 /// Asks for one permission; says so once it is there.
