@@ -86,5 +86,48 @@ class FeedbackTest(WindowsTest):
                          [ASKED, "Email", "Annulla", "Invia feedback", "1 stella"])
 
 
+class InvitationTest(WindowsTest):
+    """After the twentieth dictation."""
+
+    INVITATION = ("Come ti trovi con Parlivo?", "La tua opinione guida le prossime versioni. Due righe su cosa va e cosa "
+                  "miglioreresti valgono oro.")
+
+    def setUp(self):
+        super().setUp()
+        store({"onboardingDone": True, "cleanupLevel": "none", "dictationCount": 18})
+        provide_models("ggml-large-v3-turbo-q8_0.bin")
+        self.start()
+        wait_for("the program", windows.is_up)
+
+    def dictate(self, number):
+        windows.command("--press")
+        wait_for("the recording", lambda: windows.state() == "recording")
+        windows.speak("Buongiorno a tutti.")
+        windows.command("--release")
+        self.wait_for_setting("dictationCount", number)
+        wait_for("the end of the dictation", lambda: windows.state() == "idle")
+
+    def be_invited(self):
+        self.dictate(19)
+        self.assertNotIn("feedbackPromptLastShown", settings())
+        self.dictate(20)
+        self.program.wait_for_words(*self.INVITATION)
+        self.assertIn("feedbackPromptLastShown", settings())
+
+    def test_accepted(self):
+        self.be_invited()
+        self.program.explained("the first answer to have the keyboard", lambda: self.program.has_focus("Dì la tua"))
+        self.program.press("Dì la tua")
+        self.program.wait(ASKED, "text")
+
+    def test_declined_and_left_in_peace(self):
+        self.be_invited()
+        self.program.press("Non ora")
+        self.program.wait_until_gone(self.INVITATION[0])
+        self.dictate(21)
+        self.assertIsNone(self.program.find(self.INVITATION[0]))
+        self.assertIsNone(self.program.find(ASKED))
+
+
 if __name__ == "__main__":
     windows.main()

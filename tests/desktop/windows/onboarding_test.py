@@ -281,13 +281,6 @@ class KeyboardTest(FirstRunTest):
 class FirstDictationTest(FirstRunTest):
     """The first run with nothing but the voice and the size of the models replaced."""
 
-    def speak(self, words):
-        temporary = os.environ["TMPDIR"]
-        subprocess.run(["espeak-ng", "-v", "it", "-w", f"{temporary}/voice.wav", words], check=True)
-        subprocess.run(["sox", "-V1", f"{temporary}/voice.wav", "-r", "16000", "-c", "1", "-b", "16",
-                        f"{temporary}/spoken.wav"], check=True)
-        subprocess.run(["paplay", "--device=cavo", f"{temporary}/spoken.wav"], check=True)
-
     def open_terminal(self, written):
         terminal = subprocess.Popen(["xterm", "-T", "Lettera", "-e", "sh", "-c", f"stty raw -echo; cat > '{written}'"])
         self.addCleanup(terminal.wait)
@@ -312,7 +305,7 @@ class FirstDictationTest(FirstRunTest):
         self.open_terminal(written)
         subprocess.run(["xdotool", "keydown", "Alt_L", "keydown", "space"], check=True)
         wait_for("the recording", lambda: windows.state() == "recording")
-        self.speak(phrase["spoken"])
+        windows.speak(phrase["spoken"])
         subprocess.run(["xdotool", "keyup", "space", "keyup", "Alt_L"], check=True)
         wait_for(f"“{phrase['clean']['medium']}”, not “{written.read_text()}”",
                  lambda: written.read_text() == phrase["clean"]["medium"])

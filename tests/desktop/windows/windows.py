@@ -302,6 +302,23 @@ def state():
                          -1, None).unpack()[0]
 
 
+def is_up():
+    """Whether there is a program to tell anything; before, a second start would become the first."""
+    try:
+        return bool(state())
+    except GLib.Error:
+        return False
+
+
+def speak(words):
+    """Says words into the microphone."""
+    temporary = os.environ["TMPDIR"]
+    subprocess.run(["espeak-ng", "-v", "it", "-w", f"{temporary}/voice.wav", words], check=True)
+    subprocess.run(["sox", "-V1", f"{temporary}/voice.wav", "-r", "16000", "-c", "1", "-b", "16",
+                    f"{temporary}/spoken.wav"], check=True)
+    subprocess.run(["paplay", "--device=cavo", f"{temporary}/spoken.wav"], check=True)
+
+
 def processes_named(name):
     found = []
     for entry in pathlib.Path("/proc").iterdir():
