@@ -3,7 +3,7 @@
 //   "idle"         serve nothing, wait for the end
 //   "exitAtStart"  exit at once with this status
 //   "loading"      milliseconds until it serves; before, port 8765 refuses and port 8766 answers 503
-//   "text"         what it answers to a request
+//   "text"         what it answers to a request; read afresh for each
 //   "onRequest"    "answer" (the default), "never" or "die"
 //   "lingering"    milliseconds that it goes on serving when asked to end
 //   "deaf"         it takes no notice of being asked
@@ -79,18 +79,20 @@ milliseconds duration(const QJsonObject& behaviour, QLatin1String key) {
 std::map<QByteArray, StubServer::Script> paths(const QString& model, const QJsonObject& behaviour,
                                                std::chrono::steady_clock::time_point ready) {
     using Request = StubServer::Request;
-    const QJsonValue text = behaviour.value(QLatin1String("text"));
-    const QJsonObject whisper{{QStringLiteral("text"), text}};
-    const QJsonObject llama = chatReply(text);
+    const auto text = [model] { return readBehaviour(model).value(QLatin1String("text")); };
     return {
         {"/", [](const Request&) { return StubReply::body("<html></html>", 200, "text/html"); }},
-        {"/inference", [=](const Request&) { return replyTo(model, behaviour, whisper); }},
+        {"/inference",
+         [=](const Request&) {
+             return replyTo(model, behaviour, {{QStringLiteral("text"), text()}});
+         }},
         {"/health",
          [=](const Request&) {
              const bool loaded = std::chrono::steady_clock::now() >= ready;
              return StubReply::json({}, loaded ? 200 : 503);
          }},
-        {"/v1/chat/completions", [=](const Request&) { return replyTo(model, behaviour, llama); }},
+        {"/v1/chat/completions",
+         [=](const Request&) { return replyTo(model, behaviour, chatReply(text())); }},
     };
 }
 

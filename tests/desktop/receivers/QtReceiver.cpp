@@ -1,12 +1,13 @@
 // usage: receiver_qt TITLE FILE
 // A window with a menu bar and a text field, whose text is kept in FILE; FILE is made when the field has the
-// focus.
+// focus. Ctrl+L empties the field without selecting anything.
 
 #include <QApplication>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QSaveFile>
+#include <QShortcut>
 #include <QTimer>
 
 #include <chrono>
@@ -33,6 +34,8 @@ int main(int argc, char** argv) {
     window.menuBar()->addMenu(QStringLiteral("&File"))->addAction(QStringLiteral("&Open"));
     auto* const field = new QPlainTextEdit(&window);
     window.setCentralWidget(field);
+    QObject::connect(new QShortcut(Qt::CTRL | Qt::Key_L, field), &QShortcut::activated, field,
+                     &QPlainTextEdit::clear);
     window.show();
     field->setFocus();
 

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
+#include <QSaveFile>
 
 #include <gtest/gtest.h>
 
@@ -65,18 +66,31 @@ QJsonObject settings() {
 }
 
 void set(const QString& key, const QJsonValue& value) {
+    set({{key, value}});
+}
+
+void set(const QJsonObject& changes) {
     QJsonObject all = settings();
-    all[key] = value;
-    writeSettings(QJsonDocument(all).toJson());
+    for (auto setting = changes.begin(); setting != changes.end(); ++setting) all[setting.key()] = *setting;
+    QSaveFile file(settingsFile());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QJsonDocument(all).toJson());
+    ASSERT_TRUE(file.commit());
 }
 
 void provideModels() {
-    // The recogniser where a developer's own lies, the other under the name of the small tier: as the
-    // demonstration's models have other sizes, no tier of the catalogue counts as downloaded.
-    link(demo::file(QStringLiteral("ggml-model.bin")),
-         below("HOME", QStringLiteral("/Projects/Parlivo/models/ggml-large-v3-turbo-q8_0.bin")));
-    link(demo::file(QStringLiteral("cleanup.gguf")),
-         dataFile(QStringLiteral("models/qwen2.5-1.5b-instruct-q4_k_m.gguf")));
+    link(demo::file(QStringLiteral("ggml-model.bin")), recogniserModel());
+    link(demo::file(QStringLiteral("cleanup.gguf")), cleanupModel());
+}
+
+// The recogniser where a developer's own lies, the other under the name of the small tier: as the
+// demonstration's models have other sizes, no tier of the catalogue counts as downloaded.
+QString recogniserModel() {
+    return below("HOME", QStringLiteral("/Projects/Parlivo/models/ggml-large-v3-turbo-q8_0.bin"));
+}
+
+QString cleanupModel() {
+    return dataFile(QStringLiteral("models/qwen2.5-1.5b-instruct-q4_k_m.gguf"));
 }
 
 QString dataFile(const QString& name) {

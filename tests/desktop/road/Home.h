@@ -16,11 +16,15 @@ void writeSettings(const QByteArray& content);
 QByteArray readSettings();
 QString settingsFile();
 QJsonObject settings();
-/// Changes one setting as an editor would, while the program runs.
+/// Changes one setting as an editor would, in one step, while the program runs.
 void set(const QString& key, const QJsonValue& value);
+/// The same with several at once.
+void set(const QJsonObject& changes);
 
-/// Puts the demonstration's models where the program finds them.
+/// Puts the demonstration's models where the program finds them, unless others are there.
 void provideModels();
+QString recogniserModel();
+QString cleanupModel();
 /// The name of a file in the user's own data, such as the cleanup prompt.
 QString dataFile(const QString& name);
 
