@@ -66,7 +66,8 @@ QString dictionaryClause() {
 std::optional<QString> readUtf8(const QString& path) {
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) return std::nullopt;
-    QStringDecoder decode(QStringDecoder::Utf8);
+    // A file that ends within a character is none: a decoder with a memory would wait for the rest of it.
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = decode(file.readAll());
     if (decode.hasError()) return std::nullopt;
     return text;

@@ -69,8 +69,8 @@ TEST_F(CleanupPromptTest, TheUsersFileIsTakenAsItIs) {
 }
 
 TEST_F(CleanupPromptTest, ABlankOrUnreadableFileIsReplaced) {
-    for (const QByteArray& useless :
-         {QByteArray(), QByteArray(" \t\r\n\n  "), QByteArray("perch\xe9 {TEXT}")}) {
+    for (const QByteArray& useless : {QByteArray(), QByteArray(" \t\r\n\n  "), QByteArray("perch\xe9 {TEXT}"),
+                                      QByteArray("{TEXT} che finisce a met\xc3")}) {
         writePrompt(useless);
         EXPECT_EQ(Config::loadPrompt(), fileTemplate) << useless.toHex().constData();
         EXPECT_EQ(writtenPrompt(), fileTemplate.toUtf8()) << useless.toHex().constData();

@@ -88,6 +88,14 @@ TEST_F(LoginItemTest, APathOfAnyCharactersComesBack) {
     EXPECT_FALSE(item_.isEnabled());
 }
 
+TEST_F(LoginItemTest, APathWithALineEndAddsNoLineToTheEntry) {
+    XdgLoginItem odd(QStringLiteral("/home/io/due\nHidden=true\r\nrighe\t\\n/Parlivo"));
+    odd.setEnabled(true);
+    EXPECT_TRUE(odd.isEnabled()) << entry().toStdString();
+    EXPECT_EQ(entry().count('\n'), 6) << entry().toStdString();
+    EXPECT_TRUE(entry().contains("due\\nHidden=true\\r\\nrighe\t\\\\\\\\n/Parlivo")) << entry().toStdString();
+}
+
 TEST_F(LoginItemTest, AFolderThatCannotBeMadeIsAnError) {
     QFile blocker(dir_.filePath(QStringLiteral("autostart")));
     ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));

@@ -20,8 +20,28 @@ QString entryPath() {
            QStringLiteral("/autostart/it.parlivo.Parlivo.desktop");
 }
 
-/// An argument of Exec: in quotes, with a backslash before what stays special inside them, and "%" doubled;
-/// then escaped once more, as every string of a desktop entry is.
+/// A string as a desktop entry has it, where a line is a key: no line of its own can come out of one.
+/// https://specifications.freedesktop.org/desktop-entry-spec/latest/value-types.html
+QString toEntry(QString text) {
+    return text.replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
+        .replace(QLatin1Char('\n'), QStringLiteral("\\n"))
+        .replace(QLatin1Char('\r'), QStringLiteral("\\r"));
+}
+
+QString fromEntry(const QString& value) {
+    static const QHash<QChar, QChar> meanings{
+        {u's', u' '}, {u'n', u'\n'}, {u't', u'\t'}, {u'r', u'\r'}, {u'\\', u'\\'}};
+    QString text;
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const QChar next = value[i] == u'\\' && i + 1 < value.size() ? value[i + 1] : QChar();
+        const bool isEscape = meanings.contains(next);
+        text += isEscape ? meanings.value(next) : value[i];
+        if (isEscape) ++i;
+    }
+    return text;
+}
+
+/// An argument of Exec: in quotes, with a backslash before what stays special inside them, and "%" doubled.
 /// https://specifications.freedesktop.org/desktop-entry-spec/latest/exec-variables.html
 QString quoted(const QString& argument) {
     QString result;
@@ -30,7 +50,6 @@ QString quoted(const QString& argument) {
         result += c;
     }
     result.replace(QLatin1Char('%'), QStringLiteral("%%"));
-    result.replace(QLatin1Char('\\'), QStringLiteral("\\\\"));
     return QLatin1Char('"') + result + QLatin1Char('"');
 }
 
@@ -45,7 +64,7 @@ QString unescaped(const QString& text) {
 
 /// The program that an Exec value starts.
 QString programOf(const QString& value) {
-    const QString exec = QString(value).replace(QStringLiteral("\\\\"), QStringLiteral("\\"));
+    const QString exec = fromEntry(value);
     if (!exec.startsWith(QLatin1Char('"'))) return exec.section(QLatin1Char(' '), 0, 0);
     qsizetype end = 1;
     while (end < exec.size() && exec[end] != QLatin1Char('"')) end += exec[end] == QLatin1Char('\\') ? 2 : 1;
@@ -105,7 +124,7 @@ void XdgLoginItem::write() const {
                              "Comment=Dettatura locale\n"
                              "Exec=%1\n"
                              "Terminal=false\n")
-                             .arg(quoted(program_));
+                             .arg(toEntry(quoted(program_)));
     if (!entry.open(QIODevice::WriteOnly) || entry.write(text.toUtf8()) < 0 || !entry.commit()) {
         throw Error(QStringLiteral("File"), entry.error(), path + QStringLiteral(": ") + entry.errorString());
     }
