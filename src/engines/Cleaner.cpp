@@ -1,6 +1,7 @@
 #include "engines/Cleaner.h"
 
 #include "engines/CleanupPrompt.h"
+#include "engines/EngineReplies.h"
 #include "engines/JsonExchange.h"
 #include "engines/LlamaRunner.h"
 #include "models/ModelPaths.h"
@@ -42,7 +43,7 @@ std::optional<QString> ollamaClean(const QString& prompt) {
         {QStringLiteral("options"), QJsonObject{{QStringLiteral("temperature"), 0.1}}}};
     const auto reply =
         JsonExchange::send(JsonExchange::post(Config::ollamaURL(), body, ollamaTimeout), ollamaLimit);
-    return reply ? JsonExchange::text(reply->value(QLatin1String("response"))) : std::nullopt;
+    return reply ? EngineReplies::ollamaAnswer(*reply) : std::nullopt;
 }
 
 std::optional<QString> answerTo(const QString& prompt) {
@@ -52,30 +53,12 @@ std::optional<QString> answerTo(const QString& prompt) {
     return ollamaClean(prompt);
 }
 
-QString withoutQuotes(const QString& text) {
-    const QLatin1Char quote('"');
-    const bool quoted =
-        Text::firstCharacters(text, 1) == quote && text.endsWith(quote) && Text::countCharacters(text) >= 3;
-    return quoted ? text.sliced(1).chopped(1) : text;
-}
-
-/// Guards against a summary, a refusal or a rambling answer: it must have a third of the characters of what
-/// was said, and no more than three times as many.
-QString sanitize(const QString& output, const QString& fallback) {
-    const QString trimmed = output.trimmed();
-    if (trimmed.isEmpty()) return fallback;
-    QString result = withoutQuotes(trimmed);
-    const qsizetype said = Text::countCharacters(fallback);
-    const qsizetype count = Text::countCharacters(result);
-    return count >= said / 3 && count <= said * 3 ? result : fallback;
-}
-
 }  // namespace
 
 QString clean(const QString& raw) {
     if (!isWanted(raw)) return raw;
     const auto answer = answerTo(promptFor(raw));
-    return answer ? sanitize(*answer, raw) : raw;
+    return answer ? EngineReplies::sanitize(*answer, raw) : raw;
 }
 
 }  // namespace parlivo::Cleaner

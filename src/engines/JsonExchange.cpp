@@ -1,5 +1,6 @@
 #include "engines/JsonExchange.h"
 
+#include "engines/EngineReplies.h"
 #include "support/HttpSession.h"
 
 #include <QJsonDocument>
@@ -19,16 +20,7 @@ HttpRequest post(const QUrl& url, const QJsonObject& body, std::chrono::millisec
 std::optional<QJsonObject> send(const HttpRequest& request, std::chrono::milliseconds limit) {
     const auto reply = HttpSession::shared().exchange(request, limit);
     if (!reply) return std::nullopt;
-    const QJsonDocument document = QJsonDocument::fromJson(reply->body);
-    if (!document.isObject()) return std::nullopt;
-    return document.object();
-}
-
-std::optional<QString> text(const QJsonValue& value) {
-    if (!value.isString()) return std::nullopt;
-    QString string = value.toString();
-    if (!string.isValidUtf16()) return std::nullopt;
-    return string;
+    return EngineReplies::object(reply->body);
 }
 
 }  // namespace parlivo::JsonExchange

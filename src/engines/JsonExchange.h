@@ -3,8 +3,6 @@
 #include "support/Http.h"
 
 #include <QJsonObject>
-#include <QJsonValue>
-#include <QString>
 #include <QUrl>
 
 #include <chrono>
@@ -20,8 +18,5 @@ HttpRequest post(const QUrl& url, const QJsonObject& body, std::chrono::millisec
 /// Sends the request and waits at most `limit` (stated). Nothing when no whole reply came in time or the
 /// reply is no JSON object.
 std::optional<QJsonObject> send(const HttpRequest& request, std::chrono::milliseconds limit);
-
-/// The text of a JSON string. Nothing for other types and for escapes that make no valid Unicode.
-std::optional<QString> text(const QJsonValue& value);
 
 }  // namespace parlivo::JsonExchange

@@ -1,5 +1,6 @@
 #include "engines/LlamaRunner.h"
 
+#include "engines/EngineReplies.h"
 #include "engines/JsonExchange.h"
 #include "engines/LocalServer.h"
 #include "models/ModelPaths.h"
@@ -43,12 +44,6 @@ HttpRequest chat(const QString& prompt) {
                               requestTimeout);
 }
 
-/// Whatever is missing or of another type on the way reads as absent.
-std::optional<QString> firstChoice(const QJsonObject& reply) {
-    const QJsonValue choice = reply.value(QLatin1String("choices")).toArray().at(0);
-    return JsonExchange::text(choice[QLatin1String("message")][QLatin1String("content")]);
-}
-
 }  // namespace
 
 void ensureServer() {
@@ -66,7 +61,7 @@ std::optional<QString> clean(const QString& prompt) {
     ensureServer();
     if (!server().isStarted() || !server().waitUntilAlive(startLimit)) return std::nullopt;
     const auto reply = JsonExchange::send(chat(prompt), replyLimit);
-    return reply ? firstChoice(*reply) : std::nullopt;
+    return reply ? EngineReplies::chatAnswer(*reply) : std::nullopt;
 }
 
 void shutdown() {

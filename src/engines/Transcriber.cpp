@@ -1,5 +1,6 @@
 #include "engines/Transcriber.h"
 
+#include "engines/EngineReplies.h"
 #include "engines/JsonExchange.h"
 #include "engines/LocalServer.h"
 #include "models/ModelPaths.h"
@@ -106,13 +107,6 @@ HttpRequest inference(const QString& wav) {
     return request;
 }
 
-/// The recogniser breaks its text into lines anywhere, inside words too, and pads it with blanks.
-QString tidied(QString text) {
-    text.remove(QLatin1Char('\r')).remove(QLatin1Char('\n'));
-    const QStringList words = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    return Text::trimmedBlanks(words.join(QLatin1Char(' ')));
-}
-
 }  // namespace
 
 void ensureServer() {
@@ -132,11 +126,11 @@ QString transcribe(const QString& wav) {
         throw Error(ErrorCode::WhisperNotResponding, QStringLiteral("whisper-server non risponde"));
     }
     const auto reply = JsonExchange::send(inference(wav), replyLimit);
-    const auto text = reply ? JsonExchange::text(reply->value(QLatin1String("text"))) : std::nullopt;
+    const auto text = reply ? EngineReplies::recognisedText(*reply) : std::nullopt;
     if (!text) {
         throw Error(ErrorCode::WhisperReplyInvalid, QStringLiteral("risposta whisper-server non valida"));
     }
-    return tidied(*text);
+    return *text;
 }
 
 void stopServer() {
