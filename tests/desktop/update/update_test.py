@@ -28,6 +28,7 @@ PROJECT = pathlib.Path(__file__).resolve().parents[3]
 NAME = "it.parlivo.Parlivo"
 BIG = 8 << 20
 NEWS = "Più veloce.\nE capisce «perché»."
+ENGINE_PATIENCE = 200  # on a machine that is busy with everything else
 
 
 class Site(http.server.ThreadingHTTPServer):
@@ -107,6 +108,16 @@ def digest(folder):
             for path in sorted(folder.rglob("*")) if path.is_file()}
 
 
+def fingerprint(folder):
+    """All that is in a folder -> kind, mode, time and content."""
+    found = {}
+    for path in sorted(folder.rglob("*")):
+        status = path.lstat()
+        content = os.readlink(path) if path.is_symlink() else path.is_file() and hashlib.sha256(path.read_bytes()).digest()
+        found[str(path.relative_to(folder))] = status.st_mode, status.st_mtime_ns, content
+    return found
+
+
 class Ballast:
     """Leaves so many bytes free on the disk of the temporary files."""
 
@@ -178,9 +189,12 @@ class UpdateCase(unittest.TestCase):
         self.addCleanup(site.shutdown)
         return site
 
+    def command(self):
+        return [self.bundle / "Contents/MacOS/Parlivo"]
+
     def start(self, address):
         environment = dict(os.environ, PARLIVO_SITE_BASE=address, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
-        process = subprocess.Popen([self.bundle / "Contents/MacOS/Parlivo"], env=environment)
+        process = subprocess.Popen(self.command(), env=environment)
         self.processes.append(process)
         wait_for("the program on the bus", lambda: running_process() == process.pid)
         wait_for("its state", lambda: property_of_program("State") == "idle")
@@ -303,6 +317,55 @@ class FullDiskTest(UpdateCase):
         unpacked = sum(path.stat().st_size + 4096 for path in self.expected.rglob("*"))
         self.try_to_update(len(self.archive) + unpacked + BIG // 2, "Sostituzione app fallita")
         self.assertTrue(os.access(self.bundle / "Contents/MacOS/Parlivo", os.X_OK))
+
+
+class ForeignBundleTest(UpdateCase):
+    """The bundle is nothing that the user can write to, as where the system's package manager has put it."""
+
+    spoken = "Apri il documento."
+
+    def command(self):
+        # Whoever the user is, root included: in this program's eyes the bundle lies on a read-only disk.
+        script = ('mount -n --bind "$1" "$1" && mount -n -o remount,bind,ro "$1" && '
+                  'exec setpriv --inh-caps=-all --ambient-caps=-all "$1/Contents/MacOS/Parlivo"')
+        return ["unshare", "--user", "--map-current-user", "--keep-caps", "--mount", "sh", "-c", script, "sh", self.bundle]
+
+    def test_the_failure_is_told_and_nothing_is_damaged(self):
+        before = fingerprint(self.bundle)
+        program = self.start(self.open_site().address)
+        self.accept_offer(program)
+        wait_for("the failure", lambda: {"Aggiornamento non riuscito", "Sostituzione app fallita"} <= labels(program.pid))
+        self.assertEqual(fingerprint(self.bundle), before)
+        press(program.pid, "OK")
+        wait_for("the message to go", lambda: not labels(program.pid))
+        self.assertEqual(property_of_program("State"), "idle")
+        self.assertEqual(property_of_program("Version"), self.version)
+        self.assertIn(f"⬆️ Aggiorna a Parlivo {self.newer}…", self.panel.lines())
+        self.assertNotIn("pendingChangelog", settings())
+        self.assert_nothing_left()
+        self.dictate()
+        self.assertEqual(fingerprint(self.bundle), before)
+        self.assert_nothing_left()
+
+    def dictate(self):
+        """Says something and finds it in a window."""
+        # The microphone hears the loudspeaker: the program's own sounds must go elsewhere.
+        for change in ("load-module module-null-sink sink_name=cuffie", "set-default-sink cuffie"):
+            subprocess.run(["pactl", *change.split()], check=True, stdout=subprocess.DEVNULL)
+        voice, typed = self.scratch / "voce.wav", self.scratch / "typed"
+        subprocess.run(["espeak-ng", "-v", "it", "-w", voice, "--", self.spoken], check=True)
+        with subprocess.Popen(["xterm", "-e", "sh", "-c", 'read -r line; printf %s "$line" >"$0"', typed]) as window:
+            self.addCleanup(window.kill)
+            search = ["xdotool", "search", "--onlyvisible", "--class", "xterm", "windowfocus", "--sync"]
+            wait_for("the window", lambda: subprocess.run(search, capture_output=True).returncode == 0)
+            ask_bus("/it/parlivo/Parlivo", "it.parlivo.Parlivo1", "Press")
+            wait_for("the recording", lambda: property_of_program("State") == "recording")
+            subprocess.run(["paplay", "--device=cavo", voice], check=True)
+            ask_bus("/it/parlivo/Parlivo", "it.parlivo.Parlivo1", "Release")
+            wait_for("the end of the dictation", lambda: property_of_program("State") == "idle", ENGINE_PATIENCE)
+            windows.key("Return")
+            wait_for("the window's end", lambda: window.poll() is not None)
+        self.assertEqual(typed.read_text(), self.spoken)
 
 
 if __name__ == "__main__":

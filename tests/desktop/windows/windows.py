@@ -30,8 +30,8 @@ MODELS = {
 }
 
 
-def wait_for(what, condition):
-    end = time.monotonic() + PATIENCE
+def wait_for(what, condition, patience=PATIENCE):
+    end = time.monotonic() + patience
     while time.monotonic() < end:
         try:
             found = condition()
