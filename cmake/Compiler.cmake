@@ -8,6 +8,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_AUTOMOC ON)
 
 set(PARLIVO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
+option(PARLIVO_FUZZ "Build for libFuzzer, which needs clang" OFF)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
                     -Wold-style-cast -Wcast-align
@@ -20,11 +21,16 @@ if(PARLIVO_SANITIZE)
     add_compile_options(-fsanitize=${PARLIVO_SANITIZE} -fno-omit-frame-pointer -g)
     add_link_options(-fsanitize=${PARLIVO_SANITIZE})
     # The optimiser's flow analysis is unreliable under instrumentation.
-    add_compile_options(-Wno-error=maybe-uninitialized)
+    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-error=maybe-uninitialized>)
 else()
     add_compile_options(-fstack-protector-strong -fstack-clash-protection -fcf-protection)
     add_compile_definitions($<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
     add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)
+endif()
+
+if(PARLIVO_FUZZ)
+    # A finding ends the run, whatever it is.
+    add_compile_options(-fsanitize=fuzzer-no-link -fno-sanitize-recover=all)
 endif()
 
 # parlivo_room(name SOURCES ... ROOMS ... LIBRARIES ...): one library a room; what a room may use is what it links.

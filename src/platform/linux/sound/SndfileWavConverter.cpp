@@ -24,7 +24,8 @@ namespace parlivo {
 namespace {
 
 constexpr int outputRate = 16'000;
-constexpr std::size_t blockFrames = 16'384;
+/// What is read at a time, of all channels together.
+constexpr std::size_t blockSamples = 16'384;
 /// Far beyond any sound, near enough that one broken sample does not drown its neighbours in the filter.
 constexpr float sampleLimit = 16.0F;
 
@@ -106,9 +107,9 @@ class Conversion {
           destination_(destination),
           channels_(static_cast<std::size_t>(info.channels)),
           resampler_(makeResampler(info.samplerate)),
-          samples_(blockFrames * channels_),
-          mono_(blockFrames),
-          output_(blockFrames) {}
+          mono_(std::max(blockSamples / channels_, std::size_t{1})),
+          samples_(mono_.size() * channels_),
+          output_(blockSamples) {}
 
     void run() {
         while (const std::size_t frames = read()) resample({mono_.data(), frames});
@@ -118,7 +119,8 @@ class Conversion {
 
   private:
     std::size_t read() {
-        const sf_count_t frames = sf_readf_float(source_, samples_.data(), blockFrames);
+        const sf_count_t frames =
+            sf_readf_float(source_, samples_.data(), static_cast<sf_count_t>(mono_.size()));
         if (frames <= 0) return 0;
         const auto count = static_cast<std::size_t>(frames);
         mixDown(samples_, channels_, {mono_.data(), count});
@@ -157,8 +159,8 @@ class Conversion {
     SNDFILE* const destination_;
     const std::size_t channels_;
     const Resampler resampler_;
-    std::vector<float> samples_;
     std::vector<float> mono_;
+    std::vector<float> samples_;  // of all channels, as many frames
     std::vector<std::int16_t> output_;
 };
 
