@@ -1,10 +1,14 @@
 #include "RoadTest.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 namespace parlivo::desktop {
 namespace {
 
 const QString invalidReply = QStringLiteral("risposta whisper-server non valida");
 const QString noServer = QStringLiteral("whisper-server non risponde");
+const QString whisperServer = QStringLiteral("whisper-server");
 
 StubReply json(const QByteArray& text) {
     return StubReply::body(text);
@@ -52,6 +56,14 @@ class EngineFault : public RoadTest {
         home::settle();
     }
 
+    /// The server is waited for in vain. Whatever is wrong with it, it may come right.
+    void expectWaitForNoServer(const Program& program) {
+        dictateSilence(program);
+        EXPECT_TRUE(waitFor([&] { return program.statusText() == QStringLiteral("⚠️ ") + noServer; },
+                            std::chrono::seconds(50)))
+            << qPrintable(program.statusText());
+        expectNothingLeft(program);
+    }
     /// The real engine, with the demonstration's model.
     void expectRecovery(const Program& program, const Receiver& receiver) {
         dictate(program, phrase(QStringLiteral("s08")));
@@ -66,17 +78,38 @@ TEST_F(EngineFault, AServerThatIsNotThereIsWaitedForAndThenTold) {
     const Program program(bundle.path());
     const Receiver receiver(Receiver::Kind::Qt);
     ASSERT_TRUE(program.waitUntilUp());
-    dictateSilence(program);
-    EXPECT_TRUE(waitFor([&] { return program.statusText() == QStringLiteral("⚠️ ") + noServer; },
-                        std::chrono::seconds(50)))
-        << qPrintable(program.statusText());
-    expectNothingLeft(program);
-    bundle.putEngine(QStringLiteral("whisper-server"), demo::engine(QStringLiteral("whisper-server")));
+    expectWaitForNoServer(program);
+    bundle.putEngine(whisperServer, demo::engine(whisperServer));
+    expectRecovery(program, receiver);
+}
+
+TEST_F(EngineFault, AServerThatMayNotBeRunIsWaitedForAndThenTold) {
+    const BundleCopy bundle;
+    bundle.putEngine(whisperServer, "#!/bin/sh\n", QFile::ReadOwner | QFile::WriteOwner);
+    const Program program(bundle.path());
+    const Receiver receiver(Receiver::Kind::Qt);
+    ASSERT_TRUE(program.waitUntilUp());
+    expectWaitForNoServer(program);
+    bundle.putEngine(whisperServer, demo::engine(whisperServer));
+    expectRecovery(program, receiver);
+}
+
+TEST_F(EngineFault, AServerThatDiesAtItsStartIsNotStartedOverAndOver) {
+    const BundleCopy bundle;
+    bundle.putEngine(whisperServer, "#!/bin/sh\necho >>\"$HOME/starts\"\nexit 1\n",
+                     QFile::ReadOwner | QFile::ExeOwner);
+    const Program program(bundle.path());
+    const Receiver receiver(Receiver::Kind::Qt);
+    ASSERT_TRUE(program.waitUntilUp());
+    expectWaitForNoServer(program);
+    EXPECT_EQ(QFileInfo(QDir::home().filePath(QStringLiteral("starts"))).size(), 2)
+        << "once when the program started, once for the dictation";
+    bundle.putEngine(whisperServer, demo::engine(whisperServer));
     expectRecovery(program, receiver);
 }
 
 /// Serves like an engine until it is asked for something, and dies of that.
-constexpr char dyingServer[] = R"(#!/usr/bin/python3
+const char* const dyingServer = R"(#!/usr/bin/python3
 import http.server, os
 class Handler(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
@@ -89,15 +122,14 @@ http.server.HTTPServer(("127.0.0.1", 8765), Handler).serve_forever()
 )";
 
 TEST_F(EngineFault, AServerThatDiesOfARequestIsReplaced) {
-    const auto name = QStringLiteral("whisper-server");
     const BundleCopy bundle;
-    bundle.putEngine(name, dyingServer, QFile::ReadOwner | QFile::ExeOwner);
+    bundle.putEngine(whisperServer, dyingServer, QFile::ReadOwner | QFile::ExeOwner);
     const Program program(bundle.path());
     const Receiver receiver(Receiver::Kind::Qt);
     ASSERT_TRUE(program.waitUntilUp());
     ASSERT_TRUE(Program::waitUntilServed(QStringLiteral("http://127.0.0.1:8765/")));
     expectComplaint(program, invalidReply);
-    bundle.putEngine(name, demo::engine(name));
+    bundle.putEngine(whisperServer, demo::engine(whisperServer));
     expectRecovery(program, receiver);
 }
 
