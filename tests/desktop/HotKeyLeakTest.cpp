@@ -1,4 +1,6 @@
 #include "HotKeyFixture.h"
+#include "OtherClient.h"
+#include "platform/linux/x11/SilentKey.h"
 #include "support/Receiver.h"
 
 namespace parlivo::desktop {
@@ -55,6 +57,29 @@ TEST_P(HotKeyLeakTest, ATapOpensNoMenu) {
     keyboard.release(Key::space);
     letPass(30ms);
     keyboard.release(Key::leftAlt);
+    expectOnlyWhatIsTypedNow(receiver);
+}
+
+TEST_P(HotKeyLeakTest, ATapOpensNoMenuWhileTheProgramIsBusyWithIt) {
+    const Receiver receiver(GetParam());
+    take("opt-space");
+    OtherClient other;
+    other.watchKeys();
+    bool shown = false;
+    handler.reset();
+    handler = service.installHandler(
+        [&] {
+            // As fast fingers do while a microphone is being opened.
+            ++presses;
+            keyboard.release(Key::space);
+            shown = other.waitForKey(x11::silentKey);
+            keyboard.release(Key::leftAlt);
+        },
+        [&] { ++releases; });
+    keyboard.press(Key::leftAlt);
+    keyboard.press(Key::space);
+    ASSERT_TRUE(edges(1, 1)) << seen();
+    EXPECT_TRUE(shown);
     expectOnlyWhatIsTypedNow(receiver);
 }
 

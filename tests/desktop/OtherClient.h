@@ -24,6 +24,12 @@ class OtherClient {
     /// refuses.
     bool moveModifier(xcb_keycode_t key, std::size_t modifier);
 
+    /// Takes note of every key that goes down from now on, whoever gets it.
+    void watchKeys();
+    /// Waits until that has been this key; nothing else happens on this thread meanwhile. False when it does
+    /// not come to that.
+    bool waitForKey(xcb_keycode_t key);
+
     /// Takes all keyboards from the display, as when they are unplugged, or gives them back.
     void setKeyboardsEnabled(bool enabled);
 

@@ -24,9 +24,9 @@ enum class Cleanup { None, Medium };
 
 /// One way of dictating.
 struct Manner {
-    const char* mode;
-    const char* speed;
-    qsizetype length;  ///< of the text, in characters
+    const char* mode = "ptt";
+    const char* speed = "fast";
+    qsizetype length = 0;  ///< of the text, in characters
     Cleanup cleanup = Cleanup::None;
 };
 
@@ -72,20 +72,14 @@ class Soak : public RoadTest {
     }
 
     void hold(const Manner& manner) {
-        if (std::string_view(manner.mode) == "toggle") {
-            ASSERT_NO_FATAL_FAILURE(toggle());
-        } else {
-            ASSERT_NO_FATAL_FAILURE(dictateSilence(*program_));
-        }
-    }
-
-    /// From a script, that is: fingers may come up only after the text has begun.
-    void toggle() {
-        ASSERT_TRUE(program_->invoke("Toggle"));
+        const bool toggle = std::string_view(manner.mode) == "toggle";
+        press();
+        if (toggle) release();
         ASSERT_TRUE(program_->waitForState(QStringLiteral("recording")))
             << qPrintable(program_->statusText());
         letPass(350ms);
-        ASSERT_TRUE(program_->invoke("Toggle"));
+        if (toggle) press();
+        release();
     }
 
     /// The text is in the field, exactly; then the field is emptied for the next one.

@@ -1,9 +1,6 @@
 #include "platform/linux/x11/X11HotKeyService.h"
 
-#include "platform/linux/x11/SilentKey.h"
 #include "platform/linux/x11/XcbXkb.h"
-
-#include <QSocketNotifier>
 
 #include <algorithm>
 #include <array>
@@ -57,9 +54,6 @@ std::optional<x11::KeyCombination> combinationOf(KeyCode code, HotKeyModifiers m
 
 /// The modifiers among an event's state, which also tells mouse buttons and the layout's group.
 constexpr std::uint16_t allModifiers = 0xff;
-
-/// Modifiers that do something when they are pressed alone.
-constexpr std::uint16_t menuModifiers = XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
 
 xcb_window_t rootOf(xcb_connection_t* connection, int screenNumber) {
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
@@ -145,7 +139,6 @@ HotKeyService::Result X11HotKeyService::registerHotKey(KeyCode key, HotKeyModifi
     if (!combination) return HotKeyRefusal{XCB_VALUE};
     if (const int status = ensureConnection(); status != 0) return HotKeyRefusal{status};
     auto result = x11::KeyGrab::take(connection_.get(), root_, *combination, locks_);
-    readEventsSoon();
     if (const int status = xcb_connection_has_error(connection_.get()); status != 0) {
         return HotKeyRefusal{status};
     }
@@ -157,7 +150,7 @@ int X11HotKeyService::ensureConnection() {
     // A broken connection is kept while grabs refer to it; nothing sent to it does harm.
     const bool broken = connection_ && xcb_connection_has_error(connection_.get()) != 0;
     if (broken && registrations_.empty()) {
-        notifier_.reset();
+        events_.reset();
         connection_.reset();
     }
     if (connection_) return xcb_connection_has_error(connection_.get());
@@ -173,7 +166,10 @@ int X11HotKeyService::ensureConnection() {
     root_ = rootOf(connection_.get(), screenNumber);
     watchKeyboardMap();
     locks_ = x11::LockModifiers(connection_.get());
-    watchSocket();
+    events_.emplace(connection_.get(),
+                    x11::HotKeyEvents::Handlers{.event = [this](const auto& event) { handle(event); },
+                                                .echo = [this](std::uint32_t hold) { endLostHold(hold); },
+                                                .end = [this] { endHold(); }});
     return 0;
 }
 
@@ -199,25 +195,6 @@ void X11HotKeyService::watchKeyboardMap() {
                           newKeyboard | XCB_XKB_EVENT_TYPE_MAP_NOTIFY, 0, newKeyboard, parts, parts, nullptr);
 }
 
-void X11HotKeyService::watchSocket() {
-    notifier_ =
-        std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(connection_.get()), QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] { readEvents(); });
-}
-
-void X11HotKeyService::readEventsSoon() {
-    if (!notifier_) return;
-    QMetaObject::invokeMethod(
-        notifier_.get(), [this] { readEvents(); }, Qt::QueuedConnection);
-}
-
-void X11HotKeyService::readEvents() {
-    while (const x11::EventHandle event{xcb_poll_for_event(connection_.get())}) handle(*event);
-    if (xcb_connection_has_error(connection_.get()) == 0) return;
-    notifier_->setEnabled(false);
-    endHold();
-}
-
 void X11HotKeyService::handle(const xcb_generic_event_t& event) {
     // Events that another client merely sent carry a further bit and match nothing here.
     switch (event.response_type) {
@@ -238,17 +215,13 @@ void X11HotKeyService::handle(const xcb_generic_event_t& event) {
 void X11HotKeyService::keyPressed(const xcb_key_press_event_t& event) {
     // While a key is held, its repeats and all other keys arrive here, too.
     if (hold_ || !isHotKey(event)) return;
-    hold_ = Hold{.key = event.detail};
+    hold_ = Hold{.key = event.detail, .number = ++holds_};
     holdCheck_.start();
     if (const Edge pressed = pressed_) pressed();
-    if (hold_) hold_->canTapSilentKey = x11::silentKeyAvailable(connection_.get());
 }
 
 void X11HotKeyService::keyReleased(const xcb_key_release_event_t& event) {
-    if (!hold_ || hold_->key != event.detail) return;
-    // First of all, since the modifier may come up at any moment.
-    if (hold_->canTapSilentKey && (event.state & menuModifiers) != 0) x11::tapSilentKey(connection_.get());
-    endHold();
+    if (hold_ && hold_->key == event.detail) endHold();
 }
 
 bool X11HotKeyService::isHotKey(const xcb_key_press_event_t& event) const {
@@ -272,15 +245,16 @@ void X11HotKeyService::endHold() {
 }
 
 void X11HotKeyService::checkHold() {
-    const bool down = hold_ && isDown(connection_.get(), hold_->key);
-    // What came in before the answer goes first: it may be the release itself.
-    readEvents();
-    if (!down) endHold();
+    // What came in before the answer goes first: it may be the release itself, and repeats before it.
+    if (hold_ && !isDown(connection_.get(), hold_->key)) events_->askForEcho(hold_->number);
+}
+
+void X11HotKeyService::endLostHold(std::uint32_t number) {
+    if (hold_ && hold_->number == number) endHold();
 }
 
 void X11HotKeyService::followKeyboardMap() {
     const x11::LockModifiers locks(connection_.get());
-    readEventsSoon();
     if (locks == locks_) return;
     locks_ = locks;
     for (auto* const registration : registrations_) registration->regrab(locks_);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/HotKeyService.h"
+#include "platform/linux/x11/HotKeyEvents.h"
 #include "platform/linux/x11/KeyGrab.h"
 #include "platform/linux/x11/LockModifiers.h"
 #include "platform/linux/x11/XcbHandles.h"
@@ -11,8 +12,6 @@
 #include <memory>
 #include <optional>
 #include <vector>
-
-class QSocketNotifier;
 
 namespace parlivo {
 
@@ -29,10 +28,6 @@ namespace parlivo {
 /// longer match and fall into the focused window as typed spaces. The price: what XTEST sends meanwhile
 /// reaches us, not the focused window. So typing starts only when the user has let go of the keyboard; and if
 /// he does not, releasing the held keys in his place ends the grab, too.
-///
-/// The focused window sees the modifiers go down, but not the key. Many applications take Alt or Super that
-/// is pressed and released alone for the wish to see a menu, and what is typed next would go there. So when
-/// the key comes up before the modifier, they are shown another key, which means nothing.
 ///
 /// A refusal's status is the X error code (10, BadAccess, when another client has the combination), or the
 /// XCB_CONN_ number when the display cannot be reached or lacks the keyboard extension.
@@ -53,18 +48,14 @@ class X11HotKeyService : public HotKeyService {
     /// A hot key that went down and has not come up.
     struct Hold {
         xcb_keycode_t key = 0;
+        std::uint32_t number = 0;
         bool releaseDue = true;
-        bool canTapSilentKey = false;
     };
 
     /// The XCB_CONN_ number, or 0.
     int ensureConnection();
     bool startKeyboardExtension();
     void watchKeyboardMap();
-    void watchSocket();
-    /// Questions to the server may have brought in events that the socket no longer tells of.
-    void readEventsSoon();
-    void readEvents();
     void handle(const xcb_generic_event_t& event);
     void keyPressed(const xcb_key_press_event_t& event);
     void keyReleased(const xcb_key_release_event_t& event);
@@ -72,6 +63,7 @@ class X11HotKeyService : public HotKeyService {
     void endHold();
     /// Notices a release that nobody was told of, as when the keyboard goes away while the key is down.
     void checkHold();
+    void endLostHold(std::uint32_t number);
     void followKeyboardMap();
     bool isHotKey(const xcb_key_press_event_t& event) const;
     void remove(const Registration* registration);
@@ -79,12 +71,13 @@ class X11HotKeyService : public HotKeyService {
     x11::ConnectionHandle connection_;
     xcb_window_t root_ = XCB_NONE;
     std::uint8_t keyboardEvent_ = 0;  ///< the type of the keyboard extension's events
-    std::unique_ptr<QSocketNotifier> notifier_;
+    std::optional<x11::HotKeyEvents> events_;
     x11::LockModifiers locks_;
     std::vector<Registration*> registrations_;
     Edge pressed_;
     Edge released_;
     std::optional<Hold> hold_;
+    std::uint32_t holds_ = 0;  ///< so far, and with it the number of the last
     QTimer holdCheck_;
     QTimer mapCheck_;
 };

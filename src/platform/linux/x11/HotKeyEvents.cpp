@@ -1,0 +1,77 @@
+#include "platform/linux/x11/HotKeyEvents.h"
+
+#include "platform/linux/x11/SilentKey.h"
+#include "platform/linux/x11/XcbHandles.h"
+#include "support/MainQueue.h"
+
+#include <sys/socket.h>
+
+#include <utility>
+
+namespace parlivo::x11 {
+
+namespace {
+
+/// Modifiers that do something when they are pressed alone.
+constexpr std::uint16_t menuModifiers = XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
+
+/// The highest bit tells that a client sent the event.
+constexpr std::uint8_t echoType = XCB_CLIENT_MESSAGE | 0x80;
+
+xcb_window_t makeWindow(xcb_connection_t* connection) {
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const xcb_window_t window = xcb_generate_id(connection);
+    xcb_create_window(connection, 0, window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, 0, nullptr);
+    return window;
+}
+
+}  // namespace
+
+HotKeyEvents::HotKeyEvents(xcb_connection_t* connection, Handlers handlers)
+    : connection_(connection),
+      window_(makeWindow(connection)),
+      handlers_(std::move(handlers)),
+      thread_([this] { read(); }) {}
+
+HotKeyEvents::~HotKeyEvents() {
+    xcb_flush(connection_);
+    ::shutdown(xcb_get_file_descriptor(connection_), SHUT_RDWR);
+    thread_.join();
+}
+
+void HotKeyEvents::askForEcho(std::uint32_t token) const {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window_;
+    message.type = XCB_ATOM_INTEGER;
+    message.data.data32[0] = token;
+    xcb_send_event(connection_, 0, window_, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&message));
+    xcb_flush(connection_);
+}
+
+void HotKeyEvents::read() {
+    while (const std::shared_ptr<const xcb_generic_event_t> event =
+               EventHandle(xcb_wait_for_event(connection_))) {
+        keepMenusShut(*event);
+        MainQueue::async(lifeline_.watch(), jobFor(event));
+    }
+    MainQueue::async(lifeline_.watch(), [this] { handlers_.end(); });
+}
+
+std::function<void()> HotKeyEvents::jobFor(const std::shared_ptr<const xcb_generic_event_t>& event) const {
+    if (event->response_type != echoType) return [this, event] { handlers_.event(*event); };
+    const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
+    return [this, token = message.data.data32[0]] { handlers_.echo(token); };
+}
+
+/// While the hot key is still held, the other key comes back here and does nothing.
+void HotKeyEvents::keepMenusShut(const xcb_generic_event_t& event) {
+    if (event.response_type != XCB_KEY_RELEASE) return;
+    const auto& key = reinterpret_cast<const xcb_key_release_event_t&>(event);
+    if (key.detail == silentKey || (key.state & menuModifiers) == 0) return;
+    if (silentKeyAvailable(connection_)) tapSilentKey(connection_);
+}
+
+}  // namespace parlivo::x11

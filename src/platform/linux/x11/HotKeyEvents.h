@@ -1,0 +1,52 @@
+#pragma once
+
+#include "support/Lifeline.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace parlivo::x11 {
+
+/// Reads what the display tells of the grabbed keys, in a thread of its own, and passes it on to the main
+/// thread.
+///
+/// The focused window sees the modifiers go down, but not the key. Many applications take Alt or Super that
+/// is pressed and released alone for the wish to see a menu, and what is typed next would go there. So when
+/// the key comes up before the modifier, they are shown another key, which means nothing. That cannot wait
+/// for the main thread: it may be opening or closing the microphone, and fingers are faster.
+class HotKeyEvents {
+  public:
+    struct Handlers {
+        std::function<void(const xcb_generic_event_t&)> event;
+        std::function<void(std::uint32_t token)> echo;
+        std::function<void()> end;  ///< the connection is broken
+    };
+
+    /// The handlers run on the main thread. Nobody else may take events from `connection`, which must outlive
+    /// this.
+    HotKeyEvents(xcb_connection_t* connection, Handlers handlers);
+    /// Ends the conversation with the display; the connection is broken afterwards.
+    ~HotKeyEvents();
+    HotKeyEvents(const HotKeyEvents&) = delete;
+    HotKeyEvents& operator=(const HotKeyEvents&) = delete;
+
+    /// The token comes back through the handler, after everything that the display has told so far.
+    void askForEcho(std::uint32_t token) const;
+
+  private:
+    void read();
+    std::function<void()> jobFor(const std::shared_ptr<const xcb_generic_event_t>& event) const;
+    void keepMenusShut(const xcb_generic_event_t& event);
+
+    xcb_connection_t* connection_;
+    const xcb_window_t window_;  ///< unseen, the address of echoes
+    const Handlers handlers_;
+    const Lifeline lifeline_;
+    std::thread thread_;
+};
+
+}  // namespace parlivo::x11
