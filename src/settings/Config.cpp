@@ -4,7 +4,8 @@
 
 #include <QDir>
 #include <QMetaType>
-#include <QRegularExpression>
+
+#include <algorithm>
 
 namespace parlivo::Config {
 
@@ -41,6 +42,11 @@ qint64 asInteger(const QVariant& value) {
         return value.toLongLong();
     }
     return 0;
+}
+
+/// The line ends of Unicode (UAX #14: LF, VT, FF, CR, NEL, LS, PS).
+bool isLineEnd(QChar c) {
+    return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
 }
 
 QString createdAppSupportDir() {
@@ -109,11 +115,10 @@ QString llamaServerBinary() {
 }
 
 QStringList dictionary() {
-    // The line ends of Unicode (UAX #14: LF, VT, FF, CR, NEL, LS, PS).
-    static const QRegularExpression lineEnd(
-        QStringLiteral("[\\n\\x{0B}\\x{0C}\\r\\x{85}\\x{2028}\\x{2029}]"));
+    QString text = string(Key::dictionary, {});
+    std::replace_if(text.begin(), text.end(), isLineEnd, QLatin1Char('\n'));
     QStringList terms;
-    const QStringList lines = string(Key::dictionary, {}).split(lineEnd);
+    const QStringList lines = text.split(QLatin1Char('\n'));
     for (const QString& line : lines) {
         const QString term = line.trimmed();
         if (!term.isEmpty()) terms.append(term);

@@ -90,6 +90,14 @@ TEST_F(ConfigTest, TheDictionaryKnowsEveryLineEndAndKeepsDuplicates) {
     EXPECT_EQ(Config::dictionary().join(QLatin1Char('|')), QStringLiteral("a b|c|d|a b|e|f"));
 }
 
+TEST_F(ConfigTest, HalfACharacterInTheDictionarySpoilsItsOwnTermAlone) {
+    const QString half = QStringLiteral("Ross") + QChar(0xd800) + QLatin1Char('i');
+    store(Config::Key::dictionary,
+          QString(QStringLiteral("Kubernetes\n ") + half + QStringLiteral(" \nGiulia")));
+    EXPECT_EQ(Config::dictionary(),
+              QStringList({QStringLiteral("Kubernetes"), half, QStringLiteral("Giulia")}));
+}
+
 TEST_F(ConfigTest, ADictionaryOfTenThousandTermsIsReadWhole) {
     QString terms;
     for (int i = 0; i < 10'000; ++i) terms += QStringLiteral("Termine%1\n").arg(i);
