@@ -1,7 +1,8 @@
 #include "app/AppDelegate.h"
 
-#include "models/Downloader.h"
+#include "app/Leftovers.h"
 #include "models/ModelPaths.h"
+#include "models/ModelsMove.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
@@ -47,7 +48,7 @@ AppDelegate::AppDelegate(Collaborators collaborators, AudioRecorder::Now now)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
-    Downloader::removeLeftovers();
+    ModelsMove::recover();
     setupStatusItem();
     overlay_.setLevelProvider(
         [this, alive = lifeline_.watch()] { return alive.expired() ? 0.0F : recorder_.level(); });
@@ -65,6 +66,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     ask_.showWhatsNew();
     installHotKey();
     pipelineQueue_.async([] { Platform::current().keyboard().prepare(); });
+    pipelineQueue_.async(removeLeftovers);
     if (ready) warmUp();
 }
 
@@ -149,15 +151,16 @@ void AppDelegate::startRecording() {
 
 void AppDelegate::stopAndProcess() {
     if (state_ != State::recording) return;
-    const auto url = recorder_.stop();
-    if (!url) {
+    // The job owns the recording: a job that the program's end drops deletes it too. It claims the file
+    // before the recorder lets go of it, so that at no moment it looks like a dead program's.
+    auto recording = std::make_shared<ScopedFile>(recorder_.currentURL().value());
+    if (!recorder_.stop()) {
         setState(State::idle);
         overlay_.hide();
         return;
     }
     // Handed over before sound and icon: the engine works while they are seen to.
-    // The job owns the recording: a job that the program's end drops deletes it too.
-    pipelineQueue_.async([this, recording = std::make_shared<ScopedFile>(*url)] { process(*recording); });
+    pipelineQueue_.async([this, recording = std::move(recording)] { process(*recording); });
     playIfWanted(QStringLiteral("Pop"));
     setState(State::transcribing);
     overlay_.clearWaveLevelProvider();

@@ -67,8 +67,8 @@ class AppDelegate {
     void warmUp();
 
     // The pipeline step, on the pipeline queue.
-    void process(const ScopedFile& recording);
-    QString transcribe(const ScopedFile& recording);
+    void process(ScopedFile& recording);
+    QString transcribe(ScopedFile& recording);
     void deliver(const QString& raw);
     void copyInsteadOfTyping(const QString& text);
     void inject(const QString& text);

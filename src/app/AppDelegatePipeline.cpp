@@ -59,7 +59,7 @@ void AppDelegate::onMain(std::function<void()> job) {
     MainQueue::async(lifeline_.watch(), std::move(job));
 }
 
-void AppDelegate::process(const ScopedFile& recording) {
+void AppDelegate::process(ScopedFile& recording) {
     try {
         deliver(transcribe(recording));
     } catch (const Error& error) {
@@ -67,7 +67,7 @@ void AppDelegate::process(const ScopedFile& recording) {
     }
 }
 
-QString AppDelegate::transcribe(const ScopedFile& recording) {
+QString AppDelegate::transcribe(ScopedFile& recording) {
     const ScopedFile wav(ask_.convert(recording.path()));
     // The voice is kept no longer than it takes to convert it.
     recording.remove();

@@ -1,10 +1,10 @@
 #include "audio/CaptureFile.h"
 
+#include "support/Claim.h"
 #include "support/Error.h"
 
 #include <QFile>
 
-#include <fcntl.h>
 #include <sndfile.h>
 
 #include <cerrno>
@@ -13,9 +13,9 @@ namespace parlivo {
 
 namespace {
 
+/// Claimed, so that no start, of this program or in another session, takes it for what a dead one left.
 int createPrivateFile(const QString& path) {
-    const int descriptor =
-        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    const int descriptor = createClaimedFile(path, 0600);
     if (descriptor < 0) throw Error::system(errno, path);
     return descriptor;
 }

@@ -1,5 +1,6 @@
 #include "models/DownloadFile.h"
 
+#include "support/Claim.h"
 #include "support/Error.h"
 #include "support/Uuid.h"
 
@@ -7,7 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,7 +21,7 @@ namespace parlivo {
 namespace {
 
 const QString suffix = QStringLiteral(".parlivo-download");
-constexpr mode_t permissions = 0666;  // less the user's own mask
+constexpr unsigned permissions = 0666;  // less the user's own mask
 
 }  // namespace
 
@@ -68,8 +68,7 @@ void DownloadFile::moveIntoPlace() {
 
 void DownloadFile::open() {
     if (descriptor_ >= 0) return;
-    const QByteArray name = QFile::encodeName(temporary_);
-    descriptor_ = ::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
+    descriptor_ = createClaimedFile(temporary_, permissions);
     if (descriptor_ < 0) fail();
 }
 
@@ -78,9 +77,9 @@ void DownloadFile::fail() const {
 }
 
 void DownloadFile::removeLeftovers(const QString& folder) {
-    QDir models(folder);
+    const QDir models(folder);
     const QStringList leftovers = models.entryList({QLatin1Char('*') + suffix}, QDir::Files | QDir::Hidden);
-    for (const QString& leftover : leftovers) models.remove(leftover);
+    for (const QString& leftover : leftovers) removeUnclaimed(models.filePath(leftover));
 }
 
 }  // namespace parlivo

@@ -5,8 +5,8 @@
 
 namespace parlivo {
 
-/// A file in the making, beside the place it is meant for, under a name that no other has. It goes with this
-/// object unless it was moved into its place. One thread at a time.
+/// A file in the making, beside the place it is meant for, under a name that no other has, and claimed
+/// (Claim). It goes with this object unless it was moved into its place. One thread at a time.
 class DownloadFile {
   public:
     /// Touches nothing yet.

@@ -34,7 +34,8 @@ class Downloader {
     /// Begins, after deleting what lies in the file's place. Returns at once.
     void start();
 
-    /// Deletes what downloads of a killed program left in the models folder. At start, before any download.
+    /// Deletes what downloads of a killed program left in the models folder. Any thread; downloads that are
+    /// under way, of this program or another, go on.
     static void removeLeftovers();
 
   private:

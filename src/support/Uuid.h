@@ -9,4 +9,7 @@ inline QString freshUuid() {
     return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
 }
 
+/// The regular expression for such a UUID.
+inline const QString uuidPattern = QStringLiteral("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
+
 }  // namespace parlivo

@@ -1,14 +1,17 @@
 #include "ui/GeneralTab.h"
 
-#include "models/ModelsFolder.h"
+#include "models/ModelsMove.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
+#include "support/Clock.h"
 #include "support/Error.h"
 #include "support/MainQueue.h"
 #include "ui/views/Dialogs.h"
 
 #include <QDir>
+
+#include <memory>
 
 namespace parlivo {
 
@@ -66,8 +69,13 @@ void GeneralTab::pickModelsFolder() {
     changeButton_->setEnabled(false);
     // Gigabytes on their way to another disk must not freeze the window.
     moves_.async([this, alive = lifeline_.watch(), previous, chosen = *folder] {
-        ModelsFolder::moveModels(previous, chosen);
-        MainQueue::async(alive, [this, chosen] { adoptModelsFolder(chosen); });
+        const auto move = std::make_shared<ModelsMove>(previous, chosen);
+        move->bring();
+        if (Clock::interrupted()) return;
+        MainQueue::async(alive, [this, chosen, move] {
+            adoptModelsFolder(chosen);
+            moves_.async([move] { move->finish(); });
+        });
     });
 }
 

@@ -1,6 +1,7 @@
 #include "update/ArchiveDownload.h"
 
 #include "platform/Platform.h"
+#include "support/Claim.h"
 #include "support/Uuid.h"
 
 #include <QFile>
@@ -30,18 +31,21 @@ class Arrival {
         // An empty body never opened the file.
         if (!isOpen() || file_.error() != QFileDevice::NoError)
             return {nullptr, Error(QStringLiteral("File"), file_.error(), file_.errorString())};
+        kept_->claim();
         file_.close();
         return {kept_, std::nullopt};
     }
 
   private:
     bool isOpen() {
-        return file_.isOpen() || file_.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
-                                            QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        if (file_.isOpen()) return true;
+        const int descriptor = createClaimedFile(kept_->path(), 0600);
+        return descriptor >= 0 && file_.open(descriptor, QIODevice::WriteOnly | QIODevice::Unbuffered,
+                                             QFileDevice::AutoCloseHandle);
     }
 
     const qint64 expectedSize_;
-    const std::shared_ptr<const ScopedFile> kept_;
+    const std::shared_ptr<ScopedFile> kept_;
     QFile file_;
 };
 

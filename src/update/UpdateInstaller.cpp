@@ -1,6 +1,7 @@
 #include "update/UpdateInstaller.h"
 
 #include "platform/Platform.h"
+#include "support/Claim.h"
 #include "support/Error.h"
 #include "support/Uuid.h"
 #include "update/ZipNames.h"
@@ -8,10 +9,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <optional>
 
 namespace parlivo {
 
@@ -23,16 +26,16 @@ fs::path nativePath(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }
 
-/// A folder of our own among the temporary files, which goes with this object.
+/// A folder of our own among the temporary files, which is claimed by this object and goes with it.
 class WorkingFolder {
   public:
     WorkingFolder()
         : path_(Platform::current().directories().temporary() + QStringLiteral("/parlivo-update-") +
                 freshUuid()) {
         std::error_code error;
-        fs::create_directories(nativePath(path_), error);
-        if (error) throw Error::system(error.value(), path_);
-        fs::permissions(nativePath(path_), fs::perms::owner_all, error);
+        fs::create_directories(nativePath(path_).parent_path(), error);
+        claim_ = createClaimedFolder(path_);
+        if (!claim_) throw Error::system(errno, path_);
     }
     ~WorkingFolder() {
         std::error_code ignored;
@@ -45,6 +48,7 @@ class WorkingFolder {
 
   private:
     const QString path_;
+    std::optional<Claim> claim_;
 };
 
 void checkSize(const QString& archive, qint64 expectedSize) {
@@ -131,6 +135,15 @@ void installUpdate(const QString& archive, qint64 expectedSize) {
     const WorkingFolder folder;
     unpack(takeArchive(archive, folder), folder);
     replaceRunningBundle(findBundle(folder));
+}
+
+void removeUpdateLeftovers() {
+    const QRegularExpression ours(
+        QRegularExpression::anchoredPattern(QStringLiteral("parlivo-update-%1(\\.zip)?").arg(uuidPattern)));
+    const QDir temporary(Platform::current().directories().temporary());
+    const QStringList names = temporary.entryList({QStringLiteral("parlivo-update-*")},
+                                                  QDir::Files | QDir::Dirs | QDir::NoSymLinks);
+    for (const QString& name : names.filter(ours)) removeUnclaimed(temporary.filePath(name));
 }
 
 }  // namespace parlivo

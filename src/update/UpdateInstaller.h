@@ -12,4 +12,8 @@ namespace parlivo {
 /// it is left among the temporary files.
 void installUpdate(const QString& archive, qint64 expectedSize);
 
+/// Deletes the archives and unpacked bundles that killed programs of this user's left among the temporary
+/// files. Any thread; what is under way, of this program or another, goes on.
+void removeUpdateLeftovers();
+
 }  // namespace parlivo

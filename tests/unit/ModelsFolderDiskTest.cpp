@@ -1,4 +1,4 @@
-#include "models/ModelsFolder.h"
+#include "models/ModelsMove.h"
 #include "support/PlatformTest.h"
 #include "support/Waiting.h"
 
@@ -8,12 +8,18 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <functional>
 
 namespace parlivo {
 namespace {
 
 using namespace Qt::StringLiterals;
-using ModelsFolder::moveModels;
+/// With the new folder adopted at once.
+void moveModels(const QString& from, const QString& to) {
+    ModelsMove move(from, to);
+    move.bring();
+    move.finish();
+}
 
 /// Moves from one disk to another; TMPDIR is a small one here (8 MiB).
 class ModelsFolderDiskTest : public PlatformTest {
@@ -67,23 +73,118 @@ TEST_F(ModelsFolderDiskTest, AFolderWithAModelsNameStays) {
     EXPECT_EQ(files(to_.path()), QStringList(u"b.gguf"_s));
 }
 
-TEST_F(ModelsFolderDiskTest, AProgramKilledInMidMoveLosesNothing) {
-    const QByteArray contents = model(64 << 20);
-    write(from(u"a.bin"_s), contents);
-    const pid_t mover = fork();
-    ASSERT_GE(mover, 0);
-    if (mover == 0) {
-        moveModels(from_.path(), to_.path());
-        _exit(0);
+/// Where a move was when its program was killed, and what the next start makes of it.
+class KilledMoveTest : public ModelsFolderDiskTest {
+  protected:
+    enum class Adopted { No, Yes };
+
+    /// Runs `move` in a process of its own, which is killed when `reached` holds.
+    static void killDuring(const std::function<void()>& move, const std::function<bool()>& reached) {
+        const pid_t mover = fork();
+        ASSERT_GE(mover, 0);
+        if (mover == 0) {
+            move();
+            while (true) pause();
+        }
+        EXPECT_TRUE(desktop::waitFor(reached));
+        kill(mover, SIGKILL);
+        waitpid(mover, nullptr, 0);
     }
-    EXPECT_TRUE(desktop::waitFor([&] { return !files(to_.path()).isEmpty(); }));
-    kill(mover, SIGKILL);
-    waitpid(mover, nullptr, 0);
-    EXPECT_TRUE(read(from(u"a.bin"_s)) == contents || read(to(u"a.bin"_s)) == contents);
-    EXPECT_TRUE(!QFile::exists(to(u"a.bin"_s)) || read(to(u"a.bin"_s)) == contents);
+
+    void recover(Adopted adopted) {
+        store(Config::Key::modelsDir, adopted == Adopted::Yes ? to_.path() : from_.path());
+        ModelsMove::recover();
+        EXPECT_FALSE(QFile::exists(Config::appSupportDir() + u"/models-move"_s));
+    }
+
+    const QByteArray large = model(64 << 20);
+    const QStringList both{u"a.gguf"_s, u"b.bin"_s};
+};
+
+TEST_F(KilledMoveTest, InTheMiddleOfACopy) {
+    write(from(u"a.gguf"_s), "piccolo");
+    write(from(u"b.bin"_s), large);
+    killDuring([this] { ModelsMove(from_.path(), to_.path()).bring(); },
+               [this] { return QFileInfo(to(u"b.bin.parlivo-move"_s)).size() > 0; });
+    EXPECT_EQ(files(from_.path()), both) << "the folder that is in force stays complete";
+    recover(Adopted::No);
+    EXPECT_EQ(files(to_.path()), QStringList()) << "and nothing of it lies about elsewhere";
+    EXPECT_TRUE(read(from(u"b.bin"_s)) == large);
     moveModels(from_.path(), to_.path());
-    EXPECT_TRUE(read(to(u"a.bin"_s)) == contents) << "another try brings it there";
-    EXPECT_EQ(files(to_.path()), QStringList(u"a.bin"_s));
+    EXPECT_EQ(files(to_.path()), both) << "another try brings them there";
+    EXPECT_TRUE(read(to(u"b.bin"_s)) == large);
+    EXPECT_EQ(files(from_.path()), QStringList());
+}
+
+TEST_F(KilledMoveTest, BetweenBringingAndAdopting) {
+    for (const QString& target : {to_.path(), from(u"dentro"_s)}) {
+        write(from(u"a.gguf"_s), "a");
+        write(from(u"b.bin"_s), "b");
+        QDir().mkpath(target);
+        killDuring(
+            [&] {
+                ModelsMove move(from_.path(), target);
+                move.bring();
+                while (true) pause();
+            },
+            [&] { return files(target) == both; });
+        EXPECT_EQ(read(from(u"a.gguf"_s)) + read(from(u"b.bin"_s)), "ab");
+        recover(Adopted::No);
+        EXPECT_EQ(read(from(u"a.gguf"_s)) + read(from(u"b.bin"_s)), "ab");
+        EXPECT_EQ(files(target), QStringList()) << target.toStdString();
+    }
+}
+
+TEST_F(KilledMoveTest, BetweenAdoptingAndFinishing) {
+    write(from(u"a.gguf"_s), "a");
+    write(from(u"b.bin"_s), "b");
+    write(from(u"c.bin"_s), "mio");
+    write(to(u"c.bin"_s), "suo");
+    killDuring(
+        [&] {
+            ModelsMove move(from_.path(), to_.path());
+            move.bring();
+            while (true) pause();
+        },
+        [&] { return files(to_.path()).size() == 3; });
+    recover(Adopted::Yes);
+    EXPECT_EQ(read(to(u"a.gguf"_s)) + read(to(u"b.bin"_s)), "ab");
+    EXPECT_EQ(files(from_.path()), QStringList(u"c.bin"_s));
+    EXPECT_EQ(read(to(u"c.bin"_s)), "suo");
+}
+
+TEST_F(KilledMoveTest, AMoveOfALivingProgramIsLeftAlone) {
+    write(from(u"a.gguf"_s), "a");
+    ModelsMove move(from_.path(), to_.path());
+    move.bring();
+    store(Config::Key::modelsDir, from_.path());
+    ModelsMove::recover();
+    EXPECT_EQ(files(to_.path()), QStringList(u"a.gguf"_s));
+    move.finish();
+    EXPECT_EQ(files(from_.path()), QStringList());
+}
+
+TEST_F(ModelsFolderDiskTest, AMoveThatIsNotAdoptedIsTakenBack) {
+    write(from(u"a.gguf"_s), "a");
+    write(from(u"b.bin"_s), "b");
+    write(to(u"b.bin"_s), "sua");
+    ModelsMove(from_.path(), to_.path()).bring();
+    EXPECT_EQ(read(from(u"a.gguf"_s)) + read(from(u"b.bin"_s)), "ab");
+    EXPECT_EQ(files(to_.path()), QStringList(u"b.bin"_s));
+    EXPECT_EQ(read(to(u"b.bin"_s)), "sua");
+}
+
+TEST_F(ModelsFolderDiskTest, ANoteThatWasNotWrittenToItsEndTellsNothing) {
+    write(from(u"a.gguf"_s), "a");
+    write(to(u"a.gguf"_s), "b");
+    const QByteArray folders = from_.path().toUtf8() + '\n' + to_.path().toUtf8();
+    for (const QByteArray& note : {QByteArray(), folders.left(9), folders, QByteArray(folders + "\na.gg"),
+                                   QByteArray(folders + "\na.gguf")}) {
+        write(Config::appSupportDir() + u"/models-move"_s, note);
+        store(Config::Key::modelsDir, from_.path());
+        ModelsMove::recover();
+        EXPECT_EQ(read(to(u"a.gguf"_s)), "b") << note.toStdString();
+    }
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "models/ModelsFolder.h"
+#include "models/ModelsMove.h"
 #include "support/FileSizeLimit.h"
 #include "support/PlatformTest.h"
 
@@ -9,7 +9,12 @@
 namespace parlivo {
 namespace {
 
-using ModelsFolder::moveModels;
+/// With the new folder adopted at once.
+void moveModels(const QString& from, const QString& to) {
+    ModelsMove move(from, to);
+    move.bring();
+    move.finish();
+}
 
 class ModelsFolderTest : public PlatformTest {
   protected:

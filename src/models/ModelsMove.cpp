@@ -1,0 +1,157 @@
+#include "models/ModelsMove.h"
+
+#include "settings/Config.h"
+#include "support/Clock.h"
+
+#include <QByteArray>
+#include <QDir>
+#include <QFileInfo>
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace parlivo {
+
+namespace {
+
+constexpr qint64 blockSize = 1 << 20;
+
+const QString temporarySuffix = QStringLiteral(".parlivo-move");
+
+QString noteFile() {
+    return Config::appSupportDir() + QStringLiteral("/models-move");
+}
+
+/// One line of the note, whatever characters are in it.
+QByteArray lineOf(const QString& text) {
+    return text.toUtf8().toPercentEncoding("/ ") + '\n';
+}
+
+QString textOf(const QByteArray& line) {
+    return QString::fromUtf8(QByteArray::fromPercentEncoding(line));
+}
+
+bool exists(const QString& path) {
+    const QFileInfo file(path);
+    return file.exists() || file.isSymLink();
+}
+
+/// Zero, or the errno value; never replaces what is there.
+int giveSecondName(const QString& from, const QString& to) {
+    return ::link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0 ? 0 : errno;
+}
+
+/// Zero, or the errno value.
+int renameTo(const QString& from, const QString& to) {
+    const int result = std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData());
+    return result == 0 ? 0 : errno;
+}
+
+bool copyBlocks(QFile& source, QFile& copy) {
+    QByteArray block(blockSize, Qt::Uninitialized);
+    while (!Clock::interrupted()) {
+        const qint64 size = source.read(block.data(), block.size());
+        if (size <= 0) return size == 0;
+        if (copy.write(block.constData(), size) != size) return false;
+    }
+    return false;
+}
+
+/// A copy whose bytes are known to be on the disk.
+bool copyDurably(const QString& from, const QString& to) {
+    QFile source(from);
+    QFile copy(to);
+    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) return false;
+    if (!copy.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) return false;
+    return copyBlocks(source, copy) && copy.size() == source.size() && fsync(copy.handle()) == 0;
+}
+
+void copyAcrossFileSystems(const QString& from, const QString& to) {
+    const QString temporary = to + temporarySuffix;
+    if (!copyDurably(from, temporary) || renameTo(temporary, to) != 0) QFile::remove(temporary);
+}
+
+/// Deletes `path` where `other` is the same file or a copy of it.
+void dropTwin(const QString& path, const QString& other) {
+    const QFileInfo file(path);
+    const QFileInfo twin(other);
+    if (exists(path) && exists(other) && file.size() == twin.size()) QFile::remove(path);
+}
+
+void takeForward(const QStringList& names, const QString& from, const QString& to) {
+    for (const QString& name : names) dropTwin(QDir(from).filePath(name), QDir(to).filePath(name));
+}
+
+void takeBack(const QStringList& names, const QString& from, const QString& to) {
+    for (const QString& name : names) {
+        const QString here = QDir(from).filePath(name);
+        const QString there = QDir(to).filePath(name);
+        QFile::remove(there + temporarySuffix);
+        dropTwin(there, here);
+        // Where it could only be renamed.
+        if (!exists(here) && exists(there)) renameTo(there, here);
+    }
+}
+
+}  // namespace
+
+ModelsMove::ModelsMove(const QString& from, const QString& to) : from_(from), to_(to), note_(noteFile()) {
+    if (!note_.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) return;
+    claim_ = Claim::on(note_.fileName());
+    note_.write(lineOf(from_) + lineOf(to_));
+}
+
+ModelsMove::~ModelsMove() {
+    if (!finished_) takeBack(brought_, from_, to_);
+    note_.remove();
+}
+
+void ModelsMove::bring() {
+    const auto everything = QDir::Files | QDir::Dirs | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    const QStringList names = QDir(from_).entryList(everything, QDir::Name);
+    for (const QString& name : names) {
+        const QString extension = QFileInfo(name).suffix();
+        if (extension == QStringLiteral("bin") || extension == QStringLiteral("gguf")) bringOne(name);
+    }
+}
+
+void ModelsMove::bringOne(const QString& name) {
+    const QString from = QDir(from_).filePath(name);
+    const QString to = QDir(to_).filePath(name);
+    if (exists(to)) return;
+    // Noted before it is done: what is in the note and in the new folder is ours.
+    brought_.append(name);
+    note_.write(lineOf(name));
+    const int refusal = giveSecondName(from, to);
+    if (refusal == EXDEV) {
+        copyAcrossFileSystems(from, to);
+    } else if (refusal != 0 && !exists(to)) {
+        renameTo(from, to);
+    }
+}
+
+void ModelsMove::finish() {
+    finished_ = true;
+    takeForward(brought_, from_, to_);
+}
+
+void ModelsMove::recover() {
+    QFile note(noteFile());
+    if (!note.exists() || isClaimed(note.fileName()) || !note.open(QIODevice::ReadOnly)) return;
+    QByteArrayList lines = note.readAll().split('\n');
+    // What follows the last line end was not written to its end, and nothing of it was begun.
+    lines.removeLast();
+    if (lines.size() > 2) {
+        const QString from = textOf(lines.takeFirst());
+        const QString to = textOf(lines.takeFirst());
+        QStringList names;
+        for (const QByteArray& line : lines) names.append(textOf(line));
+        const bool adopted = QDir::cleanPath(Config::modelsDir()) == QDir::cleanPath(to);
+        (adopted ? takeForward : takeBack)(names, from, to);
+    }
+    note.remove();
+}
+
+}  // namespace parlivo

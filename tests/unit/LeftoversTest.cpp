@@ -1,0 +1,164 @@
+#include "app/Leftovers.h"
+#include "audio/CaptureFile.h"
+#include "support/Claim.h"
+#include "support/PlatformTest.h"
+#include "support/ScopedFile.h"
+#include "support/Uuid.h"
+#include "support/Waiting.h"
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+namespace parlivo {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// What a start does to the files that it finds among the temporary ones.
+class LeftoversTest : public PlatformTest {
+  protected:
+    QString path(const QString& name) const { return platform.directories().temporary() + u'/' + name; }
+    QString make(const QString& name) const {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write("una voce") == 8) << name.toStdString();
+        return path(name);
+    }
+    static QString recording(const QString& extension) {
+        return u"parlivo-"_s + freshUuid() + u'.' + extension;
+    }
+    QStringList files() const {
+        return QDir(platform.directories().temporary())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    }
+};
+
+TEST_F(LeftoversTest, WhatNobodyClaimsGoes) {
+    make(recording(u"caf"_s));
+    make(recording(u"wav"_s));
+    const QString uuid = freshUuid();
+    make(u"parlivo-"_s + uuid + u".caf"_s);
+    make(u"parlivo-"_s + uuid + u".wav"_s);
+    make(u"parlivo-update-"_s + freshUuid() + u".zip"_s);
+    const QString update = u"parlivo-update-"_s + freshUuid();
+    QDir().mkpath(path(update + u"/Parlivo.app/Contents"_s));
+    make(update + u"/Parlivo.app/Contents/Info.plist"_s);
+    removeLeftovers();
+    EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(LeftoversTest, WhatHasAnotherNameOrKindStays) {
+    const QString uuid = freshUuid();
+    QStringList others{
+        u"parlivo-"_s + uuid + u".mp3"_s,           u"parlivo-"_s + uuid + u".caf.bak"_s,
+        u"parlivo-"_s + uuid.toLower() + u".caf"_s, u"parlivo-"_s + uuid.chopped(1) + u".wav"_s,
+        u"parlivo-mia registrazione.wav"_s,         u"la mia parlivo-"_s + uuid + u".caf"_s,
+        u"Parlivo-"_s + uuid + u".wav"_s,           u"parlivo-update-note"_s,
+        u"parlivo-update-"_s + uuid + u".zip.txt"_s};
+    for (const QString& name : others) make(name);
+    const QString folder = recording(u"caf"_s);
+    const QString link = recording(u"caf"_s);
+    const QString pipe = recording(u"wav"_s);
+    QDir().mkpath(path(folder));
+    QFile::link(path(others.first()), path(link));
+    ASSERT_EQ(mkfifo(qPrintable(path(pipe)), 0600), 0);
+    others += {folder, link, pipe};
+    removeLeftovers();
+    others.sort();
+    EXPECT_EQ(files(), others);
+}
+
+TEST_F(LeftoversTest, WhatBelongsToAnotherUserStays) {
+    const QString name = recording(u"caf"_s);
+    make(name);
+    if (::chown(qPrintable(path(name)), 65534, 65534) != 0) {
+        // Only root makes files for others; to anybody else theirs are closed, as this one is then.
+        ASSERT_NE(::geteuid(), 0U);
+        ASSERT_EQ(::chmod(qPrintable(path(name)), 0), 0);
+    }
+    removeLeftovers();
+    EXPECT_EQ(files(), QStringList(name));
+}
+
+TEST_F(LeftoversTest, ARecordingUnderWayStaysUntilItIsClosed) {
+    const QString name = recording(u"caf"_s);
+    {
+        const CaptureFile file(path(name), {48'000, 1});
+        removeLeftovers();
+        EXPECT_EQ(files(), QStringList(name));
+    }
+    removeLeftovers();
+    EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(LeftoversTest, ARecordingThatWaitsToBeRecognisedStays) {
+    const QString uuid = freshUuid();
+    const QString capture = u"parlivo-"_s + uuid + u".caf"_s;
+    const QString wav = u"parlivo-"_s + uuid + u".wav"_s;
+    ScopedFile held(make(capture));
+    make(wav);
+    removeLeftovers();
+    EXPECT_EQ(files(), QStringList({capture, wav})) << "a WAV in the making is as safe as its capture file";
+    const ScopedFile converted(path(wav));
+    held.remove();
+    removeLeftovers();
+    EXPECT_EQ(files(), QStringList(wav));
+}
+
+TEST_F(LeftoversTest, ADeletedFileIsHeldOpenByNobody) {
+    ScopedFile file(make(recording(u"caf"_s)));
+    file.remove();
+    for (const QString& descriptor : QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System))
+        EXPECT_FALSE(QFile::symLinkTarget(u"/proc/self/fd/"_s + descriptor).contains(u"parlivo-"_s));
+}
+
+TEST_F(LeftoversTest, TheFilesOfAKilledProcessAreFree) {
+    const QString name = recording(u"caf"_s);
+    const QString ready = path(u"pronto"_s);
+    const pid_t other = fork();
+    ASSERT_GE(other, 0);
+    if (other == 0) {
+        const ScopedFile claimed(make(name));
+        if (!QFile(ready).open(QIODevice::WriteOnly)) _exit(1);
+        while (true) pause();
+    }
+    ASSERT_TRUE(desktop::waitFor([&] { return QFile::exists(ready); }));
+    removeLeftovers();
+    EXPECT_TRUE(QFile::exists(path(name))) << "its process lives";
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
+    removeLeftovers();
+    EXPECT_FALSE(QFile::exists(path(name)));
+}
+
+TEST_F(LeftoversTest, NoneIsLostThatIsMadeWhileOthersClean) {
+    std::atomic<bool> done = false;
+    std::jthread other([&] {
+        while (!done) removeLeftovers();
+    });
+    for (int i = 0; i < 300; ++i) {
+        const QString capture = path(recording(u"caf"_s));
+        const QString folder = path(u"parlivo-update-"_s + freshUuid());
+        {
+            const CaptureFile file(capture, {48'000, 1});
+            const auto claim = createClaimedFolder(folder);
+            std::this_thread::yield();
+            ASSERT_TRUE(QFile::exists(capture));
+            ASSERT_TRUE(claim && QFile::exists(folder));
+        }
+    }
+    done = true;
+}
+
+TEST_F(LeftoversTest, WithoutATemporaryFolderNothingHappens) {
+    QDir(platform.directories().temporary()).removeRecursively();
+    removeLeftovers();
+    EXPECT_FALSE(QFile::exists(platform.directories().temporary()));
+}
+
+}  // namespace
+}  // namespace parlivo
