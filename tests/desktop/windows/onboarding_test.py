@@ -185,7 +185,7 @@ class DownloadTest(FirstRunTest):
         self.assertNotEqual(left, [BEST])
         self.start()
         self.program.wait_for_words(*WELCOME)
-        self.assertEqual(os.listdir(models_folder()), [])
+        wait_for("the left-over to go", lambda: os.listdir(models_folder()) == [])
 
     def test_ended_in_mid_download(self):
         self.web.hold(BEST, 0.5)

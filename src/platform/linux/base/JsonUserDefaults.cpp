@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLockFile>
+#include <QRegularExpression>
 #include <QSettings>
 
 #include <cstdio>
@@ -13,6 +15,9 @@
 namespace parlivo {
 
 namespace {
+
+/// What a file that could not be read is called from then on.
+const QString asideSuffix = QStringLiteral("broken");
 
 bool readJson(QIODevice& device, QSettings::SettingsMap& map) {
     const QJsonDocument document = QJsonDocument::fromJson(device.readAll());
@@ -43,6 +48,20 @@ void createPrivately(const QString& path) {
     file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
 }
 
+/// Deletes what killed programs were writing beside the settings, under the names that QSaveFile gives. While
+/// one has QSettings' own lock no other writes.
+void removeLeftovers(const QString& path) {
+    QLockFile lock(path + QStringLiteral(".lock"));
+    if (!lock.tryLock(0)) return;
+    const QFileInfo file(path);
+    const QRegularExpression unfinished(
+        QRegularExpression::anchoredPattern(QRegularExpression::escape(file.fileName() + QLatin1Char('.')) +
+                                            QStringLiteral("(?!%1)[A-Za-z]{6}").arg(asideSuffix)));
+    const QDir folder = file.dir();
+    const QStringList names = folder.entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    for (const QString& name : names.filter(unfinished)) QFile::remove(folder.filePath(name));
+}
+
 }  // namespace
 
 JsonUserDefaults::JsonUserDefaults(QString file, Complaint complaint)
@@ -70,6 +89,7 @@ void JsonUserDefaults::write(const std::function<void(QSettings&)>& change) cons
         setAsideIfBroken(settings);
     }
     createPrivately(file_);
+    if (!std::exchange(tidied_, true)) removeLeftovers(file_);
     QSettings settings(file_, jsonFormat());
     change(settings);
     settings.sync();
@@ -80,7 +100,7 @@ void JsonUserDefaults::write(const std::function<void(QSettings&)>& change) cons
 
 void JsonUserDefaults::setAsideIfBroken(const QSettings& settings) const {
     if (settings.status() != QSettings::FormatError) return;
-    const QString aside = file_ + QStringLiteral(".broken");
+    const QString aside = file_ + QLatin1Char('.') + asideSuffix;
     // rename(2) replaces an earlier broken file in one step; QFile::rename would refuse to.
     std::rename(QFile::encodeName(file_).constData(), QFile::encodeName(aside).constData());
     complaint_(QStringLiteral("impostazioni illeggibili, messe da parte in ") + aside);

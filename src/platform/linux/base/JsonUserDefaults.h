@@ -30,6 +30,8 @@ class JsonUserDefaults : public UserDefaults {
 
     const QString file_;
     const Complaint complaint_;
+    /// Whether what killed programs left beside the file is gone; it goes before the first write.
+    mutable bool tidied_ = false;  // under mutex_
     /// QSettings is thread-safe by itself; this keeps "set the broken file aside" and a write from
     /// interleaving.
     mutable std::mutex mutex_;
