@@ -48,6 +48,7 @@ AppDelegate::AppDelegate(Collaborators collaborators, AudioRecorder::Now now)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
+    pipelineQueue_.async(removeLeftovers);
     ModelsMove::recover();
     setupStatusItem();
     overlay_.setLevelProvider(
@@ -66,7 +67,6 @@ void AppDelegate::applicationDidFinishLaunching() {
     ask_.showWhatsNew();
     installHotKey();
     pipelineQueue_.async([] { Platform::current().keyboard().prepare(); });
-    pipelineQueue_.async(removeLeftovers);
     if (ready) warmUp();
 }
 

@@ -47,3 +47,8 @@ extern "C" int rename(const char* from, const char* to) noexcept {
     haltAt("rename", to);
     return real<int(const char*, const char*)>("rename")(from, to);
 }
+
+extern "C" int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept {
+    haltAt("rename", to);
+    return real<int(int, const char*, int, const char*)>("renameat")(fromFolder, from, toFolder, to);
+}

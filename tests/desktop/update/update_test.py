@@ -12,6 +12,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -36,6 +37,7 @@ class Site(http.server.ThreadingHTTPServer):
 
     def __init__(self, version, archive):
         self.pages = {"/Parlivo.zip": archive}
+        self.held = {}  # paths whose second half waits for an event
         super().__init__(("127.0.0.1", 0), Answer)
         self.address = f"http://127.0.0.1:{self.server_port}"
         self.pages["/updates.json"] = json.dumps({
@@ -50,7 +52,14 @@ class Answer(http.server.BaseHTTPRequestHandler):
         self.send_response(404 if page is None else 200)
         self.send_header("Content-Length", str(len(page or b"")))
         self.end_headers()
-        self.wfile.write(page or b"")
+        half = len(page or b"") // 2
+        self.wfile.write((page or b"")[:half])
+        if self.path in self.server.held:
+            self.server.held[self.path].wait()
+        try:
+            self.wfile.write((page or b"")[half:])
+        except OSError:  # the program was killed
+            self.close_connection = True
 
     def log_message(self, *_):
         pass
@@ -192,8 +201,8 @@ class UpdateCase(unittest.TestCase):
     def command(self):
         return [self.bundle / "Contents/MacOS/Parlivo"]
 
-    def start(self, address):
-        environment = dict(os.environ, PARLIVO_SITE_BASE=address, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+    def start(self, address, **more):
+        environment = dict(os.environ, PARLIVO_SITE_BASE=address, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **more)
         process = subprocess.Popen(self.command(), env=environment)
         self.processes.append(process)
         wait_for("the program on the bus", lambda: running_process() == process.pid)
@@ -286,6 +295,76 @@ class NotesTest(UpdateCase):
         quit_program()
         wait_for("its end", lambda: program.poll() is not None)
         self.assertEqual(program.returncode, 0)
+
+
+class KillTest(UpdateCase):
+    """The program is killed in the middle of an update, and started again."""
+
+    def start_update(self, site, step=""):
+        program = self.start(site.address, **windows.halting_at(pathlib.Path(windows.PROGRAM), step))
+        self.accept_offer(program)
+        return program
+
+    def kill(self, program):
+        left = [path.name for path in pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-update-*")]
+        program.kill()
+        program.wait()
+        return left
+
+    def assert_the_old_version_starts(self, site, before):
+        self.assertEqual(digest(self.bundle), before)
+        program = self.start(site.address)
+        self.assertEqual(property_of_program("Version"), self.version)
+        wait_for("the left-overs to go", lambda: not list(pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-*")))
+        quit_program()
+        program.wait(PATIENCE)
+
+    def test_while_downloading_unpacking_and_replacing(self):
+        site = self.open_site()
+        before = digest(self.bundle)
+
+        site.held["/Parlivo.zip"] = threading.Event()
+        program = self.start_update(site)
+        temporary = pathlib.Path(os.environ["TMPDIR"])
+        wait_for("half of the archive", lambda: [path for path in temporary.glob("parlivo-update-*.zip")
+                                                 if path.stat().st_size >= len(self.archive) // 2])
+        self.assertEqual(len(self.kill(program)), 1)
+        site.held.pop("/Parlivo.zip").set()
+        self.assert_the_old_version_starts(site, before)
+
+        program = self.start_update(site, "unzip:start:")
+        wait_for("the unpacking", lambda: windows.halted("unzip"))
+        self.assertEqual(len(self.kill(program)), 1)
+        wait_for("unzip to die with it", lambda: not windows.halted("unzip"))
+        self.assert_the_old_version_starts(site, before)
+
+        # Some files are new already, and no others will be: nothing rolls that back. Each is whole, and what is there
+        # can be started.
+        program = self.start_update(site, "rsync:rename:novit")
+        wait_for("the replacing", lambda: windows.halted("rsync"))
+        self.assertEqual(len(self.kill(program)), 1)
+        for process in windows.halted("rsync"):
+            os.kill(process, signal.SIGCONT)
+        wait_for("rsync to end", lambda: not windows.processes_named("rsync"))
+        expected = digest(self.expected)
+        for name, content in digest(self.bundle).items():
+            if not pathlib.Path(name).name.startswith("."):  # where rsync was writing
+                self.assertIn(content, (before.get(name), expected.get(name)), name)
+        self.start(site.address)
+        self.assertIn(property_of_program("Version"), (self.version, self.newer))
+        wait_for("the left-overs to go", lambda: not list(temporary.glob("parlivo-*")))
+
+    def test_before_the_new_version_is_started(self):
+        site = self.open_site()
+        program = self.start_update(site, "sh:start:")
+        wait_for("the shell that is to start it", lambda: windows.halted("sh"))
+        self.kill(program)
+        for process in windows.halted("sh"):
+            os.kill(process, signal.SIGKILL)
+        self.assertEqual(digest(self.bundle), digest(self.expected))
+        program = self.start(site.address)
+        self.assertEqual(property_of_program("Version"), self.newer)
+        wait_for("the left-overs to go", lambda: not list(pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-*")))
 
 
 class FullDiskTest(UpdateCase):

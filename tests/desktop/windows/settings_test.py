@@ -111,7 +111,7 @@ class GeneralTabTest(SettingsTest):
         self.program.wait(str(chosen))
         self.assertEqual(sorted(os.listdir(chosen)), sorted([BEST, FULL]))
         self.assertEqual((chosen / BEST).read_bytes(), MODELS[BEST])
-        self.assertEqual(os.listdir(models_folder()), ["note.txt"])
+        wait_for("the old ones to go", lambda: os.listdir(models_folder()) == ["note.txt"])
         self.wait_until_stopped("whisper-server", before)
 
     def test_a_cancelled_chooser_changes_nothing(self):
@@ -124,6 +124,51 @@ class GeneralTabTest(SettingsTest):
     def test_feedback_opens(self):
         self.program.press("Invia feedback…")
         self.program.wait("Il tuo parere su Parlivo")
+
+
+class KilledMoveTest(WindowsTest):
+    """The program is killed while it moves the models, and started again."""
+
+    def kill_while_moving(self, chosen, step):
+        store({"onboardingDone": True})
+        provide_models(BEST, FULL)
+        (models_folder() / "note.txt").write_text("mine")
+        chosen.mkdir()
+        self.addCleanup(shutil.rmtree, chosen)
+        build = pathlib.Path(windows.PROGRAM).parents[4]
+        self.start("--settings", **windows.halting_at(build, step))
+        self.program.press("Cambia…")
+        self.program.wait("Cartella:", "text").set_text_contents(str(chosen))
+        self.program.press("Usa questa cartella", "push button")
+        wait_for("the step", lambda: windows.halted("Parlivo") == [self.program.process.pid])
+        self.program.kill()
+        wait_for("its engines to die with it", lambda: not processes_named("whisper-server"))
+
+    def assert_next_start_has(self, folder):
+        self.start()
+        wait_for("the recogniser", lambda: processes_named("whisper-server"))
+        arguments = pathlib.Path(f"/proc/{processes_named('whisper-server')[0]}/cmdline").read_bytes().decode()
+        self.assertIn(f"\0{folder / BEST}\0", arguments)
+        self.assertIsNone(self.program.find("Scarica"))
+        for name in (BEST, FULL):
+            self.assertEqual((folder / name).read_bytes(), MODELS[name])
+        self.assertEqual(sorted(os.listdir(data_folder())), ["models"])
+
+    def test_before_the_last_copy_has_its_name(self):
+        chosen = pathlib.Path("/dev/shm/altrove")
+        self.kill_while_moving(chosen, f"Parlivo:rename:{BEST}")
+        self.assertEqual(sorted(os.listdir(chosen)), sorted([f"{BEST}.parlivo-move", FULL]))
+        self.assertNotIn("modelsDir", settings())
+        self.assert_next_start_has(models_folder())
+        self.assertEqual(os.listdir(chosen), [])
+
+    def test_before_the_old_ones_go(self):
+        chosen = pathlib.Path(os.environ["HOME"], "un altro posto")
+        self.kill_while_moving(chosen, f"Parlivo:unlink:/models/{FULL}")
+        self.assertEqual(settings()["modelsDir"], str(chosen))
+        self.assertEqual(sorted(os.listdir(models_folder())), sorted([BEST, FULL, "note.txt"]))
+        self.assert_next_start_has(chosen)
+        self.assertEqual(os.listdir(models_folder()), ["note.txt"])
 
 
 class DictationTabTest(SettingsTest):

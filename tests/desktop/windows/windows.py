@@ -319,6 +319,23 @@ def speak(words):
     subprocess.run(["paplay", "--device=cavo", f"{temporary}/spoken.wav"], check=True)
 
 
+def halting_at(build, step):
+    """What is to be in the environment of a program that stops before a step (tests/support/Halt.cpp)."""
+    return {"LD_PRELOAD": str(build / "tests/support/libhalt.so"), "PARLIVO_HALT": step}
+
+
+def halted(name):
+    """The processes of this name that have stopped."""
+    found = []
+    for entry in pathlib.Path("/proc").iterdir():
+        try:
+            if entry.name.isdigit() and f"({name}) T " in (entry / "stat").read_text():
+                found.append(int(entry.name))
+        except OSError:  # it has just ended
+            pass
+    return found
+
+
 def processes_named(name):
     found = []
     for entry in pathlib.Path("/proc").iterdir():
