@@ -1,6 +1,7 @@
 #include "platform/linux/base/JsonUserDefaults.h"
 #include "support/Waiting.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
@@ -76,6 +77,17 @@ TEST_F(KilledWriteTest, TheFileIsAlwaysWholeAndOfOneMoment) {
     store().setValue(u"n"_s, -1);
     EXPECT_EQ(counter(), -1) << "no dead program's lock is in the way";
     EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files | QDir::Hidden), QStringList(u"Parlivo.json"_s));
+}
+
+TEST_F(KilledWriteTest, ALockWithoutAnOwnersNameHoldsNobodyUp) {
+    QFile lock(file() + u".lock"_s);
+    ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
+    // Otherwise its age would free the way in the end.
+    ASSERT_TRUE(lock.setFileTime(QDateTime::currentDateTime().addDays(1), QFile::FileModificationTime));
+    lock.close();
+    store().setValue(u"n"_s, 7);
+    EXPECT_EQ(counter(), 7);
+    EXPECT_FALSE(lock.exists());
 }
 
 TEST_F(KilledWriteTest, OnlyWhatWasBeingWrittenIsCleanedAway) {

@@ -1,5 +1,7 @@
 #include "platform/linux/base/JsonUserDefaults.h"
 
+#include "support/Claim.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -51,7 +53,11 @@ void createPrivately(const QString& path) {
 /// Deletes what killed programs were writing beside the settings, under the names that QSaveFile gives. While
 /// one has QSettings' own lock no other writes.
 void removeLeftovers(const QString& path) {
-    QLockFile lock(path + QStringLiteral(".lock"));
+    const QString lockFile = path + QStringLiteral(".lock");
+    // Of a program that was killed before it had written its name into it, nobody knows that it is dead:
+    // QSettings would wait half a minute. Living ones hold a flock(2) on theirs.
+    removeUnclaimed(lockFile);
+    QLockFile lock(lockFile);
     if (!lock.tryLock(0)) return;
     const QFileInfo file(path);
     const QRegularExpression unfinished(
