@@ -5,8 +5,8 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <csignal>
-#include <memory>
 
 namespace parlivo::desktop {
 namespace {
@@ -38,12 +38,25 @@ class KillTest : public RoadTest {
         program.signal(SIGKILL);
         EXPECT_EQ(program.waitForExit(), std::nullopt);
         EXPECT_FALSE(program.isRunning());
-        EXPECT_TRUE(waitFor([] { return processesNamed(stubEngine).empty(); })) << "its engines outlive it";
+        EXPECT_TRUE(waitFor([] { return enginesAreGone(); })) << "its engines outlive it";
         EXPECT_TRUE(waitFor([] { return recordingStreams().isEmpty(); })) << "the microphone stays open";
+    }
+
+    static bool enginesAreGone() {
+        return processesNamed(stubEngine).empty() &&
+               processesNamed(QStringLiteral("whisper-server")).empty() &&
+               processesNamed(QStringLiteral("llama-server")).empty();
+    }
+    /// A dying process has no name any more before it lets go of its port.
+    static bool portsAreFree() {
+        return std::ranges::none_of(listeners(), [](const Listener& listener) {
+            return listener.port == 8765 || listener.port == 8766;
+        });
     }
 
     /// What a start owes the user whatever there was before.
     void expectTheNextStartWorks() {
+        ASSERT_TRUE(waitFor([] { return portsAreFree(); }));
         StubRecogniser stub;
         const Receiver receiver(Receiver::Kind::Qt);
         const Program program;

@@ -141,6 +141,23 @@ QString Program::errors() {
     return QString::fromUtf8(process_.readAllStandardError());
 }
 
+std::vector<Listener> listeners() {
+    const auto listening = QStringLiteral("0A");
+    std::vector<Listener> found;
+    for (const auto& table : {QStringLiteral("/proc/net/tcp"), QStringLiteral("/proc/net/tcp6")}) {
+        QFile file(table);
+        if (!file.open(QIODevice::ReadOnly)) continue;
+        const QStringList lines = QString::fromLatin1(file.readAll()).split(QLatin1Char('\n')).mid(1);
+        for (const QString& line : lines) {
+            const QStringList columns = line.simplified().split(QLatin1Char(' '));
+            if (columns.value(3) != listening) continue;
+            const QStringList local = columns[1].split(QLatin1Char(':'));
+            found.push_back({local.value(0), static_cast<quint16>(local.value(1).toUInt(nullptr, 16))});
+        }
+    }
+    return found;
+}
+
 std::vector<pid_t> processesNamed(const QString& name) {
     std::vector<pid_t> found;
     for (const QString& entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {

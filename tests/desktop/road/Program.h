@@ -90,6 +90,14 @@ class Program : public QObject {
     QStringList states_;
 };
 
+/// A TCP socket that waits for connections (/proc/net/tcp and tcp6, proc(5)).
+struct Listener {
+    QString address;  ///< in hexadecimal digits, as the system tells it
+    quint16 port = 0;
+};
+/// All of them in this world.
+std::vector<Listener> listeners();
+
 /// The ids of the running processes whose executable file has this name.
 std::vector<pid_t> processesNamed(const QString& name);
 
