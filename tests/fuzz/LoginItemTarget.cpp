@@ -8,6 +8,7 @@ namespace parlivo::fuzz {
 
 namespace {
 
+/// Below a configuration folder that is nobody's.
 QString entryFile() {
     static const QString path = [] {
         const QString configuration = scratchPath(QStringLiteral("config"));
@@ -22,19 +23,20 @@ QString entryFile() {
 
 /// The program's path up to the first NUL, and after that what stands in the entry.
 void attack(const QByteArray& input) {
+    const QString entry = entryFile();
     const qsizetype end = input.indexOf('\0');
     const QString program = QLatin1Char('/') + QString::fromUtf8(input.left(end));
     XdgLoginItem item(program);
     if (end >= 0) {
-        writeFile(entryFile(), input.sliced(end + 1));
+        writeFile(entry, input.sliced(end + 1));
         item.isEnabled();
     }
     item.setEnabled(true);
     expect(item.isEnabled(), "what was switched on is on");
-    expect(readFile(entryFile()).count('\n') == 6, "the entry has the lines that it should have");
+    expect(readFile(entry).count('\n') == 6, "the entry has the lines that it should have");
     expect(!XdgLoginItem(program + QLatin1Char('x')).isEnabled(), "another copy is not");
     item.setEnabled(false);
-    expect(!item.isEnabled() && !QFile::exists(entryFile()), "what was switched off is off");
+    expect(!item.isEnabled() && !QFile::exists(entry), "what was switched off is off");
 }
 
 }  // namespace parlivo::fuzz
