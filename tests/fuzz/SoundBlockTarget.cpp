@@ -9,7 +9,7 @@ namespace parlivo::fuzz {
 
 namespace {
 
-constexpr std::size_t piece = 37;  // frames, to be out of step with the blocks
+constexpr std::size_t piece = 11;  // frames, to be out of step with the blocks
 
 /// What a recording should be, beside what the assembler makes of it.
 class Recording {
