@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 namespace parlivo::desktop {
 
 namespace {
@@ -44,7 +46,8 @@ QStringList recordingStreams() {
 }
 
 void endSoundServer() {
-    soundServer::kill();
+    // The one that came with the desktop, or a later one.
+    for (const pid_t process : processesNamed(server)) ::kill(process, SIGKILL);
     ASSERT_TRUE(waitFor([] { return processesNamed(server).empty(); }));
 }
 
