@@ -168,7 +168,8 @@ TEST_F(TranscriberTest, AServerThatRepliesTooSlowlyIsGivenUp) {
                                       StubReply::Manner::OneByOne, milliseconds(10)});
     hurry();
     int code = 0;
-    EXPECT_GE(statedTimeOf([&] { code = failureOf(wav); }), seconds(125)) << "whatever the progress";
+    // It takes 125 s, or 120 of silence where the machine itself stands still for that long in hurried time.
+    EXPECT_GE(statedTimeOf([&] { code = failureOf(wav); }), seconds(120)) << "whatever the progress";
     EXPECT_EQ(code, 4);
 }
 
