@@ -8,8 +8,9 @@ void attack(const QByteArray& input) {
     const QString key = QStringLiteral("CFBundleShortVersionString");
     const auto version = propertyListString(input, key);
     if (!version) return;
-    expect(input.contains("CFBundle") || input.contains("&#") || input.contains("<![CDATA[") ||
-               input.contains("<!ENTITY") || input.contains('\0'),
+    // Written out, or pieced together by references.
+    expect(input.contains("CFBundle") || input.contains('&') || input.contains("<![CDATA[") ||
+               input.contains('\0'),
            "a version stands under its key");
     expect(!isNewer(*version, *version), "a version can be compared");
     const QByteArray list = "<plist version=\"1.0\"><dict><key>CFBundleShortVersionString</key><string>" +
