@@ -33,8 +33,8 @@ QString log();
 
 /// The files of recordings that lie about.
 QStringList recordings();
-/// The regular files below the private folders, the whole of /tmp, that contain `text`; those of the project do not
-/// count.
+/// The regular files below the private folders, the whole of /tmp, that contain `text`; those of the project
+/// do not count.
 QStringList filesWith(const QByteArray& text);
 
 }  // namespace parlivo::desktop::home
