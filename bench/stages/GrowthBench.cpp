@@ -34,7 +34,7 @@ struct Cost {
     double megabytes = 0;
 };
 
-/// One process's line of proc(5), /proc/PID/status, in kB.
+/// A line of proc(5), /proc/PID/status, in kB.
 double statusLine(const QByteArray& name) {
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly)) throw std::runtime_error("no /proc/self/status");

@@ -71,41 +71,35 @@ class EngineFault : public RoadTest {
             << qPrintable(program.statusText());
         expectNothingLeft(program);
     }
+    /// From a start with a recogniser that cannot serve, to a dictation once there is a good one.
+    void expectToldAndRecoveredFrom(const BundleCopy& bundle) {
+        const Program program(bundle.path());
+        const Receiver receiver(Receiver::Kind::Qt);
+        ASSERT_TRUE(program.waitUntilUp());
+        expectWaitForNoServer(program);
+        bundle.putEngine(whisperServer, demo::engine(whisperServer));
+        expectRecovery(program, receiver);
+    }
 };
 
 TEST_F(EngineFault, AServerThatIsNotThereIsWaitedForAndThenTold) {
     const BundleCopy bundle;
-    const Program program(bundle.path());
-    const Receiver receiver(Receiver::Kind::Qt);
-    ASSERT_TRUE(program.waitUntilUp());
-    expectWaitForNoServer(program);
-    bundle.putEngine(whisperServer, demo::engine(whisperServer));
-    expectRecovery(program, receiver);
+    expectToldAndRecoveredFrom(bundle);
 }
 
 TEST_F(EngineFault, AServerThatMayNotBeRunIsWaitedForAndThenTold) {
     const BundleCopy bundle;
     bundle.putEngine(whisperServer, "#!/bin/sh\n", QFile::ReadOwner | QFile::WriteOwner);
-    const Program program(bundle.path());
-    const Receiver receiver(Receiver::Kind::Qt);
-    ASSERT_TRUE(program.waitUntilUp());
-    expectWaitForNoServer(program);
-    bundle.putEngine(whisperServer, demo::engine(whisperServer));
-    expectRecovery(program, receiver);
+    expectToldAndRecoveredFrom(bundle);
 }
 
 TEST_F(EngineFault, AServerThatDiesAtItsStartIsNotStartedOverAndOver) {
     const BundleCopy bundle;
     bundle.putEngine(whisperServer, "#!/bin/sh\necho >>\"$HOME/starts\"\nexit 1\n",
                      QFile::ReadOwner | QFile::ExeOwner);
-    const Program program(bundle.path());
-    const Receiver receiver(Receiver::Kind::Qt);
-    ASSERT_TRUE(program.waitUntilUp());
-    expectWaitForNoServer(program);
+    expectToldAndRecoveredFrom(bundle);
     EXPECT_EQ(QFileInfo(QDir::home().filePath(QStringLiteral("starts"))).size(), 2)
         << "once when the program started, once for the dictation";
-    bundle.putEngine(whisperServer, demo::engine(whisperServer));
-    expectRecovery(program, receiver);
 }
 
 /// Serves like an engine until it is asked for something, and dies of that.

@@ -14,6 +14,7 @@ namespace parlivo {
 namespace {
 
 using namespace Qt::StringLiterals;
+
 /// With the new folder adopted at once.
 void moveModels(const QString& from, const QString& to) {
     ModelsMove move(from, to);
@@ -22,7 +23,7 @@ void moveModels(const QString& from, const QString& to) {
 }
 
 /// Moves from one disk to another; TMPDIR is a small one here (8 MiB).
-class ModelsFolderDiskTest : public PlatformTest {
+class ModelsMoveDiskTest : public PlatformTest {
   protected:
     QString from(const QString& name) const { return from_.filePath(name); }
     QString to(const QString& name) const { return to_.filePath(name); }
@@ -47,7 +48,7 @@ class ModelsFolderDiskTest : public PlatformTest {
     const QTemporaryDir small_;
 };
 
-TEST_F(ModelsFolderDiskTest, WhatDoesNotFitStaysAndTheRestMoves) {
+TEST_F(ModelsMoveDiskTest, WhatDoesNotFitStaysAndTheRestMoves) {
     write(from(u"a.bin"_s), model(12 << 20));
     write(from(u"b.gguf"_s), model(1 << 20));
     moveModels(from_.path(), small_.path());
@@ -57,7 +58,7 @@ TEST_F(ModelsFolderDiskTest, WhatDoesNotFitStaysAndTheRestMoves) {
     EXPECT_EQ(files(small_.path()), QStringList(u"b.gguf"_s)) << "no half file is left";
 }
 
-TEST_F(ModelsFolderDiskTest, AFileOfThatNameIsNeverOverwritten) {
+TEST_F(ModelsMoveDiskTest, AFileOfThatNameIsNeverOverwritten) {
     write(from(u"a.bin"_s), "mine");
     write(to(u"a.bin"_s), "there");
     moveModels(from_.path(), to_.path());
@@ -65,7 +66,7 @@ TEST_F(ModelsFolderDiskTest, AFileOfThatNameIsNeverOverwritten) {
     EXPECT_EQ(read(to(u"a.bin"_s)), "there");
 }
 
-TEST_F(ModelsFolderDiskTest, AFolderWithAModelsNameStays) {
+TEST_F(ModelsMoveDiskTest, AFolderWithAModelsNameStays) {
     QDir().mkpath(from(u"cartella.bin/dentro"_s));
     write(from(u"b.gguf"_s), "b");
     moveModels(from_.path(), to_.path());
@@ -74,7 +75,7 @@ TEST_F(ModelsFolderDiskTest, AFolderWithAModelsNameStays) {
 }
 
 /// Where a move was when its program was killed, and what the next start makes of it.
-class KilledMoveTest : public ModelsFolderDiskTest {
+class KilledMoveTest : public ModelsMoveDiskTest {
   protected:
     enum class Adopted { No, Yes };
 
@@ -164,7 +165,7 @@ TEST_F(KilledMoveTest, AMoveOfALivingProgramIsLeftAlone) {
     EXPECT_EQ(files(from_.path()), QStringList());
 }
 
-TEST_F(ModelsFolderDiskTest, AMoveThatIsNotAdoptedIsTakenBack) {
+TEST_F(ModelsMoveDiskTest, AMoveThatIsNotAdoptedIsTakenBack) {
     write(from(u"a.gguf"_s), "a");
     write(from(u"b.bin"_s), "b");
     write(to(u"b.bin"_s), "sua");
@@ -174,7 +175,7 @@ TEST_F(ModelsFolderDiskTest, AMoveThatIsNotAdoptedIsTakenBack) {
     EXPECT_EQ(read(to(u"b.bin"_s)), "sua");
 }
 
-TEST_F(ModelsFolderDiskTest, ANoteThatWasNotWrittenToItsEndTellsNothing) {
+TEST_F(ModelsMoveDiskTest, ANoteThatWasNotWrittenToItsEndTellsNothing) {
     write(from(u"a.gguf"_s), "a");
     write(to(u"a.gguf"_s), "b");
     const QByteArray folders = from_.path().toUtf8() + '\n' + to_.path().toUtf8();

@@ -16,9 +16,9 @@ void moveModels(const QString& from, const QString& to) {
     move.finish();
 }
 
-class ModelsFolderTest : public PlatformTest {
+class ModelsMoveTest : public PlatformTest {
   protected:
-    ModelsFolderTest() {
+    ModelsMoveTest() {
         QDir().mkpath(from());
         QDir().mkpath(to());
     }
@@ -50,7 +50,7 @@ class ModelsFolderTest : public PlatformTest {
     QTemporaryDir here_;
 };
 
-TEST_F(ModelsFolderTest, OnlyModelFilesMove) {
+TEST_F(ModelsMoveTest, OnlyModelFilesMove) {
     for (const char* name : {"a.bin", "b.gguf", "c.txt", "d.BIN", "bin", "e.bin.parlivo-download"})
         write(from() + QLatin1Char('/') + QLatin1String(name), name);
     moveModels(from(), to());
@@ -59,7 +59,7 @@ TEST_F(ModelsFolderTest, OnlyModelFilesMove) {
     EXPECT_EQ(read(to() + QStringLiteral("/b.gguf")), "b.gguf");
 }
 
-TEST_F(ModelsFolderTest, AFileOfThatNameIsNeverOverwritten) {
+TEST_F(ModelsMoveTest, AFileOfThatNameIsNeverOverwritten) {
     write(from() + QStringLiteral("/a.bin"), "old");
     write(to() + QStringLiteral("/a.bin"), "there");
     write(from() + QStringLiteral("/b.bin"), "next");
@@ -69,14 +69,14 @@ TEST_F(ModelsFolderTest, AFileOfThatNameIsNeverOverwritten) {
     EXPECT_EQ(read(to() + QStringLiteral("/b.bin")), "next") << "the others are still tried";
 }
 
-TEST_F(ModelsFolderTest, IntoItselfNothingHappens) {
+TEST_F(ModelsMoveTest, IntoItselfNothingHappens) {
     write(from() + QStringLiteral("/a.bin"), "a");
     moveModels(from(), from());
     moveModels(from(), from() + QStringLiteral("/../da"));
     EXPECT_EQ(read(from() + QStringLiteral("/a.bin")), "a");
 }
 
-TEST_F(ModelsFolderTest, IntoItselfThroughALinkNothingHappens) {
+TEST_F(ModelsMoveTest, IntoItselfThroughALinkNothingHappens) {
     write(from() + QStringLiteral("/a.bin"), "a");
     const QString link = to() + QStringLiteral("/link");
     ASSERT_TRUE(QFile::link(from(), link));
@@ -84,7 +84,7 @@ TEST_F(ModelsFolderTest, IntoItselfThroughALinkNothingHappens) {
     EXPECT_EQ(read(from() + QStringLiteral("/a.bin")), "a");
 }
 
-TEST_F(ModelsFolderTest, IntoAFolderBelowItself) {
+TEST_F(ModelsMoveTest, IntoAFolderBelowItself) {
     write(from() + QStringLiteral("/a.bin"), "a");
     const QString below = from() + QStringLiteral("/dentro");
     QDir().mkpath(below);
@@ -92,7 +92,7 @@ TEST_F(ModelsFolderTest, IntoAFolderBelowItself) {
     EXPECT_EQ(read(below + QStringLiteral("/a.bin")), "a");
 }
 
-TEST_F(ModelsFolderTest, AFolderThatIsNotThereMovesNothing) {
+TEST_F(ModelsMoveTest, AFolderThatIsNotThereMovesNothing) {
     moveModels(from() + QStringLiteral("/nessuna"), to());
     EXPECT_TRUE(files(to()).isEmpty());
     write(from() + QStringLiteral("/a.bin"), "a");
@@ -100,7 +100,7 @@ TEST_F(ModelsFolderTest, AFolderThatIsNotThereMovesNothing) {
     EXPECT_EQ(read(from() + QStringLiteral("/a.bin")), "a");
 }
 
-TEST_F(ModelsFolderTest, AcrossFileSystemsTheWholeFileMoves) {
+TEST_F(ModelsMoveTest, AcrossFileSystemsTheWholeFileMoves) {
     ASSERT_FALSE(otherFileSystem().isEmpty()) << "no second file system to try this with";
     const QTemporaryDir other(otherFileSystem() + QStringLiteral("/parlivo-XXXXXX"));
     const QByteArray contents = QByteArray("modello ").repeated(400'000);
@@ -111,7 +111,7 @@ TEST_F(ModelsFolderTest, AcrossFileSystemsTheWholeFileMoves) {
     EXPECT_EQ(read(other.filePath(QStringLiteral("a.gguf"))), contents);
 }
 
-TEST_F(ModelsFolderTest, OntoAFullDiskTheFileStaysAndTheOthersAreTried) {
+TEST_F(ModelsMoveTest, OntoAFullDiskTheFileStaysAndTheOthersAreTried) {
     ASSERT_FALSE(otherFileSystem().isEmpty()) << "no second file system to try this with";
     const QTemporaryDir other(otherFileSystem() + QStringLiteral("/parlivo-XXXXXX"));
     const QByteArray large = QByteArray("x").repeated(3'000'000);
@@ -125,7 +125,7 @@ TEST_F(ModelsFolderTest, OntoAFullDiskTheFileStaysAndTheOthersAreTried) {
     EXPECT_EQ(files(other.path()), QStringList(QStringLiteral("b.bin"))) << "no half file is left";
 }
 
-TEST_F(ModelsFolderTest, AcrossFileSystemsTheEndOfTheProgramLeavesTheOriginal) {
+TEST_F(ModelsMoveTest, AcrossFileSystemsTheEndOfTheProgramLeavesTheOriginal) {
     ASSERT_FALSE(otherFileSystem().isEmpty()) << "no second file system to try this with";
     const QTemporaryDir other(otherFileSystem() + QStringLiteral("/parlivo-XXXXXX"));
     write(from() + QStringLiteral("/a.bin"), "a");
