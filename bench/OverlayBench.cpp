@@ -7,7 +7,7 @@
 #include "Program.h"
 #include "RoadTest.h"
 #include "Table.h"
-#include "audio/DictationOverlay.h"
+#include "audio/overlay/DictationOverlay.h"
 #include "platform/Adapters.h"
 #include "support/Error.h"
 #include "support/ReferenceWaveform.h"

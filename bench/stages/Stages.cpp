@@ -12,7 +12,7 @@
 #include "support/FakePlatform.h"
 #include "support/MainQueue.h"
 #include "support/Text.h"
-#include "ui/DictionaryTab.h"
+#include "ui/settings/DictionaryTab.h"
 
 #include <QFile>
 #include <QJsonDocument>

@@ -2,9 +2,9 @@
 
 #include "app/Collaborators.h"
 #include "app/State.h"
-#include "app/StatusMenu.h"
+#include "app/menu/StatusMenu.h"
 #include "audio/AudioRecorder.h"
-#include "audio/DictationOverlay.h"
+#include "audio/overlay/DictationOverlay.h"
 #include "input/HotKeyManager.h"
 #include "platform/RemoteControl.h"
 #include "support/Clock.h"

@@ -6,11 +6,11 @@
 #include "engines/LlamaRunner.h"
 #include "engines/Transcriber.h"
 #include "input/Injector.h"
-#include "ui/OnboardingWindowController.h"
-#include "ui/SettingsWindowController.h"
-#include "update/FeedbackWindowController.h"
+#include "ui/onboarding/OnboardingWindowController.h"
+#include "ui/settings/SettingsWindowController.h"
 #include "update/Updater.h"
 #include "update/WhatsNew.h"
+#include "update/feedback/FeedbackWindowController.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/StatusMenu.h"
+#include "app/menu/StatusMenu.h"
 
 #include <QString>
 

@@ -2,7 +2,7 @@
 //
 // usage: face_pictures FOLDER SCALE     writes FOLDER/NAME.png, at scale 2 FOLDER/NAME@2x.png
 
-#include "audio/WaveformPainter.h"
+#include "audio/overlay/WaveformPainter.h"
 #include "desktop/Face.h"
 #include "desktop/Screen.h"
 #include "desktop/StateIcons.h"
@@ -11,7 +11,7 @@
 #include "platform/Platform.h"
 #include "support/Error.h"
 #include "support/ReferenceWaveform.h"
-#include "ui/SymbolIcon.h"
+#include "ui/views/SymbolIcon.h"
 
 #include <QApplication>
 #include <QLinearGradient>

@@ -9,8 +9,8 @@
 //
 // Every line is answered with "done" when it is carried out.
 
-#include "app/StatusMenu.h"
-#include "audio/DictationOverlay.h"
+#include "app/menu/StatusMenu.h"
+#include "audio/overlay/DictationOverlay.h"
 #include "platform/Adapters.h"
 #include "platform/Platform.h"
 

@@ -1,4 +1,4 @@
-#include "audio/DictationOverlay.h"
+#include "audio/overlay/DictationOverlay.h"
 #include "support/PlatformTest.h"
 
 #include <QTest>

@@ -2,7 +2,7 @@
 #include "support/HttpSession.h"
 #include "support/StubServer.h"
 #include "support/WindowTest.h"
-#include "update/FeedbackWindowController.h"
+#include "update/feedback/FeedbackWindowController.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

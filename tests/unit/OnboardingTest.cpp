@@ -1,7 +1,7 @@
 #include "settings/Config.h"
 #include "support/WindowTest.h"
-#include "ui/OnboardingView.h"
-#include "ui/OnboardingWindowController.h"
+#include "ui/onboarding/OnboardingView.h"
+#include "ui/onboarding/OnboardingWindowController.h"
 #include "ui/views/ChoiceRow.h"
 #include "ui/views/SymbolView.h"
 

@@ -1,4 +1,4 @@
-#include "app/StatusMenu.h"
+#include "app/menu/StatusMenu.h"
 #include "support/PlatformTest.h"
 
 #include <QAction>

@@ -1,7 +1,7 @@
-#include "audio/InkLayer.h"
-#include "audio/WaveformGeometry.h"
-#include "audio/WaveformPainter.h"
-#include "audio/WaveformView.h"
+#include "audio/overlay/InkLayer.h"
+#include "audio/overlay/WaveformGeometry.h"
+#include "audio/overlay/WaveformPainter.h"
+#include "audio/overlay/WaveformView.h"
 #include "support/ReferenceWaveform.h"
 
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 #include "ui/views/Labels.h"
 
-#include "ui/SystemColour.h"
+#include "ui/views/SystemColour.h"
 
 #include <QApplication>
 #include <QEvent>

@@ -1,6 +1,6 @@
 #include "ui/views/SymbolView.h"
 
-#include "ui/SymbolIcon.h"
+#include "ui/views/SymbolIcon.h"
 
 #include <QPainter>
 

@@ -1,0 +1,118 @@
+#include "audio/overlay/WaveformPainter.h"
+
+#include <QLinearGradient>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <cmath>
+#include <cstring>
+
+namespace parlivo {
+
+namespace {
+
+constexpr double cornerRadius = WaveformPainter::cornerRadius;
+constexpr QColor cardTop(244, 240, 231);
+constexpr QColor cardMiddle(239, 234, 223);
+constexpr QColor cardBottom(234, 228, 215);
+constexpr double highlightAlpha = 0.7;
+constexpr double highlightWidth = 1.5;
+constexpr double borderAlpha = 0.06;
+
+constexpr QColor strandColour(66, 60, 53);
+constexpr double strandWidth = 0.7;
+constexpr QColor centreColour(56, 50, 43);
+constexpr double centreAlpha = 0.62;
+constexpr double centreWidth = 1.2;
+
+QColor withAlpha(Qt::GlobalColor colour, double alpha) {
+    QColor result(colour);
+    result.setAlphaF(static_cast<float>(alpha));
+    return result;
+}
+
+QLinearGradient cardGradient(double height) {
+    QLinearGradient gradient(0, 0, 0, height);
+    gradient.setStops({{0, cardTop}, {0.55, cardMiddle}, {1, cardBottom}});
+    return gradient;
+}
+
+/// The whole card but the ribbon, as if it had no corners to cut.
+QImage cardSurface(QSizeF size, double scale, QSize pixels) {
+    QImage surface(pixels, QImage::Format_ARGB32_Premultiplied);
+    QPainter painter(&surface);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
+    const QRectF bounds(QPointF(), size);
+    painter.fillRect(QRectF(QPointF(), QSizeF(pixels)), cardGradient(size.height()));
+    painter.setPen(QPen(withAlpha(Qt::white, highlightAlpha), highlightWidth, Qt::SolidLine, Qt::FlatCap));
+    painter.drawLine(QPointF(cornerRadius, 0.75), QPointF(size.width() - cornerRadius, 0.75));
+    painter.setPen(QPen(withAlpha(Qt::black, borderAlpha), 1));
+    painter.drawRoundedRect(bounds, cornerRadius, cornerRadius);
+    return surface;
+}
+
+QImage roundedOff(const QImage& surface, QSizeF size, double scale) {
+    QImage card(surface.size(), QImage::Format_ARGB32_Premultiplied);
+    card.fill(Qt::transparent);
+    QPainter painter(&card);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::black);
+    painter.drawRoundedRect(QRectF(QPointF(), size), cornerRadius, cornerRadius);
+    painter.resetTransform();
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.drawImage(0, 0, surface);
+    return card;
+}
+
+QSize pixelSize(QSizeF size, double scale) {
+    return {static_cast<int>(std::ceil(size.width() * scale)),
+            static_cast<int>(std::ceil(size.height() * scale))};
+}
+
+}  // namespace
+
+const QImage& WaveformPainter::frame(QSizeF size, double scale, Surroundings surroundings, double seconds,
+                                     double level) {
+    if (const Setting setting{size, scale, surroundings}; setting != setting_) {
+        setting_ = setting;
+        drawCard();
+    }
+    std::memcpy(frame_.bits(), card_.constBits(), static_cast<std::size_t>(card_.sizeInBytes()));
+    geometry_.update(size, seconds, level);
+    drawStrands(scale);
+    drawCentreLine(scale);
+    frame_.setDevicePixelRatio(scale);
+    return frame_;
+}
+
+void WaveformPainter::drawCard() {
+    const auto& [size, scale, surroundings] = setting_;
+    const QSize pixels = pixelSize(size, scale);
+    card_ = cardSurface(size, scale, pixels);
+    if (surroundings == Surroundings::Transparent) card_ = roundedOff(card_, size, scale);
+    frame_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+    ink_.resize(pixels);
+}
+
+void WaveformPainter::drawStrands(double scale) {
+    for (const Strand& strand : strands_)
+        ink_.stroke(inPixels(geometry_.strand(strand), scale), strandWidth * scale,
+                    WaveformGeometry::strandAlpha(strand));
+    ink_.flowOnto(frame_, strandColour);
+}
+
+void WaveformPainter::drawCentreLine(double scale) {
+    ink_.stroke(inPixels(geometry_.centreLine(), scale), centreWidth * scale, centreAlpha);
+    ink_.flowOnto(frame_, centreColour);
+}
+
+std::span<const QPointF> WaveformPainter::inPixels(std::span<const QPointF> line, double scale) {
+    line_.clear();
+    for (const QPointF& point : line) line_.push_back(point * scale);
+    return line_;
+}
+
+}  // namespace parlivo

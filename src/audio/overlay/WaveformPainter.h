@@ -1,0 +1,52 @@
+#pragma once
+
+#include "audio/overlay/InkLayer.h"
+#include "audio/overlay/WaveformGeometry.h"
+
+#include <QImage>
+#include <QSizeF>
+
+namespace parlivo {
+
+/// Draws the card with the ribbon, frame after frame, into a picture of its own.
+class WaveformPainter {
+  public:
+    /// Of the card.
+    static constexpr double cornerRadius = 20;
+
+    /// What lies around the card.
+    enum class Surroundings {
+        Transparent,  ///< its corners are round and let the desktop show
+        CutAway,      ///< somebody else cuts the corners off: the card fills them
+    };
+
+    /// The frame at one moment: the view's size, device pixels a unit, the seconds since the animation began
+    /// and the smoothed level (0–1). The picture stays valid until the next frame. Allocates only when the
+    /// size, the scale or the surroundings change.
+    const QImage& frame(QSizeF size, double scale, Surroundings surroundings, double seconds, double level);
+
+  private:
+    /// What the card depends on.
+    struct Setting {
+        QSizeF size;
+        double scale = 0;
+        Surroundings surroundings = Surroundings::Transparent;
+
+        bool operator==(const Setting&) const = default;
+    };
+
+    void drawCard();
+    void drawStrands(double scale);
+    void drawCentreLine(double scale);
+    std::span<const QPointF> inPixels(std::span<const QPointF> line, double scale);
+
+    std::array<Strand, WaveformGeometry::strandCount> strands_ = WaveformGeometry::makeStrands();
+    WaveformGeometry geometry_;
+    InkLayer ink_;
+    std::vector<QPointF> line_;
+    QImage card_;
+    QImage frame_;
+    Setting setting_;
+};
+
+}  // namespace parlivo

@@ -1,0 +1,201 @@
+#include "ui/onboarding/OnboardingView.h"
+
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "support/Clock.h"
+#include "support/MainQueue.h"
+#include "ui/onboarding/OnboardingPages.h"
+#include "ui/onboarding/OnboardingWindow.h"
+#include "ui/views/Dialogs.h"
+#include "ui/views/Form.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int pagePadding = 30;
+constexpr int footerPadding = 20;
+
+bool isMicrophoneAuthorised() {
+    return Platform::current().permissions().microphone() == MicrophoneStatus::Authorised;
+}
+
+bool isAccessibilityTrusted() {
+    return Platform::current().permissions().accessibilityTrusted(Permissions::Prompt::No);
+}
+
+}  // namespace
+
+OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchModel, QWidget* parent)
+    : QWidget(parent),
+      onDone_(std::move(onDone)),
+      fetchModel_(std::move(fetchModel)),
+      modelsPath_(Config::modelsDir()),
+      asrChoice_(Config::string(Config::Key::asrTier, u"best"_s)),
+      // Whatever is stored: the first run proposes the full cleanup.
+      cleanupChoice_(u"full"_s),
+      micGranted_(isMicrophoneAuthorised()),
+      axGranted_(isAccessibilityTrusted()),
+      column_(new QVBoxLayout(this)) {
+    column_->setContentsMargins(0, 0, 0, 0);
+    column_->setSpacing(0);
+    column_->addWidget(makeFooter());
+    showStep();
+    connect(&axTimer_, &QTimer::timeout, this, [this] { lookForAccessibility(); });
+    axTimer_.start(Clock::scaled(1s));
+}
+
+void OnboardingView::next() {
+    if (step_ == Step::ready) {
+        axTimer_.stop();
+        onDone_();
+        return;
+    }
+    if (step_ == Step::quality) {
+        Config::set(Config::Key::asrTier, asrChoice_);
+        Config::set(Config::Key::cleanupTier, cleanupChoice_);
+    }
+    if (step_ == Step::folder) Config::set(Config::Key::modelsDir, modelsPath_);
+    step_ = static_cast<Step>(static_cast<int>(step_) + 1);
+    showStep();
+}
+
+void OnboardingView::showStep() {
+    downloadPage_ = nullptr;
+    permissionPage_ = nullptr;
+    // The old page may be the one whose button leads here.
+    if (page_) {
+        page_->hide();
+        page_->deleteLater();
+    }
+    page_ = makePage();
+    page_->setContentsMargins(pagePadding, pagePadding, pagePadding, pagePadding);
+    OnboardingWindow::dress(*page_);
+    column_->insertWidget(0, page_, 1);
+    page_->show();
+    updateFooter();
+    main_->setFocus();
+    if (step_ == Step::download) startDownloads();
+}
+
+QWidget* OnboardingView::makePage() {
+    switch (step_) {
+        case Step::welcome:
+            return makeWelcomePage(this);
+        case Step::folder:
+            return makeFolderPage();
+        case Step::quality:
+            return makeQualityPage();
+        case Step::download:
+            return makeDownloadPage();
+        case Step::microphone:
+            return makeMicrophonePage();
+        case Step::accessibility:
+            return makeAccessibilityPage();
+        case Step::ready:
+            break;
+    }
+    return makeReadyPage(this);
+}
+
+QWidget* OnboardingView::makeFolderPage() {
+    return new FolderPage(
+        modelsPath_, [this] { pickFolder(); }, this);
+}
+
+QWidget* OnboardingView::makeQualityPage() {
+    auto* page = new QualityPage(this);
+    page->section(u"TRASCRIZIONE (obbligatoria)"_s, ModelCatalog::asrTiers(), asrChoice_,
+                  [this](const QString& id) { asrChoice_ = id; });
+    page->section(u"PULIZIA AI (consigliata)"_s, ModelCatalog::cleanupTiers(), cleanupChoice_,
+                  [this](const QString& id) { cleanupChoice_ = id; });
+    return page;
+}
+
+QWidget* OnboardingView::makeMicrophonePage() {
+    permissionPage_ = new PermissionPage(
+        {.symbol = u"mic.fill"_s,
+         .title = u"Permesso Microfono"_s,
+         .text =
+             u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."_s,
+         .button = u"Consenti microfono"_s},
+        [this] { askForMicrophone(); }, this);
+    permissionPage_->setGranted(micGranted_);
+    return permissionPage_;
+}
+
+QWidget* OnboardingView::makeAccessibilityPage() {
+    permissionPage_ = new PermissionPage(
+        {.symbol = u"keyboard.fill"_s,
+         .title = u"Permesso Accessibilità"_s,
+         .text = u"Serve per digitare il testo al posto tuo nell'app attiva.\nSenza questo permesso Parlivo "
+                 u"non può "
+                 "scrivere.\n\nSi aprono le Impostazioni: attiva Parlivo nell'elenco."_s,
+         .button = u"Apri Impostazioni"_s},
+        [] {
+            Platform::current().permissions().accessibilityTrusted(Permissions::Prompt::Yes);
+            Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility);
+        },
+        this);
+    permissionPage_->setGranted(axGranted_);
+    return permissionPage_;
+}
+
+QWidget* OnboardingView::makeFooter() {
+    auto* footer = new QWidget(this);
+    auto* row = new QHBoxLayout(footer);
+    row->setContentsMargins(footerPadding, footerPadding, footerPadding, footerPadding);
+    row->setSpacing(12);
+    dots_ = new StepDots(footer);
+    skip_ = makeButton(
+        u"Salta"_s, [this] { next(); }, footer);
+    skip_->setObjectName(u"plain"_s);
+    main_ = makeButton(
+        {}, [this] { next(); }, footer);
+    main_->setObjectName(u"main"_s);
+    main_->setDefault(true);
+    row->addWidget(dots_);
+    row->addStretch(1);
+    row->addWidget(skip_);
+    row->addWidget(main_);
+    OnboardingWindow::dress(*footer);
+    return footer;
+}
+
+void OnboardingView::updateFooter() {
+    dots_->setStep(step_);
+    skip_->setVisible(step_ == Step::microphone || step_ == Step::accessibility);
+    main_->setText(step_ == Step::ready ? u"Inizia a dettare"_s : u"Continua"_s);
+    main_->setEnabled(step_ != Step::download || downloads_.downloadsDone);
+}
+
+void OnboardingView::pickFolder() {
+    const auto folder = Dialogs::current().chooseFolder(modelsPath_, u"Usa questa cartella"_s);
+    if (!folder) return;
+    modelsPath_ = *folder;
+    if (step_ == Step::folder) static_cast<FolderPage*>(page_)->showPath(modelsPath_);
+}
+
+void OnboardingView::askForMicrophone() {
+    Platform::current().permissions().requestMicrophone([this, alive = lifeline_.watch()](bool granted) {
+        MainQueue::async(alive, [this, granted] {
+            micGranted_ = granted;
+            if (step_ == Step::microphone) permissionPage_->setGranted(granted);
+        });
+    });
+}
+
+void OnboardingView::lookForAccessibility() {
+    axGranted_ = isAccessibilityTrusted();
+    if (step_ == Step::accessibility) permissionPage_->setGranted(axGranted_);
+}
+
+}  // namespace parlivo

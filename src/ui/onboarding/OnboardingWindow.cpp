@@ -1,0 +1,101 @@
+#include "ui/onboarding/OnboardingWindow.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPalette>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QWindow>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize windowSize{580, 520};
+constexpr int edgeStrength = 40;  // of 255
+
+/// Everything in the window's two colours, whatever the desktop's own are.
+QPalette palette() {
+    const QColor cream = OnboardingWindow::cream();
+    const QColor ink = OnboardingWindow::ink();
+    QPalette colours(ink, cream, cream.lighter(104), cream.darker(140), cream.darker(115), ink,
+                     cream.lighter(104), cream.lighter(103), cream);
+    colours.setColor(QPalette::Highlight, ink);
+    colours.setColor(QPalette::HighlightedText, cream);
+    return colours;
+}
+
+/// Buttons and bars, since no desktop's style was made for cream. Each is given this by itself: below a
+/// widget with a style sheet the window's palette would not be inherited.
+QString appearance() {
+    return u"QPushButton { color: #38322b; background: #fbf9f4; border: 1px solid #c9c1b2; border-radius: "
+           u"8px;"
+           "  padding: 6px 16px; }"
+           "QPushButton:hover { background: #ffffff; }"
+           "QPushButton:pressed { background: #ece6d9; }"
+           "QPushButton:focus { border: 1px solid #38322b; }"
+           "QPushButton#main { color: #f4f0e7; background: #38322b; border: 1px solid #38322b; padding: 9px "
+           "24px;"
+           "  font-weight: 600; }"
+           "QPushButton#main:hover { background: #4a4339; }"
+           "QPushButton#main:pressed { background: #28241f; }"
+           "QPushButton#main:focus { border: 2px solid #a58f6a; padding: 8px 23px; }"
+           "QPushButton#main:disabled { color: #f4f0e7; background: #b9b2a6; border-color: #b9b2a6; }"
+           "QPushButton#plain { background: transparent; border: 1px solid transparent; }"
+           "QPushButton#plain:hover { text-decoration: underline; }"
+           "QPushButton#plain:focus { border: 1px solid #a58f6a; }"
+           "QProgressBar { background: #ddd5c6; border: none; border-radius: 4px; max-height: 8px; }"
+           "QProgressBar::chunk { background: #38322b; border-radius: 4px; }"_s;
+}
+
+}  // namespace
+
+OnboardingWindow::OnboardingWindow() : QDialog(nullptr, Qt::Window | Qt::FramelessWindowHint) {
+    setWindowTitle(u"Parlivo"_s);
+    setFixedSize(windowSize);
+    setPalette(parlivo::palette());
+    qApp->installEventFilter(this);
+}
+
+void OnboardingWindow::dress(const QWidget& part) {
+    const QString look = appearance();
+    for (auto* button : part.findChildren<QPushButton*>()) button->setStyleSheet(look);
+    for (auto* bar : part.findChildren<QProgressBar*>()) bar->setStyleSheet(look);
+}
+
+QColor OnboardingWindow::cream() {
+    return QColor(244, 240, 231);
+}
+
+QColor OnboardingWindow::ink() {
+    return QColor(56, 50, 43);
+}
+
+/// The end of the program asks every window to close before it goes on.
+bool OnboardingWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == qApp && event->type() == QEvent::Quit) quitting_ = true;
+    return QDialog::eventFilter(watched, event);
+}
+
+void OnboardingWindow::closeEvent(QCloseEvent* event) {
+    event->setAccepted(quitting_);
+}
+
+void OnboardingWindow::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) windowHandle()->startSystemMove();
+}
+
+void OnboardingWindow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), cream());
+    QColor edge = ink();
+    edge.setAlpha(edgeStrength);
+    painter.setPen(edge);
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+}  // namespace parlivo

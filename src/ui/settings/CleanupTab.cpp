@@ -1,0 +1,101 @@
+#include "ui/settings/CleanupTab.h"
+
+#include "models/ModelCatalog.h"
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "support/HttpSession.h"
+#include "support/MainQueue.h"
+#include "ui/TierPicker.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QShowEvent>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+CleanupTab::CleanupTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
+    Form form(contents());
+    const auto cleanupTier = storedText(Config::Key::cleanupTier, u"none"_s);
+    form.add(new TierPicker(
+        u"Motore di pulizia integrato (senza Ollama)"_s, ModelCatalog::cleanupTiers(), cleanupTier,
+        [cleanupTier, stop = actions.stopCleaner] {
+            cleanupTier.set(cleanupTier.get());
+            stop();
+        },
+        actions.fetchModel));
+    form.caption(
+        u"Se hai Ollama, viene usato come alternativa quando il motore integrato non è scaricato."_s);
+    form.divider();
+    form.radioGroup(u"Livello di pulizia"_s,
+                    {{u"Nessuna — testo grezzo di Whisper"_s, u"none"_s},
+                     {u"Leggera — solo punteggiatura e maiuscole"_s, u"light"_s},
+                     {u"Media — anche filler rimossi (consigliata)"_s, u"medium"_s},
+                     {u"Alta — anche grammatica e riformulazioni"_s, u"high"_s}},
+                    storedText(Config::Key::cleanupLevel, u"medium"_s));
+    model_ = &form.picker(u"Modello Ollama"_s, {}, storedText(Config::Key::cleanupModel, u"gemma3:4b"_s));
+    form.stepper(u"Pulisci solo testi oltre "_s, u" caratteri"_s, {.from = 0, .to = 300, .by = 10},
+                 storedNumber(Config::Key::cleanupMinChars, 50));
+    addCustomPrompt(form, actions);
+}
+
+void CleanupTab::addCustomPrompt(Form& form, const SettingsActions& actions) {
+    const auto enabled = storedFlag(Config::Key::customPromptEnabled, false);
+    Toggle& toggle = form.toggle(u"Usa prompt personalizzato"_s, enabled);
+    auto* explanation =
+        new Label(u"Il file sovrascrive i livelli qui sopra."_s, TextStyle::Caption, secondaryColour);
+    auto* open = makeButton(
+        u"Apri prompt.txt…"_s,
+        [prepare = actions.preparePrompt] {
+            prepare();
+            Platform::current().workspace().open(QUrl::fromLocalFile(Config::promptFile()));
+        },
+        nullptr);
+    QWidget& row = form.row({explanation, open});
+    row.setVisible(enabled.get());
+    connect(&toggle, &Toggle::toggled, this, [this, &row](bool on) {
+        row.setVisible(on);
+        if (on) MainQueue::async(lifeline_.watch(), [this, &row] { ensureWidgetVisible(&row); });
+    });
+}
+
+void CleanupTab::showEvent(QShowEvent* event) {
+    FormPage::showEvent(event);
+    fetchModels();
+}
+
+void CleanupTab::fetchModels() {
+    HttpRequest request;
+    request.url = QUrl(u"http://127.0.0.1:11434/api/tags"_s);
+    request.timeout = 3s;
+    HttpSession::shared().send(request, [this, alive = lifeline_.watch()](const HttpReply& reply) {
+        if (!reply.complete()) return;
+        if (const auto names = modelNames(reply.body)) {
+            MainQueue::async(alive, [this, names = *names] { showModels(names); });
+        }
+    });
+}
+
+void CleanupTab::showModels(const QStringList& availableModels) {
+    std::vector<Option> options;
+    for (const QString& name : availableModels) options.push_back({name, name});
+    model_->setOptions(options);
+}
+
+std::optional<QStringList> CleanupTab::modelNames(const QByteArray& body) {
+    const QJsonValue models = QJsonDocument::fromJson(body).object().value(u"models"_s);
+    if (!models.isArray()) return std::nullopt;
+    QStringList names;
+    const QJsonArray list = models.toArray();
+    for (const auto& model : list) {
+        const QJsonValue name = model.toObject().value(u"name"_s);
+        if (name.isString()) names.append(name.toString());
+    }
+    names.sort();
+    return names;
+}
+
+}  // namespace parlivo

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "support/Lifeline.h"
+#include "ui/settings/SettingsWindowController.h"
+#include "ui/views/Form.h"
+
+#include <QByteArray>
+#include <QStringList>
+
+#include <optional>
+
+namespace parlivo {
+
+/// How the transcript is cleaned up, and by what.
+class CleanupTab : public FormPage {
+  public:
+    explicit CleanupTab(const SettingsActions& actions, QWidget* parent = nullptr);
+
+    /// The names in an answer of Ollama's /api/tags, in ascending order; nothing when it is no such answer.
+    static std::optional<QStringList> modelNames(const QByteArray& body);
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    void fetchModels();
+    void showModels(const QStringList& availableModels);
+    void addCustomPrompt(Form& form, const SettingsActions& actions);
+
+    Picker* model_ = nullptr;
+    Lifeline lifeline_;
+};
+
+}  // namespace parlivo

@@ -1,0 +1,55 @@
+#include "ui/settings/DictationTab.h"
+
+#include "input/HotKeyManager.h"
+#include "models/ModelCatalog.h"
+#include "settings/Config.h"
+#include "support/NotificationCenter.h"
+#include "ui/TierPicker.h"
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::vector<Option> hotKeyOptions() {
+    std::vector<Option> options;
+    for (const Preset& preset : HotKeyManager::presets()) options.push_back({preset.label, preset.id});
+    return options;
+}
+
+Binding<QString> hotKeyPreset() {
+    Binding<QString> preset = storedText(Config::Key::hotkeyPreset, u"opt-space"_s);
+    return {.get = preset.get, .set = [store = preset.set, current = preset.get](const QString& chosen) {
+                const bool changed = chosen != current();
+                store(chosen);
+                if (changed) NotificationCenter::post(Config::pvHotkeyChanged);
+            }};
+}
+
+}  // namespace
+
+DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
+    Form form(contents());
+    form.picker(u"Scorciatoia"_s, hotKeyOptions(), hotKeyPreset());
+    form.unlabelledRadioGroup(u"Modalità di dettatura"_s,
+                              {{u"Tieni premuto per parlare (push-to-talk)"_s, u"ptt"_s},
+                               {u"Premi per iniziare, ripremi per fermare"_s, u"toggle"_s}},
+                              storedText(Config::Key::dictationMode, u"ptt"_s));
+    form.divider();
+    form.picker(u"Lingua"_s,
+                {{u"Italiano"_s, u"it"_s}, {u"English"_s, u"en"_s}, {u"Rilevamento automatico"_s, u"auto"_s}},
+                storedText(Config::Key::language, u"it"_s));
+    form.caption(u"La lingua fissa è più accurata del rilevamento automatico sulle frasi brevi."_s);
+    form.divider();
+    const auto asrTier = storedText(Config::Key::asrTier, u"best"_s);
+    form.add(new TierPicker(
+        u"Qualità trascrizione"_s, ModelCatalog::asrTiers(), asrTier,
+        [asrTier, stop = actions.stopTranscriber] {
+            asrTier.set(asrTier.get());
+            stop();
+        },
+        actions.fetchModel));
+}
+
+}  // namespace parlivo

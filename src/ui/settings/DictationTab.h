@@ -1,0 +1,14 @@
+#pragma once
+
+#include "ui/settings/SettingsWindowController.h"
+#include "ui/views/Form.h"
+
+namespace parlivo {
+
+/// The hot key, the language and the recognition model.
+class DictationTab : public FormPage {
+  public:
+    explicit DictationTab(const SettingsActions& actions, QWidget* parent = nullptr);
+};
+
+}  // namespace parlivo

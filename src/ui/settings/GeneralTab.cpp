@@ -1,0 +1,95 @@
+#include "ui/settings/GeneralTab.h"
+
+#include "models/ModelsMove.h"
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "settings/Log.h"
+#include "support/Clock.h"
+#include "support/Error.h"
+#include "support/MainQueue.h"
+#include "ui/views/Dialogs.h"
+
+#include <QDir>
+
+#include <memory>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
+    : FormPage(parent), actions_(actions), launchAtLogin_(Platform::current().loginItem().isEnabled()) {
+    Form form(contents());
+    form.toggle(u"Avvia Parlivo al login"_s, {.get = [this] { return launchAtLogin_; },
+                                              .set = [this](bool wanted) { setLaunchAtLogin(wanted); }});
+    form.toggle(u"Suoni di inizio/fine registrazione"_s, storedFlag(Config::Key::soundsEnabled, true));
+    form.toggle(u"Mostra il riquadro con la waveform"_s, storedFlag(Config::Key::overlayEnabled, true));
+    form.radioGroup(u"Velocità di scrittura"_s,
+                    {{u"Istantanea (incolla tutto insieme)"_s, u"instant"_s},
+                     {u"Veloce (~285 caratteri/s)"_s, u"fast"_s},
+                     {u"Naturale (~85 caratteri/s)"_s, u"natural"_s}},
+                    storedText(Config::Key::typingSpeed, u"fast"_s));
+    form.caption(
+        u"Con Istantanea il testo appare di colpo via clipboard; le altre modalità digitano lettera per lettera."_s);
+    form.divider();
+    form.toggle(u"Modalità debug (salva le trascrizioni nel log)"_s,
+                storedFlag(Config::Key::debugMode, false));
+    form.caption(
+        u"Di norma il log non contiene mai i tuoi testi. Attivala solo per diagnosticare problemi."_s);
+    form.divider();
+    addModelsFolder(form);
+    form.button(u"Invia feedback…"_s, actions_.showFeedback);
+}
+
+void GeneralTab::setLaunchAtLogin(bool wanted) {
+    LoginItem& loginItem = Platform::current().loginItem();
+    launchAtLogin_ = wanted;
+    try {
+        loginItem.setEnabled(wanted);
+    } catch (const Error& error) {
+        Log::info(u"launch-at-login errore: "_s + error.localizedDescription());
+        launchAtLogin_ = loginItem.isEnabled();
+    }
+}
+
+void GeneralTab::addModelsFolder(Form& form) {
+    form.text(u"Cartella modelli AI"_s);
+    modelsPath_ = new Label({}, TextStyle::Caption, secondaryColour);
+    changeButton_ = makeButton(
+        u"Cambia…"_s, [this] { pickModelsFolder(); }, nullptr);
+    form.row({modelsPath_, changeButton_});
+    showModelsPath(Config::modelsDir());
+}
+
+void GeneralTab::pickModelsFolder() {
+    const QString previous = Config::modelsDir();
+    const auto folder = Dialogs::current().chooseFolder(previous, u"Usa questa cartella"_s);
+    if (!folder) return;
+    QDir().mkpath(*folder);
+    changeButton_->setEnabled(false);
+    // Gigabytes on their way to another disk must not freeze the window.
+    moves_.async([this, alive = lifeline_.watch(), previous, chosen = *folder] {
+        const auto move = std::make_shared<ModelsMove>(previous, chosen);
+        move->bring();
+        if (Clock::interrupted()) return;
+        MainQueue::async(alive, [this, chosen, move] {
+            adoptModelsFolder(chosen);
+            moves_.async([move] { move->finish(); });
+        });
+    });
+}
+
+void GeneralTab::adoptModelsFolder(const QString& folder) {
+    Config::set(Config::Key::modelsDir, folder);
+    showModelsPath(folder);
+    changeButton_->setEnabled(true);
+    actions_.stopTranscriber();
+    actions_.stopCleaner();
+}
+
+void GeneralTab::showModelsPath(const QString& path) {
+    modelsPath_->setText(path);
+    modelsPath_->setToolTip(path);
+}
+
+}  // namespace parlivo

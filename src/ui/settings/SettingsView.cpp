@@ -1,0 +1,46 @@
+#include "ui/settings/SettingsView.h"
+
+#include "ui/settings/CleanupTab.h"
+#include "ui/settings/DictationTab.h"
+#include "ui/settings/DictionaryTab.h"
+#include "ui/settings/GeneralTab.h"
+#include "ui/views/SymbolIcon.h"
+
+#include <QEvent>
+
+#include <array>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const std::array symbols{u"gearshape"_s, u"mic"_s, u"wand.and.stars"_s, u"character.book.closed"_s};
+
+}  // namespace
+
+SettingsView::SettingsView(const SettingsActions& actions, QWidget* parent) : QTabWidget(parent) {
+    setUsesScrollButtons(false);
+    // Without a frame of its own: the window is all tabs.
+    setDocumentMode(true);
+    addTab(new GeneralTab(actions), u"Generale"_s);
+    addTab(new DictationTab(actions), u"Dettatura"_s);
+    addTab(new CleanupTab(actions), u"Pulizia AI"_s);
+    addTab(new DictionaryTab, u"Dizionario"_s);
+    drawIcons();
+}
+
+void SettingsView::changeEvent(QEvent* event) {
+    QTabWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) drawIcons();
+}
+
+void SettingsView::drawIcons() {
+    const QColor colour = palette().color(QPalette::WindowText);
+    for (int i = 0; i < count(); ++i) {
+        setTabIcon(i, SymbolIcon::icon(symbols.at(static_cast<std::size_t>(i)), colour));
+    }
+}
+
+}  // namespace parlivo

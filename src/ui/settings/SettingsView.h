@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ui/settings/SettingsWindowController.h"
+
+#include <QTabWidget>
+
+namespace parlivo {
+
+/// The tabs of the settings.
+class SettingsView : public QTabWidget {
+  public:
+    explicit SettingsView(const SettingsActions& actions, QWidget* parent = nullptr);
+
+  protected:
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void drawIcons();
+};
+
+}  // namespace parlivo

@@ -1,0 +1,163 @@
+#include "update/feedback/FeedbackView.h"
+
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "settings/Log.h"
+#include "support/HttpSession.h"
+#include "support/MainQueue.h"
+#include "support/Text.h"
+#include "ui/views/Form.h"
+#include "ui/views/OutlinedBox.h"
+#include "ui/views/SymbolView.h"
+#include "ui/views/SystemColour.h"
+#include "update/SitePage.h"
+#include "update/feedback/StarRating.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPlainTextEdit>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int textHeight = 120;
+constexpr int heartSize = 36;
+
+bool isSuccess(const HttpReply& reply) {
+    return reply.complete() && reply.status >= 200 && reply.status <= 299;
+}
+
+}  // namespace
+
+FeedbackView::FeedbackView(std::function<void()> onClose, QWidget* parent)
+    : QWidget(parent), onClose_(std::move(onClose)), pages_(new QStackedWidget(this)) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(pages_);
+    pages_->addWidget(makeForm());
+    pages_->addWidget(makeThanks());
+    refresh();
+    text_->setFocus();
+}
+
+QWidget* FeedbackView::makeForm() {
+    auto* form = new QWidget(this);
+    auto* column = new QVBoxLayout(form);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(8);
+    column->addWidget(new Label(u"Come valuti Parlivo?"_s, TextStyle::Headline, primaryColour, form));
+    rating_ = new StarRating(form);
+    column->addWidget(rating_);
+    column->addWidget(
+        new Label(u"Cosa non va? Cosa miglioreresti?"_s, TextStyle::Caption, primaryColour, form));
+    column->addWidget(makeTextField(*form));
+    email_ = new TextField(u"Email"_s, u"Email (facoltativa, se vuoi una risposta)"_s, form);
+    column->addWidget(email_);
+    column->addWidget(new Label(
+        u"Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."_s,
+        TextStyle::Caption, secondaryColour, form));
+    errorLine_ = new Label({}, TextStyle::Caption, errorColour, form);
+    column->addWidget(errorLine_);
+    column->addStretch(1);
+    column->addWidget(makeButtons(*form));
+    return form;
+}
+
+QWidget* FeedbackView::makeTextField(QWidget& form) {
+    auto* outline = new OutlinedBox(&form);
+    text_ = new QPlainTextEdit(outline);
+    text_->setFrameShape(QFrame::NoFrame);
+    text_->setTabChangesFocus(true);
+    text_->setAccessibleName(u"Cosa non va? Cosa miglioreresti?"_s);
+    outline->fill(text_);
+    outline->setFixedHeight(textHeight);
+    connect(text_, &QPlainTextEdit::textChanged, this, [this] { refresh(); });
+    return outline;
+}
+
+QWidget* FeedbackView::makeButtons(QWidget& form) {
+    auto* line = new QWidget(&form);
+    auto* row = new QHBoxLayout(line);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(makeButton(u"Annulla"_s, onClose_, line));
+    row->addStretch(1);
+    send_ = makeButton(
+        {}, [this] { send(); }, line);
+    send_->setDefault(true);
+    row->addWidget(send_);
+    return line;
+}
+
+QWidget* FeedbackView::makeThanks() {
+    auto* thanks = new QWidget(this);
+    auto* column = new QVBoxLayout(thanks);
+    column->setSpacing(12);
+    auto* title = new Label(u"Grazie davvero."_s, TextStyle::Title, primaryColour, thanks);
+    auto* line = new Label(u"Ogni feedback viene letto e orienta la prossima versione."_s, TextStyle::Body,
+                           primaryColour, thanks);
+    for (Label* words : {title, line}) words->setAlignment(Qt::AlignHCenter);
+    close_ = makeButton(u"Chiudi"_s, onClose_, thanks);
+    column->addStretch(1);
+    column->addWidget(new SymbolView(u"heart.fill"_s, heartSize, errorColour, thanks), 0, Qt::AlignHCenter);
+    column->addWidget(title);
+    column->addWidget(line);
+    column->addWidget(close_, 0, Qt::AlignHCenter);
+    column->addStretch(1);
+    return thanks;
+}
+
+void FeedbackView::refresh() {
+    send_->setText(sending_ ? u"Invio…"_s : u"Invia feedback"_s);
+    send_->setEnabled(!sending_ && !Text::trimmedBlanks(text_->toPlainText()).isEmpty());
+    errorLine_->setText(error_.value_or(QString()));
+    errorLine_->setVisible(error_.has_value());
+}
+
+void FeedbackView::send() {
+    sending_ = true;
+    error_.reset();
+    refresh();
+    HttpRequest request;
+    request.url = sitePage(u"api/feedback"_s);
+    request.method = "POST";
+    request.headers = {{"Content-Type", "application/json"}};
+    request.body = body();
+    request.timeout = 15s;
+    request.redirects = HttpRequest::Redirects::Refuse;
+    HttpSession::shared().send(std::move(request), [this, alive = lifeline_.watch()](const HttpReply& reply) {
+        MainQueue::async(alive, [this, success = isSuccess(reply)] { answered(success); });
+    });
+}
+
+QByteArray FeedbackView::body() const {
+    const QJsonObject feedback{{u"rating"_s, rating_->rating()},
+                               {u"text"_s, text_->toPlainText().trimmed()},
+                               {u"email"_s, Text::trimmedBlanks(email_->text())},
+                               {u"appVersion"_s, Config::appVersion()},
+                               {u"macos"_s, Platform::current().systemVersion().description()}};
+    return QJsonDocument(feedback).toJson(QJsonDocument::Compact);
+}
+
+void FeedbackView::answered(bool success) {
+    sending_ = false;
+    if (success) {
+        Config::set(Config::Key::feedbackGiven, true);
+        Log::info(u"feedback inviato (rating %1)"_s.arg(rating_->rating()));
+        pages_->setCurrentIndex(1);
+        close_->setDefault(true);
+        close_->setFocus();
+    } else {
+        error_ = u"Invio non riuscito — controlla la connessione e riprova."_s;
+    }
+    refresh();
+}
+
+}  // namespace parlivo

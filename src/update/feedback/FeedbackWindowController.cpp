@@ -1,0 +1,66 @@
+#include "update/feedback/FeedbackWindowController.h"
+
+#include "settings/Config.h"
+#include "ui/views/Dialogs.h"
+#include "ui/views/Windows.h"
+#include "update/feedback/FeedbackView.h"
+
+#include <QDateTime>
+#include <QDialog>
+#include <QVBoxLayout>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize windowSize{440, 400};
+constexpr qint64 dictationsBeforeAsking = 20;
+constexpr qint64 secondsBetweenInvitations = 30LL * 24 * 60 * 60;
+
+std::unique_ptr<QWidget> buildWindow() {
+    auto window =
+        std::make_unique<QDialog>(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                               Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
+    window->setWindowTitle(u"Il tuo parere su Parlivo"_s);
+    window->setFixedSize(windowSize);
+    auto* column = new QVBoxLayout(window.get());
+    column->setContentsMargins(20, 16, 20, 16);
+    column->addWidget(new FeedbackView([dialog = window.get()] { dialog->close(); }, window.get()));
+    centreOnScreen(*window);
+    return window;
+}
+
+bool isInvitationDue() {
+    if (Config::boolean(Config::Key::feedbackGiven, false)) return false;
+    if (Config::integer(Config::Key::dictationCount, 0) < dictationsBeforeAsking) return false;
+    const auto lastShown = Config::feedbackPromptLastShown();
+    return !lastShown || lastShown->secsTo(QDateTime::currentDateTimeUtc()) >= secondsBetweenInvitations;
+}
+
+}  // namespace
+
+FeedbackWindowController::FeedbackWindowController() = default;
+
+FeedbackWindowController::~FeedbackWindowController() = default;
+
+void FeedbackWindowController::show() {
+    if (!window_) window_ = buildWindow();
+    bringToFront(*window_);
+}
+
+void FeedbackWindowController::maybePromptAfterDictation() {
+    if (!isInvitationDue()) return;
+    // Before anything is shown, so that an invitation that was waved away counts too.
+    Config::setFeedbackPromptLastShown(QDateTime::currentDateTimeUtc());
+    const int chosen = Dialogs::current().ask(
+        {.message = u"Come ti trovi con Parlivo?"_s,
+         .informativeText =
+             u"La tua opinione guida le prossime versioni. Due righe su cosa va e cosa miglioreresti "
+             "valgono oro."_s,
+         .buttons = {u"Dì la tua"_s, u"Non ora"_s}});
+    if (chosen == 0) show();
+}
+
+}  // namespace parlivo
