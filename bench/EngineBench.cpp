@@ -49,13 +49,13 @@ Samples timesOf(const std::function<void()>& job) {
 void measurePrompt(Table& table, FakePlatform& platform) {
     QStringList terms;
     for (int i = 0; i < 1000; ++i) terms.append(QStringLiteral("Termine%1").arg(i));
-    platform.userDefaults().setValue(Config::Key::dictionary, terms.join(QLatin1Char('\n')));
+    platform.userDefaults().setValue(Settings::dictionary.key, terms.join(QLatin1Char('\n')));
     qsizetype length = 0;
     const Samples samples =
-        timesOf([&length] { length = Config::builtinPrompt(QStringLiteral("medium")).size(); });
+        timesOf([&length] { length = Config::builtinPrompt(CleanupLevel::Medium).size(); });
     require(length > 10'000, "the prompt lacks its terms");
     table.row("prompt with 1000 dictionary terms", "ms", samples, 1);
-    platform.userDefaults().remove(Config::Key::dictionary);
+    platform.userDefaults().remove(Settings::dictionary.key);
 }
 
 /// A llama-server that has loaded its model; what is started for it serves nothing.
@@ -64,8 +64,8 @@ void prepareLlama(FakePlatform& platform, StubServer& server, const QTemporaryDi
     QFile model(folder.filePath(ModelCatalog::cleanupTier(QStringLiteral("light")).fileName));
     require(model.open(QIODevice::WriteOnly) && model.write("{\"idle\":true}") > 0, "no model");
     platform.bundle().resources = {{QStringLiteral("llama-server"), QStringLiteral(PARLIVO_STUB_ENGINE)}};
-    platform.userDefaults().setValue(Config::Key::modelsDir, folder.path());
-    platform.userDefaults().setValue(Config::Key::cleanupTier, QStringLiteral("light"));
+    platform.userDefaults().setValue(Settings::modelsDir.key, folder.path());
+    platform.userDefaults().setValue(Settings::cleanupTier.key, QStringLiteral("light"));
     const QJsonObject message{{QStringLiteral("content"), answer}};
     const QJsonArray choices{QJsonObject{{QStringLiteral("message"), message}}};
     server.on("/health", StubReply::json({}));

@@ -118,7 +118,7 @@ Work recognitionOfText(qint64 characters) {
 }
 
 Work recognitionWithGlossary(qint64 count) {
-    Config::set(Config::Key::dictionary, terms(count));
+    Config::set(Settings::dictionary, terms(count));
     return recognition({}, 1, QStringLiteral("Ciao"));
 }
 
@@ -127,8 +127,8 @@ Work recognitionWithGlossary(qint64 count) {
 Work cleaning(qint64 characters) {
     const Folder folder;
     const QString raw = prose(characters);
-    Config::set(Config::Key::modelsDir, folder.path());
-    Config::set(Config::Key::cleanupTier, QStringLiteral("light"));
+    Config::set(Settings::modelsDir, folder.path());
+    Config::set(Settings::cleanupTier, QStringLiteral("light"));
     const auto& tier = ModelCatalog::cleanupTier(QStringLiteral("light"));
     const QString answer = QLatin1Char('E') + raw;
     standIn("llama-server", folder.path() + QLatin1Char('/') + tier.fileName, answer);
@@ -161,9 +161,9 @@ Work pasting(qint64 characters) {
 // Dictionaries.
 
 Work prompt(qint64 count) {
-    Config::set(Config::Key::dictionary, terms(count));
+    Config::set(Settings::dictionary, terms(count));
     return [count] {
-        require(Config::builtinPrompt(QStringLiteral("medium")).size() > 8 * count, "the prompt lacks terms");
+        require(Config::builtinPrompt(CleanupLevel::Medium).size() > 8 * count, "the prompt lacks terms");
     };
 }
 
@@ -171,16 +171,16 @@ Work storing(qint64 count) {
     const Folder folder;
     const auto store =
         std::make_shared<JsonUserDefaults>(folder.path("settings.json"), [](const QString&) {});
-    store->setValue(Config::Key::dictionary, terms(count));
+    store->setValue(Settings::dictionary.key, terms(count));
     return [folder, store, number = 0]() mutable {
-        store->setValue(Config::Key::dictationCount, ++number);
-        require(store->value(Config::Key::dictationCount).toInt() == number, "the setting was not stored");
+        store->setValue(Settings::dictationCount.key, ++number);
+        require(store->value(Settings::dictationCount.key).toInt() == number, "the setting was not stored");
     };
 }
 
 /// A key pressed in the list of terms, until it is stored and the page is ready for the next one.
 Work editing(qint64 count) {
-    Config::set(Config::Key::dictionary, terms(count));
+    Config::set(Settings::dictionary, terms(count));
     std::shared_ptr<QWidget> page;
     MainQueue::sync([&page] {
         page = {new DictionaryTab, [](QWidget* widget) { widget->deleteLater(); }};
@@ -194,7 +194,7 @@ Work editing(qint64 count) {
         });
         MainQueue::sync([] {});
         expected += QLatin1Char('x');
-        require(Config::string(Config::Key::dictionary) == expected, "the key was not stored");
+        require(Config::get(Settings::dictionary) == expected, "the key was not stored");
     };
 }
 

@@ -25,15 +25,11 @@ constexpr qsizetype errorLength = 80;  // characters
 constexpr std::chrono::seconds errorStay{8};
 
 bool soundsOn() {
-    return Config::boolean(Config::Key::soundsEnabled, true);
+    return Config::get(Settings::soundsEnabled);
 }
 
 void playIfWanted(const QString& sound) {
     if (soundsOn()) Platform::current().sounds().play(sound);
-}
-
-QString dictationMode() {
-    return Config::string(Config::Key::dictationMode, QStringLiteral("ptt"));
 }
 
 QString verdict(bool granted) {
@@ -53,7 +49,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     setupStatusItem();
     overlay_.setLevelProvider(
         [this, alive = lifeline_.watch()] { return alive.expired() ? 0.0F : recorder_.level(); });
-    const bool ready = Config::boolean(Config::Key::onboardingDone, false) && Config::hasUsableModel();
+    const bool ready = Config::get(Settings::onboardingDone) && Config::hasUsableModel();
     if (ready) {
         requestPermissions();
     } else {
@@ -98,7 +94,7 @@ void AppDelegate::warmUp() {
 }
 
 void AppDelegate::keyDown() {
-    if (dictationMode() == QLatin1String("toggle")) {
+    if (Config::get(Settings::dictationMode) == DictationMode::Toggle) {
         toggle();
     } else {
         startRecording();
@@ -108,7 +104,7 @@ void AppDelegate::keyDown() {
 void AppDelegate::keyUp() {
     // Any other mode than these two starts on the press and is ended by no key: a deliberate one-sided
     // fallback.
-    if (dictationMode() == QLatin1String("ptt")) stopAndProcess();
+    if (Config::get(Settings::dictationMode) == DictationMode::PushToTalk) stopAndProcess();
 }
 
 void AppDelegate::toggle() {
@@ -145,7 +141,7 @@ void AppDelegate::startRecording() {
         return;
     }
     setState(State::recording);
-    if (Config::boolean(Config::Key::overlayEnabled, true)) overlay_.show();
+    if (Config::get(Settings::overlayEnabled)) overlay_.show();
     playIfWanted(QStringLiteral("Tink"));
 }
 

@@ -23,7 +23,7 @@ namespace {
 constexpr qsizetype typingCeiling = 1500;
 
 bool debugMode() {
-    return Config::boolean(Config::Key::debugMode, false);
+    return Config::get(Settings::debugMode);
 }
 
 QString quoted(const QString& text) {
@@ -104,8 +104,8 @@ void AppDelegate::inject(const QString& text) {
         overlay_.hide();
     });
     const qsizetype characters = Text::countCharacters(text);
-    const QString speed = Config::string(Config::Key::typingSpeed, QStringLiteral("fast"));
-    if (speed == QLatin1String("instant") || characters > typingCeiling) {
+    const TypingSpeed speed = Config::get(Settings::typingSpeed);
+    if (speed == TypingSpeed::Instant || characters > typingCeiling) {
         ask_.paste(text);
     } else {
         ask_.typeText(text);
@@ -132,9 +132,9 @@ void AppDelegate::giveUp(const QString& message) {
 }
 
 void AppDelegate::countDictation() {
-    const qint64 count = Config::integer(Config::Key::dictationCount, 0);
+    const qint64 count = Config::get(Settings::dictationCount);
     if (count == std::numeric_limits<qint64>::max()) qFatal("dictationCount overflow");
-    Config::set(Config::Key::dictationCount, count + 1);
+    Config::set(Settings::dictationCount, count + 1);
 }
 
 }  // namespace parlivo

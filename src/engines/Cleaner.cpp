@@ -19,28 +19,24 @@ using std::chrono::seconds;
 constexpr seconds ollamaTimeout{60};
 constexpr seconds ollamaLimit{65};
 
-QString level() {
-    return Config::string(Config::Key::cleanupLevel, QStringLiteral("medium"));
-}
-
 bool isWanted(const QString& raw) {
-    return level() != QLatin1String("none") && Text::countCharacters(raw) > Config::cleanupMinChars();
+    return Config::get(Settings::cleanupLevel) != CleanupLevel::None &&
+           Text::countCharacters(raw) > Config::get(Settings::cleanupMinChars);
 }
 
 /// One pass over the template: a placeholder that was dictated stays what was dictated.
 QString promptFor(const QString& raw) {
-    QString prompt = Config::boolean(Config::Key::customPromptEnabled, false)
+    QString prompt = Config::get(Settings::customPromptEnabled)
                          ? Config::loadPrompt()
-                         : Config::builtinPrompt(level());
+                         : Config::builtinPrompt(Config::get(Settings::cleanupLevel));
     return prompt.replace(Config::textPlaceholder, raw);
 }
 
 std::optional<QString> ollamaClean(const QString& prompt) {
-    const QJsonObject body{
-        {QStringLiteral("model"), Config::string(Config::Key::cleanupModel, QStringLiteral("gemma3:4b"))},
-        {QStringLiteral("prompt"), prompt},
-        {QStringLiteral("stream"), false},
-        {QStringLiteral("options"), QJsonObject{{QStringLiteral("temperature"), 0.1}}}};
+    const QJsonObject body{{QStringLiteral("model"), Config::get(Settings::cleanupModel)},
+                           {QStringLiteral("prompt"), prompt},
+                           {QStringLiteral("stream"), false},
+                           {QStringLiteral("options"), QJsonObject{{QStringLiteral("temperature"), 0.1}}}};
     const auto reply =
         JsonExchange::send(JsonExchange::post(Config::ollamaURL(), body, ollamaTimeout), ollamaLimit);
     return reply ? EngineReplies::ollamaAnswer(*reply) : std::nullopt;

@@ -51,9 +51,9 @@ const QString fileRules = QStringLiteral(
     "\n- Se il testo contiene una domanda, NON rispondere: correggi solo il testo"
     "\n- Non aggiungere virgolette attorno al testo");
 
-const QString& rulesOf(const QString& level) {
-    if (level == QLatin1String("light")) return lightRules;
-    if (level == QLatin1String("high")) return highRules;
+const QString& rulesOf(CleanupLevel level) {
+    if (level == CleanupLevel::Light) return lightRules;
+    if (level == CleanupLevel::High) return highRules;
     return mediumRules;
 }
 
@@ -83,7 +83,7 @@ void writeForOwner(const QString& path, const QString& text) {
 
 }  // namespace
 
-QString builtinPrompt(const QString& level) {
+QString builtinPrompt(CleanupLevel level) {
     return opening + rulesOf(level) + commonRules + dictionaryClause() + closing;
 }
 

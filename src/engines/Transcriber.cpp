@@ -70,7 +70,7 @@ class Form {
 };
 
 QByteArray fieldsAfterFile(const Form& form) {
-    const QString language = Config::string(Config::Key::language, QStringLiteral("it"));
+    const QString language = Config::get(Settings::language);
     const QString promptText = prompt(language);
     QByteArray fields = "\r\n" + form.field("language", language);
     if (!promptText.isEmpty()) fields += form.field("prompt", promptText);

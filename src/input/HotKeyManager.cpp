@@ -44,7 +44,7 @@ HotKeyManager::~HotKeyManager() {
 }
 
 void HotKeyManager::applyCurrentPreset() {
-    const QString id = Config::string(Config::Key::hotkeyPreset, presets().front().id);
+    const QString id = Config::get(Settings::hotkeyPreset);
     const Preset& chosen = preset(id);
     hotKeyRef_.reset();
     registerHotKey(chosen.keyCode, chosen.modifiers);

@@ -55,8 +55,8 @@ void scheduleRestore(PendingRestore::Ticket ticket) {
 
 }  // namespace
 
-Clock::Duration pauseAfterCharacter(const QString& typingSpeed) {
-    return typingSpeed == QLatin1String("natural") ? naturalPause : fastPause;
+Clock::Duration pauseAfterCharacter(TypingSpeed speed) {
+    return speed == TypingSpeed::Natural ? naturalPause : fastPause;
 }
 
 void typeText(const QString& text) {
@@ -65,8 +65,7 @@ void typeText(const QString& text) {
         paste(text);
         return;
     }
-    const QString speed = Config::string(Config::Key::typingSpeed, QStringLiteral("fast"));
-    Pace pace(pauseAfterCharacter(speed), Clock::now());
+    Pace pace(pauseAfterCharacter(Config::get(Settings::typingSpeed)), Clock::now());
     Text::forEachCharacter(text, [&](QStringView character) {
         post(character, *source);
         return Clock::sleepUntil(pace.after(Clock::now()));

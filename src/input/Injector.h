@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/KeyboardSynthesizer.h"
+#include "settings/Settings.h"
 #include "support/Clock.h"
 
 #include <QString>
@@ -9,8 +10,8 @@
 /// allowed to send keys.
 namespace parlivo::Injector {
 
-/// The pause after each character that a value of the typing speed setting stands for.
-Clock::Duration pauseAfterCharacter(const QString& typingSpeed);
+/// The pause after each typed character; a text that is pasted for its length has that of Fast.
+Clock::Duration pauseAfterCharacter(TypingSpeed speed);
 
 /// Types `text` character by character (user-perceived characters) at the pace that the settings choose.
 /// Returns when the last pause has passed; the end of the program ends the typing. A text with more

@@ -13,20 +13,19 @@ namespace {
 /// What a file of unknown size must exceed to be taken for a model.
 constexpr qint64 plausibleSize = 100'000'000;
 
-const Entry& find(const std::vector<Entry>& tiers, const QString& id, std::size_t fallback) {
-    const auto found =
-        std::find_if(tiers.begin(), tiers.end(), [&](const Entry& entry) { return entry.id == id; });
-    return found == tiers.end() ? tiers[fallback] : *found;
+const Entry& find(const std::vector<Entry>& tiers, const QString& id, const Setting<QString>& setting) {
+    const auto found = std::ranges::find(tiers, id, &Entry::id);
+    return found != tiers.end() ? *found : *std::ranges::find(tiers, setting.absent, &Entry::id);
 }
 
 }  // namespace
 
 const Entry& asrTier(const QString& id) {
-    return find(asrTiers(), id, 1);
+    return find(asrTiers(), id, Settings::asrTier);
 }
 
 const Entry& cleanupTier(const QString& id) {
-    return find(cleanupTiers(), id, 0);
+    return find(cleanupTiers(), id, Settings::cleanupTier);
 }
 
 bool isDownloaded(const Entry& entry) {

@@ -21,14 +21,13 @@ struct Entry {
     qint64 expectedSize = 0;
 };
 
-/// Speech recognition: "fast", "best".
+/// Speech recognition.
 const std::vector<Entry>& asrTiers();
-/// Text cleanup: "none", "light", "full".
+/// Text cleanup; one tier needs no file and cleans nothing.
 const std::vector<Entry>& cleanupTiers();
 
-/// The tier of this id; an unknown one means the recommended recogniser, "best".
+/// The tier of this id; an unknown one means the setting's default.
 const Entry& asrTier(const QString& id);
-/// The tier of this id; an unknown one means no cleanup, "none".
 const Entry& cleanupTier(const QString& id);
 
 /// Whether the entry's file is in the models folder and complete. Size is looked at on each call: half a

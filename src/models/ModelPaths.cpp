@@ -14,7 +14,7 @@ const QString bundledModel = QStringLiteral("ggml-model.bin");
 const QString developersModel = QStringLiteral("Projects/Parlivo/models/ggml-large-v3-turbo-q8_0.bin");
 
 const ModelCatalog::Entry& chosenRecogniser() {
-    return ModelCatalog::asrTier(string(Key::asrTier, QStringLiteral("best")));
+    return ModelCatalog::asrTier(get(Settings::asrTier));
 }
 
 QString inModelsDir(const ModelCatalog::Entry& entry) {
@@ -30,9 +30,8 @@ QString whisperModel() {
 }
 
 std::optional<QString> llamaModel() {
-    const ModelCatalog::Entry& entry =
-        ModelCatalog::cleanupTier(string(Key::cleanupTier, QStringLiteral("none")));
-    if (entry.id == QLatin1String("none")) return std::nullopt;
+    const ModelCatalog::Entry& entry = ModelCatalog::cleanupTier(get(Settings::cleanupTier));
+    if (entry.fileName.isEmpty()) return std::nullopt;
     return inModelsDir(entry);
 }
 

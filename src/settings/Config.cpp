@@ -6,6 +6,7 @@
 #include <QMetaType>
 
 #include <algorithm>
+#include <cmath>
 
 namespace parlivo::Config {
 
@@ -24,6 +25,13 @@ bool isNumber(const QVariant& value) {
     return type == QMetaType::LongLong || type == QMetaType::Int || type == QMetaType::Double;
 }
 
+std::optional<qint64> whole(double number) {
+    // 2^63: the first double above all 64-bit integers.
+    constexpr double limit = 9223372036854775808.0;
+    if (number < -limit || number >= limit || number != std::trunc(number)) return std::nullopt;
+    return static_cast<qint64>(number);
+}
+
 /// Texts that a settings store traditionally reads as true.
 bool saysTrue(const QString& text) {
     const QString word = text.trimmed().toLower();
@@ -37,11 +45,17 @@ bool asBoolean(const QVariant& value) {
     return false;
 }
 
-qint64 asInteger(const QVariant& value) {
-    if (isNumber(value) || value.typeId() == QMetaType::Bool || value.typeId() == QMetaType::QString) {
-        return value.toLongLong();
-    }
-    return 0;
+/// The whole number that is stored, as a number or as a text; nullopt if it is none.
+std::optional<qint64> asInteger(const QVariant& value) {
+    if (value.typeId() == QMetaType::Double) return whole(value.toDouble());
+    if (!isNumber(value) && value.typeId() != QMetaType::QString) return std::nullopt;
+    bool isOne = false;
+    const qint64 number = value.toLongLong(&isOne);
+    return isOne ? std::optional(number) : std::nullopt;
+}
+
+void store(const QString& key, const QVariant& value) {
+    Platform::current().userDefaults().setValue(key, value);
 }
 
 /// The line ends of Unicode (UAX #14: LF, VT, FF, CR, NEL, LS, PS).
@@ -68,17 +82,42 @@ std::optional<QString> string(const QString& key) {
     return value.toString();
 }
 
-QString string(const QString& key, const QString& absent) {
-    return string(key).value_or(absent);
+qint64 get(const Setting<qint64>& setting) {
+    return asInteger(stored(setting.key)).value_or(setting.absent);
 }
 
-qint64 integer(const QString& key, qint64 absent) {
-    const QVariant value = stored(key);
-    return isPresent(value) ? asInteger(value) : absent;
+QString get(const Setting<QString>& setting) {
+    return string(setting.key).value_or(setting.absent);
 }
 
-void set(const QString& key, const QVariant& value) {
-    Platform::current().userDefaults().setValue(key, value);
+std::optional<QString> get(const Setting<std::optional<QString>>& setting) {
+    return string(setting.key);
+}
+
+std::optional<QDateTime> get(const Setting<std::optional<QDateTime>>& setting) {
+    const auto moment = QDateTime::fromString(string(setting.key).value_or(QString()), Qt::ISODateWithMs);
+    if (!moment.isValid()) return std::nullopt;
+    return moment;
+}
+
+void set(const Setting<bool>& setting, bool value) {
+    store(setting.key, value);
+}
+
+void set(const Setting<qint64>& setting, qint64 value) {
+    store(setting.key, value);
+}
+
+void set(const Setting<QString>& setting, const QString& value) {
+    store(setting.key, value);
+}
+
+void set(const Setting<std::optional<QString>>& setting, const QString& value) {
+    store(setting.key, value);
+}
+
+void set(const Setting<std::optional<QDateTime>>& setting, const QDateTime& value) {
+    store(setting.key, value.toUTC().toString(Qt::ISODateWithMs));
 }
 
 void remove(const QString& key) {
@@ -91,7 +130,7 @@ QString appSupportDir() {
 }
 
 QString modelsDir() {
-    const QString chosen = string(Key::modelsDir, {});
+    const QString chosen = get(Settings::modelsDir);
     return chosen.isEmpty() ? appSupportDir() + QStringLiteral("/models") : chosen;
 }
 
@@ -115,7 +154,7 @@ QString llamaServerBinary() {
 }
 
 QStringList dictionary() {
-    QString text = string(Key::dictionary, {});
+    QString text = get(Settings::dictionary);
     std::replace_if(text.begin(), text.end(), isLineEnd, QLatin1Char('\n'));
     QStringList terms;
     const QStringList lines = text.split(QLatin1Char('\n'));
@@ -124,20 +163,6 @@ QStringList dictionary() {
         if (!term.isEmpty()) terms.append(term);
     }
     return terms;
-}
-
-qint64 cleanupMinChars() {
-    return integer(Key::cleanupMinChars, 50);
-}
-
-std::optional<QDateTime> feedbackPromptLastShown() {
-    const auto moment = QDateTime::fromString(string(Key::feedbackPromptLastShown, {}), Qt::ISODateWithMs);
-    if (!moment.isValid()) return std::nullopt;
-    return moment;
-}
-
-void setFeedbackPromptLastShown(const QDateTime& moment) {
-    set(Key::feedbackPromptLastShown, moment.toUTC().toString(Qt::ISODateWithMs));
 }
 
 QString appVersion() {

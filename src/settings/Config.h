@@ -1,60 +1,62 @@
 #pragma once
 
+#include "settings/Settings.h"
+
 #include <QDateTime>
 #include <QLatin1String>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
-#include <QVariant>
 
+#include <algorithm>
 #include <optional>
 
-/// Every setting and every place on disk. Stateless: each call reads the store afresh, so a change counts
-/// from the next use on. No accessor fails; what is missing or of another type reads as absent. Any thread.
+/// Reads and writes the settings (Settings.h) and knows every place on disk. Stateless: each call reads the
+/// store afresh, so a change counts from the next use on. No accessor fails; what is missing or of another
+/// type reads as absent. Any thread.
 ///
 /// Paths are absolute. What concerns models is in models/ModelPaths.h, the cleanup prompt in
 /// engines/CleanupPrompt.h.
 namespace parlivo::Config {
 
-/// The keys of the settings store.
-namespace Key {
-inline constexpr QLatin1String onboardingDone{"onboardingDone"};
-inline constexpr QLatin1String asrTier{"asrTier"};
-inline constexpr QLatin1String cleanupTier{"cleanupTier"};
-inline constexpr QLatin1String cleanupLevel{"cleanupLevel"};
-inline constexpr QLatin1String cleanupModel{"cleanupModel"};
-inline constexpr QLatin1String cleanupMinChars{"cleanupMinChars"};
-inline constexpr QLatin1String customPromptEnabled{"customPromptEnabled"};
-inline constexpr QLatin1String dictionary{"dictionary"};
-inline constexpr QLatin1String dictationMode{"dictationMode"};
-inline constexpr QLatin1String hotkeyPreset{"hotkeyPreset"};
-inline constexpr QLatin1String language{"language"};
-inline constexpr QLatin1String typingSpeed{"typingSpeed"};
-inline constexpr QLatin1String soundsEnabled{"soundsEnabled"};
-inline constexpr QLatin1String overlayEnabled{"overlayEnabled"};
-inline constexpr QLatin1String debugMode{"debugMode"};
-inline constexpr QLatin1String modelsDir{"modelsDir"};
-inline constexpr QLatin1String dictationCount{"dictationCount"};
-inline constexpr QLatin1String feedbackGiven{"feedbackGiven"};
-inline constexpr QLatin1String feedbackPromptLastShown{"feedbackPromptLastShown"};
-inline constexpr QLatin1String pendingChangelog{"pendingChangelog"};
-inline constexpr QLatin1String lastSeenVersion{"lastSeenVersion"};
-}  // namespace Key
-
 /// Posted (NotificationCenter) after `hotkeyPreset` was changed: the one setting that something holds on to.
 inline constexpr QLatin1String pvHotkeyChanged{"pvHotkeyChanged"};
 
-/// The stored boolean when there is any object under `key` (a number counts as "not zero", a text as true
-/// when it says so, anything else as false), otherwise `absent`.
+/// The stored boolean if there is any object under `key` (a number counts as "not zero", a text as true if it
+/// says so, anything else as false), otherwise `absent`.
 bool boolean(const QString& key, bool absent);
-/// The stored text, or nothing when no text is stored.
+/// The stored text; nullopt if no text is stored.
 std::optional<QString> string(const QString& key);
-QString string(const QString& key, const QString& absent);
-/// The stored integer when there is any object under `key` (0 for what is no number), otherwise `absent`.
-qint64 integer(const QString& key, qint64 absent);
 
-void set(const QString& key, const QVariant& value);
+inline bool get(const Setting<bool>& setting) {
+    return boolean(setting.key, setting.absent);
+}
+/// A whole number, also one that is stored as a text. What is no 64-bit integer, 3.7 or 1e300, counts as
+/// absent.
+qint64 get(const Setting<qint64>& setting);
+QString get(const Setting<QString>& setting);
+std::optional<QString> get(const Setting<std::optional<QString>>& setting);
+std::optional<QDateTime> get(const Setting<std::optional<QDateTime>>& setting);
+template <Enumeration T>
+T get(const Setting<T>& setting) {
+    const auto word = string(setting.key);
+    if (!word) return setting.absent;
+    const auto found = std::ranges::find(storedWords<T>, *word);
+    return found == storedWords<T>.end() ? setting.unknown : static_cast<T>(found - storedWords<T>.begin());
+}
+
+void set(const Setting<bool>& setting, bool value);
+void set(const Setting<qint64>& setting, qint64 value);
+void set(const Setting<QString>& setting, const QString& value);
+void set(const Setting<std::optional<QString>>& setting, const QString& value);
+/// Stored to the millisecond.
+void set(const Setting<std::optional<QDateTime>>& setting, const QDateTime& value);
+/// The setting counts as absent from now on.
 void remove(const QString& key);
+template <typename T>
+void remove(const Setting<T>& setting) {
+    remove(setting.key);
+}
 
 /// The folder "Parlivo" under the user's application support; created on first use, once a process.
 QString appSupportDir();
@@ -67,11 +69,6 @@ QString llamaServerBinary();
 
 /// The user's terms, one a line in the setting, trimmed, in their order.
 QStringList dictionary();
-/// Texts of at most this many characters are not cleaned.
-qint64 cleanupMinChars();
-
-std::optional<QDateTime> feedbackPromptLastShown();
-void setFeedbackPromptLastShown(const QDateTime& moment);
 
 QString appVersion();
 QUrl ollamaURL();

@@ -112,7 +112,7 @@ void Updater::fail(const QString& explanation) {
 }
 
 void Updater::relaunch(const FeedEntry& entry) {
-    Config::set(Config::Key::pendingChangelog, entry.changelog);
+    Config::set(Settings::pendingChangelog, entry.changelog);
     restart_.stopEngines();
     Platform::current().bundleTools().startAfterEnd(Platform::current().bundle().location());
     restart_.quit();

@@ -54,7 +54,7 @@ class HotKeyManagerOnX11Test : public testing::Test {
 
   protected:
     void apply(const char* preset) {
-        Config::set(Config::Key::hotkeyPreset, QString::fromLatin1(preset));
+        Config::set(Settings::hotkeyPreset, QString::fromLatin1(preset));
         manager->applyCurrentPreset();
     }
     bool pressed(const char* id) {

@@ -12,8 +12,8 @@
 namespace parlivo {
 namespace {
 
-using Config::Key::cleanupLevel;
-using Config::Key::cleanupTier;
+using Settings::cleanupLevel;
+using Settings::cleanupTier;
 
 class CleanupTest : public PlatformTest {
   protected:
@@ -23,9 +23,9 @@ class CleanupTest : public PlatformTest {
         for (const QString& tier : {QStringLiteral("light"), QStringLiteral("full")}) {
             QFile::link(demo::file(QStringLiteral("cleanup.gguf")), modelOf(tier));
         }
-        store(Config::Key::modelsDir, models.path());
+        store(Settings::modelsDir, models.path());
         store(cleanupTier, QStringLiteral("light"));
-        store(Config::Key::cleanupMinChars, 0);
+        store(Settings::cleanupMinChars, 0);
     }
     ~CleanupTest() override { LlamaRunner::shutdown(); }
 
@@ -67,12 +67,12 @@ TEST_F(CleanupTest, EveryPhraseComesOutCleanAtEachLevel) {
 }
 
 TEST_F(CleanupTest, EveryPhraseComesOutCleanWithADictionary) {
-    store(Config::Key::dictionary, QStringLiteral("Kubernetes\nRossi"));
+    store(Settings::dictionary, QStringLiteral("Kubernetes\nRossi"));
     expectAllPhrasesAtEachLevel();
 }
 
 TEST_F(CleanupTest, TheUsersOwnPromptIsUsedAtEveryLevel) {
-    store(Config::Key::customPromptEnabled, true);
+    store(Settings::customPromptEnabled, true);
     store(cleanupLevel, QStringLiteral("high"));
     Config::loadPrompt();
     expectAllPhrasesAs(QStringLiteral("medium"));

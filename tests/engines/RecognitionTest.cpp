@@ -31,7 +31,7 @@ TEST_F(RecognitionTest, EveryPhraseComesOutExact) {
 }
 
 TEST_F(RecognitionTest, EveryPhraseComesOutExactWithAGlossary) {
-    store(Config::Key::dictionary, QStringLiteral("Kubernetes\nRossi"));
+    store(Settings::dictionary, QStringLiteral("Kubernetes\nRossi"));
     expectAllPhrases();
 }
 

@@ -7,17 +7,18 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <array>
 #include <optional>
+#include <tuple>
 
 namespace parlivo::fuzz {
 
 namespace {
 
-const std::array keys{
-    Config::Key::language,        Config::Key::soundsEnabled,    Config::Key::typingSpeed,
-    Config::Key::cleanupMinChars, Config::Key::dictionary,       Config::Key::modelsDir,
-    Config::Key::hotkeyPreset,    Config::Key::pendingChangelog, Config::Key::feedbackPromptLastShown};
+constexpr auto table = std::tuple_cat(Settings::chosenByUser, Settings::keptByProgram);
+
+void forEachSetting(auto action) {
+    std::apply([&](const auto&... setting) { (action(setting), ...); }, table);
+}
 
 std::optional<QJsonObject> object(const QByteArray& bytes) {
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
@@ -58,17 +59,18 @@ void readAll(const QVariantMap& stored) {
     for (auto at = stored.begin(); at != stored.end(); ++at) {
         platform.userDefaults().setValue(at.key(), at.value());
     }
-    for (const QLatin1String key : keys) {
-        Config::boolean(key, true);
-        Config::integer(key, 1);
-        Config::string(key);
-    }
+    forEachSetting([](const auto& setting) {
+        Config::get(setting);
+        Config::boolean(setting.key, true);
+        Config::get(Setting<qint64>{setting.key, 1});
+        Config::string(setting.key);
+    });
     for (const QString& term : Config::dictionary()) {
         expect(!term.isEmpty() && term == term.trimmed() && !term.contains(QLatin1Char('\n')),
                "a term is one line without blanks around it");
     }
     expect(!Config::modelsDir().isEmpty(), "the models have a folder");
-    const auto moment = Config::feedbackPromptLastShown();
+    const auto moment = Config::get(Settings::feedbackPromptLastShown);
     expect(!moment || moment->isValid(), "a moment is a moment");
     FakePlatform::uninstall();
 }
@@ -78,13 +80,13 @@ void readAll(const QVariantMap& stored) {
 void attack(const QByteArray& input) {
     const auto stored = object(input);
     Store store(input);
-    for (const QLatin1String key : keys) {
-        const QVariant value = store.defaults().value(key);
-        expect(value == (stored ? stored->value(key).toVariant() : QVariant()),
+    forEachSetting([&](const auto& setting) {
+        const QVariant value = store.defaults().value(setting.key);
+        expect(value == (stored ? stored->value(setting.key).toVariant() : QVariant()),
                "a setting is what is stored");
-    }
+    });
     expect(store.content() == input || store.setAside() == input, "reading loses nothing");
-    const QString added = QStringLiteral("dictationCount");
+    const QString added = Settings::dictationCount.key;
     store.defaults().setValue(added, 7);
     QJsonObject expected = stored.value_or(QJsonObject());
     expected.insert(added, 7);

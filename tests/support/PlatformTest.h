@@ -36,6 +36,19 @@ class PlatformTest : public testing::Test {
     PlatformTest& operator=(const PlatformTest&) = delete;
 
     void store(const QString& key, const QVariant& value) { platform.userDefaults().setValue(key, value); }
+    /// Of any type, as a user may have written it by hand.
+    template <typename T>
+    void store(const Setting<T>& setting, const QVariant& value) {
+        store(setting.key, value);
+    }
+    template <Enumeration T>
+    void store(const Setting<T>& setting, std::type_identity_t<T> value) {
+        store(setting.key, QString(wordOf(value)));
+    }
+    template <typename T>
+    QVariant stored(const Setting<T>& setting) const {
+        return platform.userDefaults().value(setting.key);
+    }
 
     /// The messages of the log, without their time.
     static QStringList logged() {

@@ -124,8 +124,6 @@ class WindowTest : public PlatformTest {
 
     static bool shows(const QWidget& window, const QString& text) { return words(window).contains(text); }
 
-    QVariant stored(const QString& key) const { return platform.userDefaults().value(key); }
-
     ScriptedDialogs* dialogs;
 };
 

@@ -25,7 +25,7 @@ class AppDelegateTest : public PlatformTest {
     static QString line(const char16_t* text) { return QStringView(text).toString(); }
 
     AppDelegateTest() {
-        store(Config::Key::onboardingDone, true);
+        store(Settings::onboardingDone, true);
         platform.bundle().resources[QStringLiteral("ggml-model.bin")] = QStringLiteral("/proc/self/exe");
     }
 

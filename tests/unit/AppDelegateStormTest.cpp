@@ -12,14 +12,14 @@ class AppDelegateStorm : public AppDelegateTest {
   protected:
     AppDelegateStorm() {
         answer();
-        store(Config::Key::overlayEnabled, false);
+        store(Settings::overlayEnabled, false);
         launch();
     }
 
     void run(std::uint32_t seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         random_.seed(seed);
-        store(Config::Key::dictationMode, QStringLiteral("ptt"));
+        store(Settings::dictationMode, QStringLiteral("ptt"));
         decideWhatFails();
         for (int left = 5 + upTo(10); left > 0; --left) happen();
         comeToRest();
@@ -62,8 +62,8 @@ class AppDelegateStorm : public AppDelegateTest {
     void changeSettings() {
         const QStringList modes{QStringLiteral("ptt"), QStringLiteral("toggle"), QStringLiteral("?")};
         const QStringList presets{QStringLiteral("opt-space"), QStringLiteral("opt-backtick")};
-        store(Config::Key::dictationMode, modes.at(upTo(2)));
-        store(Config::Key::hotkeyPreset, presets.at(upTo(1)));
+        store(Settings::dictationMode, modes.at(upTo(2)));
+        store(Settings::hotkeyPreset, presets.at(upTo(1)));
         NotificationCenter::post(Config::pvHotkeyChanged);
     }
 

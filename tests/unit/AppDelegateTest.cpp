@@ -5,7 +5,6 @@ namespace parlivo {
 namespace {
 
 using namespace std::chrono_literals;
-namespace Key = Config::Key;
 
 TEST_F(AppDelegateTest, StartsUpInOrder) {
     launch();
@@ -29,7 +28,7 @@ TEST_F(AppDelegateTest, WarmsUpBothEnginesWhenAllIsReady) {
 }
 
 TEST_F(AppDelegateTest, ShowsTheFirstRunUntilItIsDone) {
-    store(Key::onboardingDone, false);
+    store(Settings::onboardingDone, false);
     launch();
     EXPECT_TRUE(calls().contains(line(u"onboarding")));
     EXPECT_EQ(platform.permissions().prompts, 0);
@@ -49,7 +48,7 @@ TEST_F(AppDelegateTest, ShowsTheFirstRunAgainWhenNoModelIsLeft) {
 }
 
 TEST_F(AppDelegateTest, AFirstRunThatEndsAfterTheProgramDoesNothing) {
-    store(Key::onboardingDone, false);
+    store(Settings::onboardingDone, false);
     launch();
     delegate.reset();
     onboardingFinished();
@@ -81,7 +80,7 @@ TEST_F(AppDelegateTest, EachStateHasItsTextAndIcon) {
 }
 
 TEST_F(AppDelegateTest, ToggleStartsOnOnePressAndStopsOnTheNext) {
-    store(Key::dictationMode, line(u"toggle"));
+    store(Settings::dictationMode, line(u"toggle"));
     launch();
     platform.hotKeys().press();
     platform.hotKeys().release();
@@ -96,7 +95,7 @@ TEST_F(AppDelegateTest, ToggleStartsOnOnePressAndStopsOnTheNext) {
 }
 
 TEST_F(AppDelegateTest, AnUnknownModeStartsAndIsNeverEndedByTheKey) {
-    store(Key::dictationMode, line(u"hold"));
+    store(Settings::dictationMode, line(u"hold"));
     launch();
     platform.hotKeys().press();
     ageRecording(1s);
@@ -105,7 +104,7 @@ TEST_F(AppDelegateTest, AnUnknownModeStartsAndIsNeverEndedByTheKey) {
     platform.hotKeys().press();
     EXPECT_EQ(delegate->state(), State::recording);
     EXPECT_EQ(platform.audioInput().opened, 1);
-    store(Key::dictationMode, line(u"ptt"));
+    store(Settings::dictationMode, line(u"ptt"));
     platform.hotKeys().release();
     EXPECT_EQ(delegate->state(), State::transcribing) << "read afresh on each event";
 }
@@ -116,7 +115,7 @@ TEST_F(AppDelegateTest, APressWhileBusyDoesNothingInAnyMode) {
     ageRecording(1s);
     platform.hotKeys().release();
     for (const char16_t* mode : {u"ptt", u"toggle", u"boh"}) {
-        store(Key::dictationMode, line(mode));
+        store(Settings::dictationMode, line(mode));
         platform.hotKeys().press();
         platform.hotKeys().release();
         EXPECT_EQ(delegate->state(), State::transcribing);
@@ -172,7 +171,7 @@ TEST_F(AppDelegateTest, AMicrophoneThatGoesAwayEndsTheRecordingWithWhatItHas) {
 }
 
 TEST_F(AppDelegateTest, SilentWhenSoundsAreOff) {
-    store(Key::soundsEnabled, false);
+    store(Settings::soundsEnabled, false);
     launch();
     dictate(line(u""));
     EXPECT_EQ(platform.sounds().played, Strings());
@@ -222,7 +221,7 @@ TEST_F(AppDelegateTest, TheFirstOfTwoErrorsMayEndTheSecondEarly) {
 
 TEST_F(AppDelegateTest, APresetChangeRegistersAnew) {
     launch();
-    store(Key::hotkeyPreset, line(u"cmd-shift-space"));
+    store(Settings::hotkeyPreset, line(u"cmd-shift-space"));
     NotificationCenter::post(Config::pvHotkeyChanged);
     ASSERT_EQ(platform.hotKeys().registered.size(), 1U);
     EXPECT_EQ(platform.hotKeys().registered[0].modifiers, 0x0300U);

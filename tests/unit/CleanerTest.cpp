@@ -52,7 +52,7 @@ class CleanerTest : public EngineTest {
 };
 
 TEST_F(CleanerTest, LevelNoneLeavesTheTextAloneWithoutAskingAnybody) {
-    store(Config::Key::cleanupLevel, QStringLiteral("none"));
+    store(Settings::cleanupLevel, QStringLiteral("none"));
     llamaSays(longText);
     EXPECT_EQ(Cleaner::clean(longText), longText);
     EXPECT_TRUE(ollama.requests().empty());
@@ -67,14 +67,14 @@ TEST_F(CleanerTest, OnlyTextsLongerThanTheMinimumAreCleaned) {
     const QString family = QStringLiteral("👨‍👩‍👧‍👦");
     EXPECT_EQ(cleanedAs(answer, repeated(family, 50)), repeated(family, 50)) << "characters, not code units";
     EXPECT_EQ(cleanedAs(answer, repeated(family, 51)), answer);
-    store(Config::Key::cleanupMinChars, 0);
+    store(Settings::cleanupMinChars, 0);
     EXPECT_EQ(cleanedAs(QStringLiteral("B"), QStringLiteral("a")), QStringLiteral("B"));
     EXPECT_EQ(cleanedAs(QStringLiteral("B"), QString()), QString());
     EXPECT_EQ(ollama.requests().size(), 3U);
 }
 
 TEST_F(CleanerTest, TheRequestToOllamaIsTheOneAgreed) {
-    store(Config::Key::cleanupMinChars, 0);
+    store(Settings::cleanupMinChars, 0);
     Cleaner::clean(QStringLiteral("Allora, ehm, «perché» no?\tDisse: \"{TEXT}\" \\ 👍"));
     const auto requests = ollama.requests("/api/generate");
     ASSERT_EQ(requests.size(), 1U);
@@ -84,15 +84,15 @@ TEST_F(CleanerTest, TheRequestToOllamaIsTheOneAgreed) {
 }
 
 TEST_F(CleanerTest, OllamaIsAskedForTheUsersModelAtTheUsersLevel) {
-    store(Config::Key::cleanupModel, QStringLiteral("mistral"));
-    store(Config::Key::cleanupLevel, QStringLiteral("light"));
+    store(Settings::cleanupModel, QStringLiteral("mistral"));
+    store(Settings::cleanupLevel, QStringLiteral("light"));
     Cleaner::clean(longText);
     EXPECT_EQ(askedOfOllama().value(QLatin1String("model")).toString(), QStringLiteral("mistral"));
     EXPECT_TRUE(promptForOllama().contains(QStringLiteral("NON rimuovere né cambiare nessuna parola")));
 }
 
 TEST_F(CleanerTest, TheUsersPromptTakesTheTextAtEveryPlaceholder) {
-    store(Config::Key::customPromptEnabled, true);
+    store(Settings::customPromptEnabled, true);
     QFile prompt(Config::promptFile());
     ASSERT_TRUE(prompt.open(QIODevice::WriteOnly));
     prompt.write("Prima: {TEXT}. Di nuovo: {TEXT}. {text}");
@@ -102,7 +102,7 @@ TEST_F(CleanerTest, TheUsersPromptTakesTheTextAtEveryPlaceholder) {
 }
 
 TEST_F(CleanerTest, AUsersPromptWithoutPlaceholderIsSentAsItIs) {
-    store(Config::Key::customPromptEnabled, true);
+    store(Settings::customPromptEnabled, true);
     QFile prompt(Config::promptFile());
     ASSERT_TRUE(prompt.open(QIODevice::WriteOnly));
     prompt.write("Saluta.");
@@ -120,7 +120,7 @@ TEST_F(CleanerTest, ADictatedPlaceholderStaysWhatWasDictated) {
 }
 
 TEST_F(CleanerTest, OnePairOfQuotesIsTakenOff) {
-    store(Config::Key::cleanupMinChars, 0);
+    store(Settings::cleanupMinChars, 0);
     const QString raw = QStringLiteral("abcd");
     const std::vector<std::pair<QString, QString>> cases = {
         {QStringLiteral("\"Abcd\""), QStringLiteral("Abcd")},

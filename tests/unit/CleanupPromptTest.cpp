@@ -15,8 +15,6 @@ QString golden(const QString& name) {
 
 class CleanupPromptTest : public PlatformTest {
   protected:
-    static QString level(const char* name) { return QString::fromLatin1(name); }
-
     static void writePrompt(const QByteArray& contents) {
         QFile file(Config::promptFile());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -31,26 +29,30 @@ class CleanupPromptTest : public PlatformTest {
 };
 
 TEST_F(CleanupPromptTest, EachLevelHasItsTemplate) {
-    for (const QString& name : {level("light"), level("medium"), level("high")}) {
-        EXPECT_EQ(Config::builtinPrompt(name), golden(QStringLiteral("prompt-%1.txt").arg(name)));
+    for (const auto level : {CleanupLevel::Light, CleanupLevel::Medium, CleanupLevel::High}) {
+        EXPECT_EQ(Config::builtinPrompt(level), golden(QStringLiteral("prompt-%1.txt").arg(wordOf(level))));
     }
 }
 
 TEST_F(CleanupPromptTest, EachTemplateTakesInTheDictionary) {
-    store(Config::Key::dictionary, QStringLiteral("Kubernetes\n\n Rossi "));
-    for (const QString& name : {level("light"), level("medium"), level("high")}) {
-        EXPECT_EQ(Config::builtinPrompt(name), golden(QStringLiteral("prompt-%1-dictionary.txt").arg(name)));
+    store(Settings::dictionary, QStringLiteral("Kubernetes\n\n Rossi "));
+    for (const auto level : {CleanupLevel::Light, CleanupLevel::Medium, CleanupLevel::High}) {
+        EXPECT_EQ(Config::builtinPrompt(level),
+                  golden(QStringLiteral("prompt-%1-dictionary.txt").arg(wordOf(level))));
     }
 }
 
 TEST_F(CleanupPromptTest, AnyOtherLevelMeansMedium) {
     for (const char* name : {"none", "HIGH", "Light", "", " high"}) {
-        EXPECT_EQ(Config::builtinPrompt(level(name)), golden(QStringLiteral("prompt-medium.txt"))) << name;
+        store(Settings::cleanupLevel, QString::fromLatin1(name));
+        EXPECT_EQ(Config::builtinPrompt(Config::get(Settings::cleanupLevel)),
+                  golden(QStringLiteral("prompt-medium.txt")))
+            << name;
     }
 }
 
 TEST_F(CleanupPromptTest, AMissingFileIsWrittenForItsOwnerAlone) {
-    store(Config::Key::dictionary, QStringLiteral("Kubernetes"));
+    store(Settings::dictionary, QStringLiteral("Kubernetes"));
     EXPECT_EQ(Config::loadPrompt(), fileTemplate) << "the dictionary has no part in it";
     EXPECT_EQ(writtenPrompt(), fileTemplate.toUtf8());
     EXPECT_EQ(writtenPrompt().size(), 555);

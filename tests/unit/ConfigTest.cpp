@@ -6,13 +6,14 @@
 #include <QDir>
 #include <QFile>
 
+#include <cmath>
 #include <limits>
 
 namespace parlivo {
 namespace {
 
-using Config::Key::asrTier;
-using Config::Key::cleanupTier;
+using Settings::asrTier;
+using Settings::cleanupTier;
 
 class ConfigTest : public PlatformTest {
   protected:
@@ -29,13 +30,13 @@ class ConfigTest : public PlatformTest {
 };
 
 TEST_F(ConfigTest, ABooleanThatWasNeverWrittenTakesItsDefault) {
-    EXPECT_TRUE(Config::boolean(Config::Key::soundsEnabled, true));
-    EXPECT_FALSE(Config::boolean(Config::Key::debugMode, false));
+    EXPECT_TRUE(Config::get(Settings::soundsEnabled));
+    EXPECT_FALSE(Config::get(Settings::debugMode));
 }
 
 TEST_F(ConfigTest, AStoredFalseIsNotAbsent) {
-    store(Config::Key::soundsEnabled, false);
-    EXPECT_FALSE(Config::boolean(Config::Key::soundsEnabled, true));
+    store(Settings::soundsEnabled, false);
+    EXPECT_FALSE(Config::get(Settings::soundsEnabled));
 }
 
 TEST_F(ConfigTest, ABooleanOfAnotherTypeIsReadAsTheStoreReadsIt) {
@@ -52,47 +53,48 @@ TEST_F(ConfigTest, ABooleanOfAnotherTypeIsReadAsTheStoreReadsIt) {
         {QVariantMap{{QStringLiteral("a"), 1}}, false},
     };
     for (const auto& [stored, expected] : cases) {
-        store(Config::Key::overlayEnabled, stored);
-        EXPECT_EQ(Config::boolean(Config::Key::overlayEnabled, !expected), expected)
+        store(Settings::overlayEnabled, stored);
+        EXPECT_EQ(Config::boolean(Settings::overlayEnabled.key, !expected), expected)
             << stored.toString().toStdString();
     }
 }
 
 TEST_F(ConfigTest, AStoredNullIsAbsent) {
-    store(Config::Key::soundsEnabled, QVariant::fromValue(nullptr));
-    store(Config::Key::cleanupMinChars, QVariant::fromValue(nullptr));
-    EXPECT_TRUE(Config::boolean(Config::Key::soundsEnabled, true));
-    EXPECT_EQ(Config::cleanupMinChars(), 50);
+    store(Settings::soundsEnabled, QVariant::fromValue(nullptr));
+    store(Settings::cleanupMinChars, QVariant::fromValue(nullptr));
+    EXPECT_TRUE(Config::get(Settings::soundsEnabled));
+    EXPECT_EQ(Config::get(Settings::cleanupMinChars), 50);
 }
 
 TEST_F(ConfigTest, ATextOfAnotherTypeIsAbsent) {
     for (const QVariant& wrong : {QVariant(7), QVariant(true), QVariant(1.5), QVariant(QVariantList{1})}) {
-        store(Config::Key::language, wrong);
-        EXPECT_EQ(Config::string(Config::Key::language), std::nullopt);
-        EXPECT_EQ(Config::string(Config::Key::language, QStringLiteral("it")), QStringLiteral("it"));
+        store(Settings::language, wrong);
+        EXPECT_EQ(Config::get(Settings::language), QStringLiteral("it"));
+        store(Settings::pendingChangelog, wrong);
+        EXPECT_EQ(Config::get(Settings::pendingChangelog), std::nullopt);
     }
 }
 
 TEST_F(ConfigTest, AnEmptyModelsDirIsAbsent) {
-    store(Config::Key::modelsDir, QString());
+    store(Settings::modelsDir, QString());
     EXPECT_EQ(Config::modelsDir(), support() + QStringLiteral("/models"));
-    store(Config::Key::modelsDir, QStringLiteral("/srv/modelli"));
+    store(Settings::modelsDir, QStringLiteral("/srv/modelli"));
     EXPECT_EQ(Config::modelsDir(), QStringLiteral("/srv/modelli"));
 }
 
 TEST_F(ConfigTest, TheDictionaryHoldsTheTrimmedLinesThatAreNotEmpty) {
-    store(Config::Key::dictionary, QStringLiteral("  Foo \n\n\tBar\n"));
+    store(Settings::dictionary, QStringLiteral("  Foo \n\n\tBar\n"));
     EXPECT_EQ(Config::dictionary(), QStringList({QStringLiteral("Foo"), QStringLiteral("Bar")}));
 }
 
 TEST_F(ConfigTest, TheDictionaryKnowsEveryLineEndAndKeepsDuplicates) {
-    store(Config::Key::dictionary, QStringLiteral("a b\r\nc\u2028d\u0085a b\u2029e\u000bf"));
+    store(Settings::dictionary, QStringLiteral("a b\r\nc\u2028d\u0085a b\u2029e\u000bf"));
     EXPECT_EQ(Config::dictionary().join(QLatin1Char('|')), QStringLiteral("a b|c|d|a b|e|f"));
 }
 
 TEST_F(ConfigTest, HalfACharacterInTheDictionarySpoilsItsOwnTermAlone) {
     const QString half = QStringLiteral("Ross") + QChar(0xd800) + QLatin1Char('i');
-    store(Config::Key::dictionary,
+    store(Settings::dictionary,
           QString(QStringLiteral("Kubernetes\n ") + half + QStringLiteral(" \nGiulia")));
     EXPECT_EQ(Config::dictionary(),
               QStringList({QStringLiteral("Kubernetes"), half, QStringLiteral("Giulia")}));
@@ -101,30 +103,69 @@ TEST_F(ConfigTest, HalfACharacterInTheDictionarySpoilsItsOwnTermAlone) {
 TEST_F(ConfigTest, ADictionaryOfTenThousandTermsIsReadWhole) {
     QString terms;
     for (int i = 0; i < 10'000; ++i) terms += QStringLiteral("Termine%1\n").arg(i);
-    store(Config::Key::dictionary, terms);
+    store(Settings::dictionary, terms);
     const QStringList read = Config::dictionary();
     ASSERT_EQ(read.size(), 10'000);
     EXPECT_EQ(read.last(), QStringLiteral("Termine9999"));
 }
 
 TEST_F(ConfigTest, AStoredZeroOfCleanupMinCharsStaysZero) {
-    EXPECT_EQ(Config::cleanupMinChars(), 50);
-    store(Config::Key::cleanupMinChars, 0);
-    EXPECT_EQ(Config::cleanupMinChars(), 0);
-    store(Config::Key::cleanupMinChars, QVariantList{});
-    EXPECT_EQ(Config::cleanupMinChars(), 0) << "present, but no number";
+    EXPECT_EQ(Config::get(Settings::cleanupMinChars), 50);
+    store(Settings::cleanupMinChars, 0);
+    EXPECT_EQ(Config::get(Settings::cleanupMinChars), 0);
+}
+
+TEST_F(ConfigTest, AnIntegerIsAWholeNumberOrATextThatIsOne) {
+    const std::vector<std::pair<QVariant, qint64>> cases = {
+        {7, 7}, {-7, -7}, {7.0, 7}, {1e15, 1'000'000'000'000'000}, {QStringLiteral("7"), 7}};
+    for (const auto& [stored, expected] : cases) {
+        store(Settings::cleanupMinChars, stored);
+        EXPECT_EQ(Config::get(Settings::cleanupMinChars), expected) << stored.toString().toStdString();
+    }
+}
+
+TEST_F(ConfigTest, WhatIsNoIntegerCountsAsAbsent) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    for (const QVariant& wrong :
+         {QVariant(3.7), QVariant(-0.5), QVariant(1e300), QVariant(-1e300), QVariant(9223372036854775808.0),
+          QVariant(infinity), QVariant(std::nan("")), QVariant(QStringLiteral("7.9")),
+          QVariant(QStringLiteral("sette")), QVariant(QStringLiteral("0x10")), QVariant(QString()),
+          QVariant(QStringLiteral("99999999999999999999")), QVariant(true), QVariant(QVariantList{}),
+          QVariant(QVariantMap{{QStringLiteral("a"), 1}})}) {
+        store(Settings::cleanupMinChars, wrong);
+        EXPECT_EQ(Config::get(Settings::cleanupMinChars), 50) << wrong.toString().toStdString();
+    }
+}
+
+TEST_F(ConfigTest, AWordIsReadByItsExactSpelling) {
+    EXPECT_EQ(Config::get(Settings::typingSpeed), TypingSpeed::Fast);
+    store(Settings::typingSpeed, QStringLiteral("natural"));
+    EXPECT_EQ(Config::get(Settings::typingSpeed), TypingSpeed::Natural);
+    for (const QVariant& other :
+         {QVariant(QStringLiteral("Natural")), QVariant(QStringLiteral("natural ")), QVariant(QString()),
+          QVariant(QStringLiteral("boh")), QVariant(0), QVariant(true)}) {
+        store(Settings::typingSpeed, other);
+        EXPECT_EQ(Config::get(Settings::typingSpeed), TypingSpeed::Fast) << other.toString().toStdString();
+    }
+}
+
+TEST_F(ConfigTest, AnUnknownDictationModeIsNotTheDefaultOne) {
+    EXPECT_EQ(Config::get(Settings::dictationMode), DictationMode::PushToTalk);
+    store(Settings::dictationMode, 1);
+    EXPECT_EQ(Config::get(Settings::dictationMode), DictationMode::PushToTalk) << "no text, so absent";
+    store(Settings::dictationMode, QStringLiteral("hold"));
+    EXPECT_EQ(Config::get(Settings::dictationMode), DictationMode::Unknown);
 }
 
 TEST_F(ConfigTest, ADateIsKeptInUtcAndAnythingElseIsNoDate) {
-    EXPECT_EQ(Config::feedbackPromptLastShown(), std::nullopt);
+    EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), std::nullopt);
     const QDateTime moment(QDate(2026, 3, 1), QTime(12, 30, 15, 250), Qt::UTC);
-    Config::setFeedbackPromptLastShown(moment);
-    EXPECT_EQ(Config::feedbackPromptLastShown(), moment);
-    EXPECT_EQ(Config::string(Config::Key::feedbackPromptLastShown),
-              QStringLiteral("2026-03-01T12:30:15.250Z"));
+    Config::set(Settings::feedbackPromptLastShown, moment);
+    EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), moment);
+    EXPECT_EQ(stored(Settings::feedbackPromptLastShown), QStringLiteral("2026-03-01T12:30:15.250Z"));
     for (const QVariant& wrong : {QVariant(QStringLiteral("ieri")), QVariant(12), QVariant(true)}) {
-        store(Config::Key::feedbackPromptLastShown, wrong);
-        EXPECT_EQ(Config::feedbackPromptLastShown(), std::nullopt);
+        store(Settings::feedbackPromptLastShown, wrong);
+        EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), std::nullopt);
     }
 }
 
@@ -184,8 +225,8 @@ TEST_F(ConfigTest, TheDevelopersModelIsTheLastResort) {
 }
 
 TEST_F(ConfigTest, ALargestIntegerSurvivesReading) {
-    store(Config::Key::dictationCount, std::numeric_limits<qint64>::max());
-    EXPECT_EQ(Config::integer(Config::Key::dictationCount, 0), std::numeric_limits<qint64>::max());
+    store(Settings::dictationCount, std::numeric_limits<qint64>::max());
+    EXPECT_EQ(Config::get(Settings::dictationCount), std::numeric_limits<qint64>::max());
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 namespace parlivo {
 namespace {
 
-namespace Key = Config::Key;
-
 using DictationPipelineTest = AppDelegateTest;
 
 TEST_F(DictationPipelineTest, EachMarkerMeansThatNobodySpoke) {
@@ -19,7 +17,7 @@ TEST_F(DictationPipelineTest, EachMarkerMeansThatNobodySpoke) {
                   line(u"⚠️ Non ho sentito nulla — controlla il microfono nel menu"));
     }
     EXPECT_FALSE(calls().join(QLatin1Char(' ')).contains(line(u"type ")));
-    EXPECT_EQ(Config::integer(Key::dictationCount, 0), 0);
+    EXPECT_EQ(Config::get(Settings::dictationCount), 0);
     EXPECT_EQ(filesLeft(), Strings());
 }
 
@@ -42,7 +40,7 @@ TEST_F(DictationPipelineTest, TheCeilingHoldsForWhatTheCleanerReturns) {
 }
 
 TEST_F(DictationPipelineTest, InstantPastesASingleWord) {
-    store(Key::typingSpeed, line(u"instant"));
+    store(Settings::typingSpeed, line(u"instant"));
     launch();
     dictate(line(u"Ciao"));
     EXPECT_TRUE(calls().contains(line(u"paste Ciao")));
@@ -66,7 +64,7 @@ TEST_F(DictationPipelineTest, WithoutThePermissionToTypeTheTextIsCopied) {
               line(u"⚠️ Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
     EXPECT_EQ(platform.workspace().panes, std::vector{PrivacyPane::Accessibility});
     EXPECT_TRUE(logged().contains(line(u"iniezione SALTATA: permesso accessibilità mancante")));
-    EXPECT_EQ(Config::integer(Key::dictationCount, 0), 0);
+    EXPECT_EQ(Config::get(Settings::dictationCount), 0);
     EXPECT_FALSE(calls().contains(line(u"invite")));
     EXPECT_EQ(filesLeft(), Strings());
 }
@@ -90,7 +88,7 @@ TEST_F(DictationPipelineTest, AFailedTranscriptionIsSaidAndLeavesNoFile) {
     EXPECT_EQ(delegate->statusLine(), line(u"⚠️ whisper-server non risponde"));
     EXPECT_TRUE(logged().contains(line(u"ERRORE pipeline: whisper-server non risponde")));
     EXPECT_EQ(filesLeft(), Strings());
-    EXPECT_EQ(Config::integer(Key::dictationCount, 0), 0);
+    EXPECT_EQ(Config::get(Settings::dictationCount), 0);
 }
 
 TEST_F(DictationPipelineTest, OnlyDebugModeLogsWhatWasSaid) {
@@ -100,7 +98,7 @@ TEST_F(DictationPipelineTest, OnlyDebugModeLogsWhatWasSaid) {
     EXPECT_TRUE(logged().contains(line(u"trascrizione: 7 caratteri")));
     EXPECT_TRUE(logged().contains(line(u"audio convertito: 44 byte")));
     EXPECT_TRUE(logged().contains(line(u"iniezione completata (7 caratteri)")));
-    store(Key::debugMode, true);
+    store(Settings::debugMode, true);
     dictate(line(u"palese"));
     EXPECT_TRUE(logged().contains(line(u"trascrizione grezza: \"palese\"")));
     EXPECT_TRUE(logged().contains(line(u"testo pulito: \"palese\"")));
@@ -110,13 +108,13 @@ TEST_F(DictationPipelineTest, CountsTheDictationsThatArrived) {
     launch();
     for (int i = 1; i <= 3; ++i) {
         dictate(line(u"uno"));
-        EXPECT_EQ(Config::integer(Key::dictationCount, 0), i);
+        EXPECT_EQ(Config::get(Settings::dictationCount), i);
     }
 }
 
 TEST_F(DictationPipelineTest, ACountAtTheLargestIntegerIsFatalRatherThanWrong) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    store(Key::dictationCount, std::numeric_limits<qint64>::max());
+    store(Settings::dictationCount, std::numeric_limits<qint64>::max());
     EXPECT_DEATH(
         {
             launch();

@@ -10,7 +10,7 @@ using Manner = StubReply::Manner;
 class DownloaderDiskTest : public DownloaderTest {};
 
 TEST_F(DownloaderDiskTest, TheFolderIsMadeWithAllAboveIt) {
-    store(Config::Key::modelsDir, platform.directories().temporary() + u"/a/b c/modelli"_s);
+    store(Settings::modelsDir, platform.directories().temporary() + u"/a/b c/modelli"_s);
     server.on(path, whole());
     ASSERT_TRUE(fetch()) << failure().toStdString();
     EXPECT_TRUE(contents() == model());
@@ -54,7 +54,7 @@ TEST_F(DownloaderDiskTest, AFileTooLargeForTheDiskIsTold) {
 TEST_F(DownloaderDiskTest, AFolderThatCannotBeMadeIsTold) {
     const QString inTheWay = platform.directories().temporary() + u"/file"_s;
     ASSERT_TRUE(QFile::copy(u"/proc/self/cmdline"_s, inTheWay));
-    store(Config::Key::modelsDir, QString(inTheWay + u"/modelli"_s));
+    store(Settings::modelsDir, QString(inTheWay + u"/modelli"_s));
     server.on(path, whole());
     EXPECT_FALSE(fetch());
     EXPECT_EQ(failure(), fileName + u": la posizione non è una cartella"_s);
@@ -63,7 +63,7 @@ TEST_F(DownloaderDiskTest, AFolderThatCannotBeMadeIsTold) {
 
 TEST_F(DownloaderDiskTest, AFolderThatCannotBeWrittenIsTold) {
     // Not even root writes there; to others a folder of the system's is closed as well.
-    store(Config::Key::modelsDir, u"/proc/self/task"_s);
+    store(Settings::modelsDir, u"/proc/self/task"_s);
     server.on(path, whole());
     EXPECT_FALSE(fetch());
     EXPECT_TRUE(failure().startsWith(fileName + u": "_s)) << failure().toStdString();

@@ -101,8 +101,8 @@ class EngineTest : public PlatformTest {
     void installLlama(const QJsonObject& behaviour, const QString& tier = QStringLiteral("light")) {
         platform.bundle().resources[QStringLiteral("llama-server")] = stubEngine();
         writeFile(llamaModelName(tier), QJsonDocument(behaviour).toJson());
-        store(Config::Key::modelsDir, folder.path());
-        store(Config::Key::cleanupTier, tier);
+        store(Settings::modelsDir, folder.path());
+        store(Settings::cleanupTier, tier);
     }
     static QString llamaModelName(const QString& tier) { return ModelCatalog::cleanupTier(tier).fileName; }
     static QString stubEngine() { return QStringLiteral(PARLIVO_STUB_ENGINE); }

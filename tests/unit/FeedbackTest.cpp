@@ -76,7 +76,7 @@ TEST_F(FeedbackTest, EverythingIsSentAsStated) {
                                    {u"email"_s, u"io@esempio.it"_s},
                                    {u"appVersion"_s, u"1.2.3"_s},
                                    {u"macos"_s, u"Version 14.5 (Build 23F79)"_s}}));
-    EXPECT_EQ(stored(Config::Key::feedbackGiven), true);
+    EXPECT_EQ(stored(Settings::feedbackGiven), true);
     EXPECT_EQ(logged(), QStringList(u"feedback inviato (rating 4)"_s));
 }
 
@@ -136,7 +136,7 @@ TEST_F(FeedbackTest, AnyAnswerButSuccessIsAFailure) {
         click(*fresh.window(), u"Invia feedback"_s);
         EXPECT_TRUE(desktop::waitFor([&] { return shows(*fresh.window(), failure); }))
             << reply.bytes.left(40).toStdString();
-        EXPECT_FALSE(stored(Config::Key::feedbackGiven).isValid());
+        EXPECT_FALSE(stored(Settings::feedbackGiven).isValid());
     }
     EXPECT_TRUE(site.requests("/altrove").empty());
 }
@@ -195,7 +195,7 @@ TEST_F(FeedbackTest, ClosingKeepsTheForm) {
 class FeedbackInvitationTest : public WindowTest {
   protected:
     FeedbackInvitationTest() {
-        store(Config::Key::dictationCount, 20);
+        store(Settings::dictationCount, 20);
         dialogs->answer = 1;
     }
 
@@ -210,13 +210,13 @@ class FeedbackInvitationTest : public WindowTest {
 };
 
 TEST_F(FeedbackInvitationTest, ComesAtTheTwentiethDictation) {
-    store(Config::Key::dictationCount, 19);
+    store(Settings::dictationCount, 19);
     EXPECT_FALSE(invites());
-    EXPECT_EQ(Config::feedbackPromptLastShown(), std::nullopt);
-    store(Config::Key::dictationCount, 20);
+    EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), std::nullopt);
+    store(Settings::dictationCount, 20);
     EXPECT_TRUE(invites());
-    ASSERT_TRUE(Config::feedbackPromptLastShown().has_value());
-    EXPECT_LT(Config::feedbackPromptLastShown()->secsTo(now()), 60);
+    ASSERT_TRUE(Config::get(Settings::feedbackPromptLastShown).has_value());
+    EXPECT_LT(Config::get(Settings::feedbackPromptLastShown)->secsTo(now()), 60);
     EXPECT_FALSE(invites()) << "once is enough for now";
 }
 
@@ -235,23 +235,23 @@ TEST_F(FeedbackInvitationTest, ComesAgainAfterThirtyDaysToTheSecond) {
     for (const auto& [age, expected] :
          {std::pair(thirtyDays - 3600, false), std::pair(thirtyDays - 60, false), std::pair(thirtyDays, true),
           std::pair(thirtyDays * 5, true)}) {
-        Config::setFeedbackPromptLastShown(now().addSecs(-age));
+        Config::set(Settings::feedbackPromptLastShown, now().addSecs(-age));
         EXPECT_EQ(invites(), expected) << age;
     }
 }
 
 TEST_F(FeedbackInvitationTest, AClockThatWasSetBackDoesNotInvite) {
-    Config::setFeedbackPromptLastShown(now().addDays(2));
+    Config::set(Settings::feedbackPromptLastShown, now().addDays(2));
     EXPECT_FALSE(invites());
 }
 
 TEST_F(FeedbackInvitationTest, ADateThatIsNoDateCountsAsNever) {
-    store(Config::Key::feedbackPromptLastShown, u"ieri"_s);
+    store(Settings::feedbackPromptLastShown, u"ieri"_s);
     EXPECT_TRUE(invites());
 }
 
 TEST_F(FeedbackInvitationTest, NeverComesAgainOnceFeedbackWasGiven) {
-    store(Config::Key::feedbackGiven, true);
+    store(Settings::feedbackGiven, true);
     EXPECT_FALSE(invites());
 }
 

@@ -14,7 +14,7 @@ class HotKeyManagerTest : public PlatformTest {
         manager->onKeyUp = [this] { ++ups; };
     }
 
-    void choose(const char* preset) { store(Config::Key::hotkeyPreset, QString::fromLatin1(preset)); }
+    void choose(const char* preset) { store(Settings::hotkeyPreset, QString::fromLatin1(preset)); }
     fake::HotKeys& keys() { return platform.hotKeys(); }
 
     std::unique_ptr<HotKeyManager> manager = std::make_unique<HotKeyManager>();
@@ -83,7 +83,7 @@ TEST_F(HotKeyManagerTest, AnUnknownPresetRegistersOptionSpace) {
 }
 
 TEST_F(HotKeyManagerTest, ASettingOfAnotherTypeRegistersOptionSpace) {
-    store(Config::Key::hotkeyPreset, 4);
+    store(Settings::hotkeyPreset, 4);
     manager->applyCurrentPreset();
     EXPECT_EQ(keys().calls.last(), QStringLiteral("register 49 2048"));
 }

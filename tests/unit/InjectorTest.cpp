@@ -102,10 +102,9 @@ TEST_F(InjectorTest, OneSourceServesAWholeTextAndIsLetGo) {
 }
 
 TEST_F(InjectorTest, OnlyNaturalIsSlow) {
-    EXPECT_EQ(Injector::pauseAfterCharacter(QStringLiteral("natural")), 12'000us);
-    for (const char* speed : {"fast", "instant", "Natural", "natural ", ""}) {
-        EXPECT_EQ(Injector::pauseAfterCharacter(QString::fromLatin1(speed)), 3'500us) << speed;
-    }
+    EXPECT_EQ(Injector::pauseAfterCharacter(TypingSpeed::Natural), 12'000us);
+    EXPECT_EQ(Injector::pauseAfterCharacter(TypingSpeed::Fast), 3'500us);
+    EXPECT_EQ(Injector::pauseAfterCharacter(TypingSpeed::Instant), 3'500us) << "a text that is not pasted";
 }
 
 TEST_F(InjectorTest, TheSpeedIsReadFromTheSettings) {

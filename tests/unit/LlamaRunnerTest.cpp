@@ -30,7 +30,7 @@ class LlamaRunnerTest : public EngineTest {
 };
 
 TEST_F(LlamaRunnerTest, TheRequestIsTheOneAgreed) {
-    QString prompt = Config::builtinPrompt(QStringLiteral("medium"));
+    QString prompt = Config::builtinPrompt(CleanupLevel::Medium);
     prompt.replace(QStringLiteral("{TEXT}"),
                    QStringLiteral("Allora, ehm, «perché» no?\tDisse: \"{TEXT}\" \\ 👍"));
     EXPECT_EQ(LlamaRunner::clean(prompt), QStringLiteral("Ciao"));
@@ -48,7 +48,7 @@ TEST_F(LlamaRunnerTest, TheAnswerIsPassedOnUnchanged) {
 
 TEST_F(LlamaRunnerTest, WithoutAModelNothingIsStartedOrAsked) {
     for (const char* tier : {"none", "unknown", ""}) {
-        store(Config::Key::cleanupTier, QString::fromLatin1(tier));
+        store(Settings::cleanupTier, QString::fromLatin1(tier));
         EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), std::nullopt) << tier;
     }
     EXPECT_TRUE(logged().isEmpty());

@@ -33,7 +33,7 @@ TEST_F(ModelCatalogTest, AnUnknownCleanupTierMeansNone) {
 }
 
 TEST_F(ModelCatalogTest, TheTierWithoutAFileCountsAsDownloadedWithoutAnyFolder) {
-    store(Config::Key::modelsDir, QStringLiteral("/non/esiste"));
+    store(Settings::modelsDir, QStringLiteral("/non/esiste"));
     EXPECT_TRUE(ModelCatalog::isDownloaded(ModelCatalog::cleanupTier(QStringLiteral("none"))));
     EXPECT_FALSE(ModelCatalog::isDownloaded(ModelCatalog::asrTier(QStringLiteral("best"))));
 }

@@ -93,7 +93,7 @@ class KilledMoveTest : public ModelsMoveDiskTest {
     }
 
     void recover(Adopted adopted) {
-        store(Config::Key::modelsDir, adopted == Adopted::Yes ? to_.path() : from_.path());
+        store(Settings::modelsDir, adopted == Adopted::Yes ? to_.path() : from_.path());
         ModelsMove::recover();
         EXPECT_FALSE(QFile::exists(Config::appSupportDir() + u"/models-move"_s));
     }
@@ -158,7 +158,7 @@ TEST_F(KilledMoveTest, AMoveOfALivingProgramIsLeftAlone) {
     write(from(u"a.gguf"_s), "a");
     ModelsMove move(from_.path(), to_.path());
     move.bring();
-    store(Config::Key::modelsDir, from_.path());
+    store(Settings::modelsDir, from_.path());
     ModelsMove::recover();
     EXPECT_EQ(files(to_.path()), QStringList(u"a.gguf"_s));
     move.finish();
@@ -182,7 +182,7 @@ TEST_F(ModelsMoveDiskTest, ANoteThatWasNotWrittenToItsEndTellsNothing) {
     for (const QByteArray& note : {QByteArray(), folders.left(9), folders, QByteArray(folders + "\na.gg"),
                                    QByteArray(folders + "\na.gguf")}) {
         write(Config::appSupportDir() + u"/models-move"_s, note);
-        store(Config::Key::modelsDir, from_.path());
+        store(Settings::modelsDir, from_.path());
         ModelsMove::recover();
         EXPECT_EQ(read(to(u"a.gguf"_s)), "b") << note.toStdString();
     }

@@ -82,7 +82,7 @@ TEST_F(OnboardingTest, NothingButItsLastPageLeadsOut) {
     window().close();
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(finished, 0);
-    EXPECT_FALSE(stored(Config::Key::onboardingDone).isValid());
+    EXPECT_FALSE(stored(Settings::onboardingDone).isValid());
 }
 
 TEST_F(OnboardingTest, TheEndOfTheProgramClosesItAllTheSame) {
@@ -153,9 +153,9 @@ TEST_F(OnboardingTest, ThePermissionPagesAndTheLastOneSayWhatTheyAreToSay) {
 
 TEST_F(OnboardingTest, TheLastPageFinishesOnce) {
     goTo(Step::ready);
-    EXPECT_FALSE(stored(Config::Key::onboardingDone).isValid());
+    EXPECT_FALSE(stored(Settings::onboardingDone).isValid());
     click(window(), u"Inizia a dettare"_s);
-    EXPECT_EQ(stored(Config::Key::onboardingDone), true);
+    EXPECT_EQ(stored(Settings::onboardingDone), true);
     EXPECT_EQ(finished, 1);
     EXPECT_FALSE(window().isVisible());
 }
@@ -189,9 +189,9 @@ TEST_F(OnboardingTest, TheFolderIsStoredOnLeavingItsPage) {
     EXPECT_EQ(dialogs->questions.at(0).startingIn, before);
     EXPECT_EQ(dialogs->questions.at(0).prompt, u"Usa questa cartella"_s);
     EXPECT_TRUE(shows(window(), chosen));
-    EXPECT_FALSE(stored(Config::Key::modelsDir).isValid());
+    EXPECT_FALSE(stored(Settings::modelsDir).isValid());
     next();
-    EXPECT_EQ(stored(Config::Key::modelsDir), chosen);
+    EXPECT_EQ(stored(Settings::modelsDir), chosen);
 }
 
 TEST_F(OnboardingTest, ACancelledFolderChooserChangesNothing) {
@@ -200,20 +200,20 @@ TEST_F(OnboardingTest, ACancelledFolderChooserChangesNothing) {
     click(window(), u"Cambia…"_s);
     EXPECT_TRUE(shows(window(), before));
     next();
-    EXPECT_EQ(stored(Config::Key::modelsDir), before);
+    EXPECT_EQ(stored(Settings::modelsDir), before);
 }
 
 TEST_F(OnboardingTest, TheFullCleanupIsProposedWhateverIsStored) {
-    store(Config::Key::asrTier, u"fast"_s);
-    store(Config::Key::cleanupTier, u"light"_s);
+    store(Settings::asrTier, u"fast"_s);
+    store(Settings::cleanupTier, u"light"_s);
     goTo(Step::quality);
     EXPECT_TRUE(button(window(), u"Veloce"_s)->isChecked());
     EXPECT_FALSE(button(window(), u"Precisa"_s)->isChecked());
     EXPECT_TRUE(button(window(), u"Completa"_s)->isChecked());
-    EXPECT_EQ(stored(Config::Key::cleanupTier), u"light"_s);
+    EXPECT_EQ(stored(Settings::cleanupTier), u"light"_s);
     next();
-    EXPECT_EQ(stored(Config::Key::asrTier), u"fast"_s);
-    EXPECT_EQ(stored(Config::Key::cleanupTier), u"full"_s);
+    EXPECT_EQ(stored(Settings::asrTier), u"fast"_s);
+    EXPECT_EQ(stored(Settings::cleanupTier), u"full"_s);
 }
 
 TEST_F(OnboardingTest, TheTiersAreStoredOnLeavingTheirPage) {
@@ -221,10 +221,10 @@ TEST_F(OnboardingTest, TheTiersAreStoredOnLeavingTheirPage) {
     EXPECT_TRUE(button(window(), u"Precisa"_s)->isChecked());
     click(window(), u"Veloce"_s);
     click(window(), u"Leggera"_s);
-    EXPECT_FALSE(stored(Config::Key::asrTier).isValid());
+    EXPECT_FALSE(stored(Settings::asrTier).isValid());
     next();
-    EXPECT_EQ(stored(Config::Key::asrTier), u"fast"_s);
-    EXPECT_EQ(stored(Config::Key::cleanupTier), u"light"_s);
+    EXPECT_EQ(stored(Settings::asrTier), u"fast"_s);
+    EXPECT_EQ(stored(Settings::cleanupTier), u"light"_s);
     EXPECT_EQ(fetch.started, QStringList(u"fast"_s));
 }
 

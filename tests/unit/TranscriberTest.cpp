@@ -61,24 +61,24 @@ TEST_F(TranscriberTest, WithoutALanguageItAsksForItalian) {
 }
 
 TEST_F(TranscriberTest, TheDictionaryBecomesAGlossary) {
-    store(Config::Key::language, QStringLiteral("it"));
-    store(Config::Key::dictionary, QStringLiteral("Kubernetes\n Rossi\n"));
+    store(Settings::language, QStringLiteral("it"));
+    store(Settings::dictionary, QStringLiteral("Kubernetes\n Rossi\n"));
     EXPECT_EQ(sentForm(), golden(QStringLiteral("inference-it-dictionary.multipart")));
 }
 
 TEST_F(TranscriberTest, AnotherLanguageHasNoPrompt) {
-    store(Config::Key::language, QStringLiteral("en"));
+    store(Settings::language, QStringLiteral("en"));
     EXPECT_EQ(sentForm(), golden(QStringLiteral("inference-en.multipart")));
 }
 
 TEST_F(TranscriberTest, AnotherLanguageHasTheGlossaryAlone) {
-    store(Config::Key::language, QStringLiteral("en"));
-    store(Config::Key::dictionary, QStringLiteral("Kubernetes\nRossi"));
+    store(Settings::language, QStringLiteral("en"));
+    store(Settings::dictionary, QStringLiteral("Kubernetes\nRossi"));
     EXPECT_EQ(sentForm(), golden(QStringLiteral("inference-en-dictionary.multipart")));
 }
 
 TEST_F(TranscriberTest, ALanguageThatIsNoTextCountsAsAbsent) {
-    store(Config::Key::language, 7);
+    store(Settings::language, 7);
     EXPECT_EQ(sentForm(), golden(QStringLiteral("inference-it.multipart")));
 }
 
@@ -93,7 +93,7 @@ TEST_F(TranscriberTest, EveryRequestHasABoundaryOfItsOwn) {
 TEST_F(TranscriberTest, ALongDictionaryIsSentWhole) {
     QStringList terms;
     for (int i = 0; i < 10'000; ++i) terms.append(QStringLiteral("termine%1").arg(i));
-    store(Config::Key::dictionary, terms.join(QLatin1Char('\n')));
+    store(Settings::dictionary, terms.join(QLatin1Char('\n')));
     EXPECT_TRUE(sentForm().contains("termine0, termine1,"));
     EXPECT_TRUE(server.requests("/inference").front().raw.contains("termine9999.\r\n"));
 }

@@ -59,7 +59,7 @@ class UpdaterTest : public UpdateTest {
         EXPECT_TRUE(isUntouched());
         EXPECT_EQ(calls, QStringList());
         EXPECT_TRUE(platform.bundleTools().started.isEmpty());
-        EXPECT_FALSE(stored(Config::Key::pendingChangelog).isValid());
+        EXPECT_FALSE(stored(Settings::pendingChangelog).isValid());
         EXPECT_TRUE(updater.available.has_value());
         EXPECT_TRUE(desktop::waitFor([&] { return temporaryFiles().isEmpty(); }));
     }
@@ -164,7 +164,7 @@ TEST_F(UpdaterTest, AnUpdateIsInstalledAndTheProgramStartedAgain) {
     EXPECT_EQ(calls, QStringList({u"stop"_s, u"quit"_s}));
     EXPECT_EQ(platform.bundleTools().started, QStringList(running()));
     EXPECT_EQ(contents(running()).at(u"Contents/MacOS/Parlivo"_s), "new program");
-    EXPECT_EQ(stored(Config::Key::pendingChangelog), u"Più veloce.\nPiù bello."_s);
+    EXPECT_EQ(stored(Settings::pendingChangelog), u"Più veloce.\nPiù bello."_s);
     EXPECT_EQ(logged().mid(1),
               QStringList({u"download aggiornamento 1.3"_s, u"aggiornamento 1.3 installato, riavvio"_s}));
     EXPECT_EQ(temporaryFiles(), QStringList());

@@ -10,13 +10,13 @@ class WhatsNewTest : public WindowTest {
   protected:
     WhatsNewTest() { platform.bundle().version = u"1.4.0"_s; }
 
-    QVariant changelog() const { return stored(Config::Key::pendingChangelog); }
-    QVariant lastSeen() const { return stored(Config::Key::lastSeenVersion); }
+    QVariant changelog() const { return stored(Settings::pendingChangelog); }
+    QVariant lastSeen() const { return stored(Settings::lastSeenVersion); }
 };
 
 TEST_F(WhatsNewTest, IsShownOnceAfterAnUpdate) {
-    store(Config::Key::pendingChangelog, u"Più veloce.\nPiù <b>bello</b>."_s);
-    store(Config::Key::lastSeenVersion, u"1.3.0"_s);
+    store(Settings::pendingChangelog, u"Più veloce.\nPiù <b>bello</b>."_s);
+    store(Settings::lastSeenVersion, u"1.3.0"_s);
     WhatsNew::showIfPending();
     ASSERT_EQ(dialogs->alerts.size(), 1U);
     EXPECT_EQ(dialogs->alerts[0].message, u"Parlivo 1.4.0 — Cosa c'è di nuovo"_s);
@@ -30,17 +30,17 @@ TEST_F(WhatsNewTest, IsShownOnceAfterAnUpdate) {
 }
 
 TEST_F(WhatsNewTest, ADowngradeIsAChangeToo) {
-    store(Config::Key::pendingChangelog, u"Tornati indietro."_s);
-    store(Config::Key::lastSeenVersion, u"1.5.0"_s);
+    store(Settings::pendingChangelog, u"Tornati indietro."_s);
+    store(Settings::lastSeenVersion, u"1.5.0"_s);
     WhatsNew::showIfPending();
     EXPECT_EQ(dialogs->alerts.size(), 1U);
 }
 
 TEST_F(WhatsNewTest, AFirstInstallationShowsNothingNowOrLater) {
     for (const QVariant& before : {QVariant(), QVariant(u""_s), QVariant(7)}) {
-        store(Config::Key::pendingChangelog, u"Più veloce."_s);
-        store(Config::Key::lastSeenVersion, before);
-        if (!before.isValid()) Config::remove(Config::Key::lastSeenVersion);
+        store(Settings::pendingChangelog, u"Più veloce."_s);
+        store(Settings::lastSeenVersion, before);
+        if (!before.isValid()) Config::remove(Settings::lastSeenVersion);
         for (int start = 0; start < 2; ++start) {
             WhatsNew::showIfPending();
             EXPECT_TRUE(dialogs->alerts.empty());
@@ -51,15 +51,15 @@ TEST_F(WhatsNewTest, AFirstInstallationShowsNothingNowOrLater) {
 }
 
 TEST_F(WhatsNewTest, TheSameVersionShowsNothing) {
-    store(Config::Key::pendingChangelog, u"Più veloce."_s);
-    store(Config::Key::lastSeenVersion, u"1.4.0"_s);
+    store(Settings::pendingChangelog, u"Più veloce."_s);
+    store(Settings::lastSeenVersion, u"1.4.0"_s);
     WhatsNew::showIfPending();
     EXPECT_TRUE(dialogs->alerts.empty());
     EXPECT_EQ(changelog(), u"Più veloce."_s);
 }
 
 TEST_F(WhatsNewTest, WithoutAChangelogOnlyTheVersionIsKept) {
-    store(Config::Key::lastSeenVersion, u"1.3.0"_s);
+    store(Settings::lastSeenVersion, u"1.3.0"_s);
     WhatsNew::showIfPending();
     EXPECT_TRUE(dialogs->alerts.empty());
     EXPECT_EQ(lastSeen(), u"1.4.0"_s);

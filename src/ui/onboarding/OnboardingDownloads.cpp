@@ -16,10 +16,10 @@ namespace {
 /// What is chosen and not there yet, by the stored settings; the recognition model first.
 std::vector<ModelCatalog::Entry> missingModels() {
     std::vector<ModelCatalog::Entry> queue;
-    const auto& asr = ModelCatalog::asrTier(Config::string(Config::Key::asrTier, u"best"_s));
+    const auto& asr = ModelCatalog::asrTier(Config::get(Settings::asrTier));
     if (!ModelCatalog::isDownloaded(asr)) queue.push_back(asr);
-    const auto& cleanup = ModelCatalog::cleanupTier(Config::string(Config::Key::cleanupTier, u"none"_s));
-    if (cleanup.id != u"none"_s && !ModelCatalog::isDownloaded(cleanup)) queue.push_back(cleanup);
+    const auto& cleanup = ModelCatalog::cleanupTier(Config::get(Settings::cleanupTier));
+    if (!ModelCatalog::isDownloaded(cleanup)) queue.push_back(cleanup);
     return queue;
 }
 

@@ -39,7 +39,7 @@ OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchMod
       onDone_(std::move(onDone)),
       fetchModel_(std::move(fetchModel)),
       modelsPath_(Config::modelsDir()),
-      asrChoice_(Config::string(Config::Key::asrTier, u"best"_s)),
+      asrChoice_(Config::get(Settings::asrTier)),
       // Whatever is stored: the first run proposes the full cleanup.
       cleanupChoice_(u"full"_s),
       micGranted_(isMicrophoneAuthorised()),
@@ -60,10 +60,10 @@ void OnboardingView::next() {
         return;
     }
     if (step_ == Step::quality) {
-        Config::set(Config::Key::asrTier, asrChoice_);
-        Config::set(Config::Key::cleanupTier, cleanupChoice_);
+        Config::set(Settings::asrTier, asrChoice_);
+        Config::set(Settings::cleanupTier, cleanupChoice_);
     }
-    if (step_ == Step::folder) Config::set(Config::Key::modelsDir, modelsPath_);
+    if (step_ == Step::folder) Config::set(Settings::modelsDir, modelsPath_);
     step_ = static_cast<Step>(static_cast<int>(step_) + 1);
     showStep();
 }

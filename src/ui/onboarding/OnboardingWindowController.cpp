@@ -30,7 +30,7 @@ void OnboardingWindowController::show() {
 }
 
 void OnboardingWindowController::finish() {
-    Config::set(Config::Key::onboardingDone, true);
+    Config::set(Settings::onboardingDone, true);
     window_->hide();
     if (onFinished) onFinished();
 }

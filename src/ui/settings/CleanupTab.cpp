@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 
 CleanupTab::CleanupTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
     Form form(contents());
-    const auto cleanupTier = storedText(Config::Key::cleanupTier, u"none"_s);
+    const auto cleanupTier = bindingTo(Settings::cleanupTier);
     form.add(new TierPicker(
         u"Motore di pulizia integrato (senza Ollama)"_s, ModelCatalog::cleanupTiers(), cleanupTier,
         [cleanupTier, stop = actions.stopCleaner] {
@@ -31,19 +31,19 @@ CleanupTab::CleanupTab(const SettingsActions& actions, QWidget* parent) : FormPa
         u"Se hai Ollama, viene usato come alternativa quando il motore integrato non è scaricato."_s);
     form.divider();
     form.radioGroup(u"Livello di pulizia"_s,
-                    {{u"Nessuna — testo grezzo di Whisper"_s, u"none"_s},
-                     {u"Leggera — solo punteggiatura e maiuscole"_s, u"light"_s},
-                     {u"Media — anche filler rimossi (consigliata)"_s, u"medium"_s},
-                     {u"Alta — anche grammatica e riformulazioni"_s, u"high"_s}},
-                    storedText(Config::Key::cleanupLevel, u"medium"_s));
-    model_ = &form.picker(u"Modello Ollama"_s, {}, storedText(Config::Key::cleanupModel, u"gemma3:4b"_s));
+                    {{u"Nessuna — testo grezzo di Whisper"_s, wordOf(CleanupLevel::None)},
+                     {u"Leggera — solo punteggiatura e maiuscole"_s, wordOf(CleanupLevel::Light)},
+                     {u"Media — anche filler rimossi (consigliata)"_s, wordOf(CleanupLevel::Medium)},
+                     {u"Alta — anche grammatica e riformulazioni"_s, wordOf(CleanupLevel::High)}},
+                    bindingTo(Settings::cleanupLevel));
+    model_ = &form.picker(u"Modello Ollama"_s, {}, bindingTo(Settings::cleanupModel));
     form.stepper(u"Pulisci solo testi oltre "_s, u" caratteri"_s, {.from = 0, .to = 300, .by = 10},
-                 storedNumber(Config::Key::cleanupMinChars, 50));
+                 bindingTo(Settings::cleanupMinChars));
     addCustomPrompt(form, actions);
 }
 
 void CleanupTab::addCustomPrompt(Form& form, const SettingsActions& actions) {
-    const auto enabled = storedFlag(Config::Key::customPromptEnabled, false);
+    const auto enabled = bindingTo(Settings::customPromptEnabled);
     Toggle& toggle = form.toggle(u"Usa prompt personalizzato"_s, enabled);
     auto* explanation =
         new Label(u"Il file sovrascrive i livelli qui sopra."_s, TextStyle::Caption, secondaryColour);

@@ -19,7 +19,7 @@ std::vector<Option> hotKeyOptions() {
 }
 
 Binding<QString> hotKeyPreset() {
-    Binding<QString> preset = storedText(Config::Key::hotkeyPreset, u"opt-space"_s);
+    Binding<QString> preset = bindingTo(Settings::hotkeyPreset);
     return {.get = preset.get, .set = [store = preset.set, current = preset.get](const QString& chosen) {
                 const bool changed = chosen != current();
                 store(chosen);
@@ -32,17 +32,18 @@ Binding<QString> hotKeyPreset() {
 DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
     Form form(contents());
     form.picker(u"Scorciatoia"_s, hotKeyOptions(), hotKeyPreset());
-    form.unlabelledRadioGroup(u"Modalità di dettatura"_s,
-                              {{u"Tieni premuto per parlare (push-to-talk)"_s, u"ptt"_s},
-                               {u"Premi per iniziare, ripremi per fermare"_s, u"toggle"_s}},
-                              storedText(Config::Key::dictationMode, u"ptt"_s));
+    form.unlabelledRadioGroup(
+        u"Modalità di dettatura"_s,
+        {{u"Tieni premuto per parlare (push-to-talk)"_s, wordOf(DictationMode::PushToTalk)},
+         {u"Premi per iniziare, ripremi per fermare"_s, wordOf(DictationMode::Toggle)}},
+        bindingTo(Settings::dictationMode));
     form.divider();
     form.picker(u"Lingua"_s,
                 {{u"Italiano"_s, u"it"_s}, {u"English"_s, u"en"_s}, {u"Rilevamento automatico"_s, u"auto"_s}},
-                storedText(Config::Key::language, u"it"_s));
+                bindingTo(Settings::language));
     form.caption(u"La lingua fissa è più accurata del rilevamento automatico sulle frasi brevi."_s);
     form.divider();
-    const auto asrTier = storedText(Config::Key::asrTier, u"best"_s);
+    const auto asrTier = bindingTo(Settings::asrTier);
     form.add(new TierPicker(
         u"Qualità trascrizione"_s, ModelCatalog::asrTiers(), asrTier,
         [asrTier, stop = actions.stopTranscriber] {

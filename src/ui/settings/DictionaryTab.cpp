@@ -16,8 +16,7 @@ DictionaryTab::DictionaryTab(QWidget* parent) : QWidget(parent) {
         u"Whisper li usa per riconoscerli meglio e la pulizia AI li scrive esattamente così (es. nomi di "
         u"persone, "
         "aziende, sigle del tuo lavoro)."_s);
-    auto& dictionary =
-        form.add(new TextEditor(u"Dizionario"_s, storedText(Config::Key::dictionary, {}), this));
+    auto& dictionary = form.add(new TextEditor(u"Dizionario"_s, bindingTo(Settings::dictionary), this));
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     font.setPointSizeF(textFont(TextStyle::Body).pointSizeF());
     dictionary.setFont(font);

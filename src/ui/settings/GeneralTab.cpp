@@ -22,18 +22,17 @@ GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
     Form form(contents());
     form.toggle(u"Avvia Parlivo al login"_s, {.get = [this] { return launchAtLogin_; },
                                               .set = [this](bool wanted) { setLaunchAtLogin(wanted); }});
-    form.toggle(u"Suoni di inizio/fine registrazione"_s, storedFlag(Config::Key::soundsEnabled, true));
-    form.toggle(u"Mostra il riquadro con la waveform"_s, storedFlag(Config::Key::overlayEnabled, true));
+    form.toggle(u"Suoni di inizio/fine registrazione"_s, bindingTo(Settings::soundsEnabled));
+    form.toggle(u"Mostra il riquadro con la waveform"_s, bindingTo(Settings::overlayEnabled));
     form.radioGroup(u"Velocità di scrittura"_s,
-                    {{u"Istantanea (incolla tutto insieme)"_s, u"instant"_s},
-                     {u"Veloce (~285 caratteri/s)"_s, u"fast"_s},
-                     {u"Naturale (~85 caratteri/s)"_s, u"natural"_s}},
-                    storedText(Config::Key::typingSpeed, u"fast"_s));
+                    {{u"Istantanea (incolla tutto insieme)"_s, wordOf(TypingSpeed::Instant)},
+                     {u"Veloce (~285 caratteri/s)"_s, wordOf(TypingSpeed::Fast)},
+                     {u"Naturale (~85 caratteri/s)"_s, wordOf(TypingSpeed::Natural)}},
+                    bindingTo(Settings::typingSpeed));
     form.caption(
         u"Con Istantanea il testo appare di colpo via clipboard; le altre modalità digitano lettera per lettera."_s);
     form.divider();
-    form.toggle(u"Modalità debug (salva le trascrizioni nel log)"_s,
-                storedFlag(Config::Key::debugMode, false));
+    form.toggle(u"Modalità debug (salva le trascrizioni nel log)"_s, bindingTo(Settings::debugMode));
     form.caption(
         u"Di norma il log non contiene mai i tuoi testi. Attivala solo per diagnosticare problemi."_s);
     form.divider();
@@ -80,7 +79,7 @@ void GeneralTab::pickModelsFolder() {
 }
 
 void GeneralTab::adoptModelsFolder(const QString& folder) {
-    Config::set(Config::Key::modelsDir, folder);
+    Config::set(Settings::modelsDir, folder);
     showModelsPath(folder);
     changeButton_->setEnabled(true);
     actions_.stopTranscriber();

@@ -7,24 +7,24 @@
 
 namespace parlivo {
 
-Binding<bool> storedFlag(const QString& key, bool absent) {
-    return {.get = [=] { return Config::boolean(key, absent); },
-            .set = [=](bool value) { Config::set(key, value); }};
+Binding<bool> bindingTo(const Setting<bool>& setting) {
+    return {.get = [=] { return Config::get(setting); },
+            .set = [=](bool value) { Config::set(setting, value); }};
 }
 
-Binding<QString> storedText(const QString& key, const QString& absent) {
-    return {.get = [=] { return Config::string(key, absent); },
-            .set = [=](const QString& value) { Config::set(key, value); }};
-}
-
-Binding<int> storedNumber(const QString& key, int absent) {
+Binding<int> bindingTo(const Setting<qint64>& setting) {
     using Limits = std::numeric_limits<int>;
     return {.get =
                 [=] {
-                    const qint64 value = Config::integer(key, absent);
+                    const qint64 value = Config::get(setting);
                     return static_cast<int>(std::clamp<qint64>(value, Limits::min(), Limits::max()));
                 },
-            .set = [=](int value) { Config::set(key, value); }};
+            .set = [=](int value) { Config::set(setting, value); }};
+}
+
+Binding<QString> bindingTo(const Setting<QString>& setting) {
+    return {.get = [=] { return Config::get(setting); },
+            .set = [=](const QString& value) { Config::set(setting, value); }};
 }
 
 }  // namespace parlivo

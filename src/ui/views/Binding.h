@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/Settings.h"
+
 #include <QString>
 
 #include <functional>
@@ -13,9 +15,14 @@ struct Binding {
     std::function<void(const Value&)> set;
 };
 
-/// A setting, with what it counts as while it was never written. Every change is stored at once.
-Binding<bool> storedFlag(const QString& key, bool absent);
-Binding<QString> storedText(const QString& key, const QString& absent);
-Binding<int> storedNumber(const QString& key, int absent);
+/// A setting as a control's value. Every change is stored at once. An integer is held within an int's range.
+Binding<bool> bindingTo(const Setting<bool>& setting);
+Binding<int> bindingTo(const Setting<qint64>& setting);
+Binding<QString> bindingTo(const Setting<QString>& setting);
+/// The stored word, also one that the setting does not know.
+template <Enumeration T>
+Binding<QString> bindingTo(const Setting<T>& setting) {
+    return bindingTo(Setting<QString>{setting.key, wordOf(setting.absent)});
+}
 
 }  // namespace parlivo

@@ -149,7 +149,7 @@ QByteArray FeedbackView::body() const {
 void FeedbackView::answered(bool success) {
     sending_ = false;
     if (success) {
-        Config::set(Config::Key::feedbackGiven, true);
+        Config::set(Settings::feedbackGiven, true);
         Log::info(u"feedback inviato (rating %1)"_s.arg(rating_->rating()));
         pages_->setCurrentIndex(1);
         close_->setDefault(true);

@@ -33,9 +33,9 @@ std::unique_ptr<QWidget> buildWindow() {
 }
 
 bool isInvitationDue() {
-    if (Config::boolean(Config::Key::feedbackGiven, false)) return false;
-    if (Config::integer(Config::Key::dictationCount, 0) < dictationsBeforeAsking) return false;
-    const auto lastShown = Config::feedbackPromptLastShown();
+    if (Config::get(Settings::feedbackGiven)) return false;
+    if (Config::get(Settings::dictationCount) < dictationsBeforeAsking) return false;
+    const auto lastShown = Config::get(Settings::feedbackPromptLastShown);
     return !lastShown || lastShown->secsTo(QDateTime::currentDateTimeUtc()) >= secondsBetweenInvitations;
 }
 
@@ -53,7 +53,7 @@ void FeedbackWindowController::show() {
 void FeedbackWindowController::maybePromptAfterDictation() {
     if (!isInvitationDue()) return;
     // Before anything is shown, so that an invitation that was waved away counts too.
-    Config::setFeedbackPromptLastShown(QDateTime::currentDateTimeUtc());
+    Config::set(Settings::feedbackPromptLastShown, QDateTime::currentDateTimeUtc());
     const int chosen = Dialogs::current().ask(
         {.message = u"Come ti trovi con Parlivo?"_s,
          .informativeText =
