@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <functional>
+#include <stdexcept>
 #include <thread>
 
 namespace parlivo {
@@ -25,11 +26,12 @@ inline StubReply silence() {
     return StubReply::of(StubReply::Manner::Never);
 }
 
-/// Bytes that no JSON reader should take for a reply, each with a name for the test's output.
+/// Bytes that no JSON reader should take for a reply, each with a name for the test's output. `validBody` is
+/// a reply whose text is "Ciao".
 inline std::vector<std::pair<const char*, StubReply>> brokenReplies(const QByteArray& validBody) {
     using Manner = StubReply::Manner;
-    QByteArray invalidUtf8 = validBody;
-    invalidUtf8.insert(invalidUtf8.size() - 3, "\xff\xfe");
+    const qsizetype text = validBody.indexOf("Ciao");
+    if (text < 0) throw std::invalid_argument("a reply without the text");
     return {
         {"an HTML page", StubReply::body("<html><body>Benvenuto</body></html>", 200, "text/html")},
         {"plain text", StubReply::body("Invalid request", 400, "text/plain")},
@@ -38,9 +40,9 @@ inline std::vector<std::pair<const char*, StubReply>> brokenReplies(const QByteA
         {"two objects", StubReply::body(validBody + validBody)},
         {"an array", StubReply::body("[" + validBody + "]")},
         {"a string", StubReply::body("\"ciao\"")},
-        {"invalid UTF-8", StubReply::body(invalidUtf8)},
+        {"invalid UTF-8", StubReply::body(QByteArray(validBody).insert(text, "\xff\xfe"))},
         {"a lone surrogate", StubReply::body(QByteArray(validBody).replace("Ciao", "\\ud83d"))},
-        {"a body cut off", StubReply::cutOff(validBody.chopped(5), validBody.size())},
+        {"a body cut off", StubReply::cutOff(validBody.first(text), validBody.size())},
         {"a whole object in a body cut off", StubReply::cutOff(validBody, validBody.size() + 1)},
         {"a closed connection", StubReply::of(Manner::CloseAtOnce)},
         {"a broken connection", StubReply::of(Manner::ResetAtOnce)},

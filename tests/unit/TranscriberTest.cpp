@@ -137,13 +137,14 @@ TEST_F(TranscriberTest, AReplyInChunksIsAReply) {
 }
 
 TEST_F(TranscriberTest, ABrokenReplyIsAnInvalidReply) {
-    for (const auto& [name, reply] : brokenReplies("{\"text\":\"Ciao\"}")) {
+    const auto replies = brokenReplies("{\"text\":\"Ciao\"}");
+    for (const auto& [name, reply] : replies) {
         server.on("/inference", reply);
         EXPECT_EQ(failureOf(wav), 4) << name;
         EXPECT_EQ(description, QStringLiteral("risposta whisper-server non valida")) << name;
         EXPECT_EQ(domain, QStringLiteral("Parlivo")) << name;
     }
-    EXPECT_EQ(server.requests("/inference").size(), brokenReplies("{}").size()) << "each asked once";
+    EXPECT_EQ(server.requests("/inference").size(), replies.size()) << "each asked once";
 }
 
 TEST_F(TranscriberTest, AReplyWithoutATextIsAnInvalidReply) {
