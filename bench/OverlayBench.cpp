@@ -87,12 +87,12 @@ void measureFrame(Table& table, double scale, double target) {
     WaveformPainter painter;
     Samples times(frames);
     Samples memory(frames);
-    painter.frame(card, scale, WaveformPainter::Surroundings::Transparent, 0, 0);  // makes the room it needs
+    painter.frame(card, scale, FloatingPanel::Corners::Transparent, 0, 0);  // makes the room it needs
     for (int frame = 0; frame < frames; ++frame) {
         const auto [size, seconds, level] = moment(frame);
         const auto asked = allocations();
         const double begin = processorMilliseconds();
-        painter.frame(size, scale, WaveformPainter::Surroundings::Transparent, seconds, level);
+        painter.frame(size, scale, FloatingPanel::Corners::Transparent, seconds, level);
         times.add(processorMilliseconds() - begin);
         memory.add(static_cast<double>(allocations() - asked));
     }

@@ -104,6 +104,7 @@ int run(int& argc, char** argv) {
     const auto& line = std::get<CommandLine>(parsed);
     Platform::install(makePlatform());
     ChildProcess::setChildSetup(Platform::current().childSetup());
+    ChildProcess::setEnvironment(Platform::current().childEnvironment());
     switch (line.wish) {
         case CommandLine::Wish::ShowHelp:
             print(stdout, commandLineHelp());

@@ -4,13 +4,13 @@
 #include "platform/Bundle.h"
 #include "platform/BundleTools.h"
 #include "platform/Directories.h"
+#include "platform/FloatingPanel.h"
 #include "platform/HotKeyService.h"
 #include "platform/KeyboardSynthesizer.h"
 #include "platform/LoginItem.h"
 #include "platform/Pasteboard.h"
 #include "platform/Permissions.h"
 #include "platform/RemoteControl.h"
-#include "platform/Screens.h"
 #include "platform/Sounds.h"
 #include "platform/StatusItemHost.h"
 #include "platform/SystemLog.h"
@@ -19,6 +19,7 @@
 #include "platform/WavConverter.h"
 #include "platform/Workspace.h"
 
+#include <QProcessEnvironment>
 #include <QString>
 
 #include <functional>
@@ -37,13 +38,13 @@ class Platform {
     virtual Bundle& bundle() = 0;
     virtual BundleTools& bundleTools() = 0;
     virtual Directories& directories() = 0;
+    virtual FloatingPanels& floatingPanels() = 0;
     virtual HotKeyService& hotKeys() = 0;
     virtual KeyboardSynthesizer& keyboard() = 0;
     virtual LoginItem& loginItem() = 0;
     virtual Pasteboard& pasteboard() = 0;
     virtual Permissions& permissions() = 0;
     virtual RemoteControl& remoteControl() = 0;
-    virtual Screens& screens() = 0;
     virtual Sounds& sounds() = 0;
     virtual StatusItemHost& statusItems() = 0;
     virtual SystemLog& systemLog() = 0;
@@ -55,8 +56,13 @@ class Platform {
     /// Why the program cannot start on this system as it stands (no display to show itself on), in Italian.
     /// Asked before anything is shown.
     virtual std::optional<QString> startProblem() = 0;
+    /// The ways in which hot key, text and overlay work in this session, in one line of Italian.
+    virtual QString desktopSummary() = 0;
     /// What a child process does between fork and exec (ChildProcess::setChildSetup).
     virtual std::function<void()> childSetup() = 0;
+    /// The environment of the programs that this one starts: the one it was started with, without the
+    /// variables that it set for itself.
+    virtual QProcessEnvironment childEnvironment() = 0;
     /// `requested` is called on the main thread when the system asks the program to end. After the
     /// application object exists, once.
     virtual void onTerminationRequest(std::function<void()> requested) = 0;

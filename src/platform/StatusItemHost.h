@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QRect>
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -39,6 +41,10 @@ class StatusItemHost {
     /// Calls `observer` with the place there is, now or soon, and at every change from then on. One observer
     /// at a time; an empty one ends the watch.
     virtual void watch(Observer observer) = 0;
+
+    /// In which colour something can be read at `icon`, a rectangle of the screen, now: for places that do
+    /// not tell. Unknown where the screen may not be looked at.
+    virtual StatusItemPlace::Foreground foregroundAt(const QRect& icon) = 0;
 };
 
 }  // namespace parlivo

@@ -25,6 +25,12 @@ struct ChildProcess::Shared {
     Clock::Signal exited;
 };
 
+/// What all children have in common.
+struct ChildConditions {
+    std::function<void()> setup;
+    QProcessEnvironment environment{QProcessEnvironment::InheritFromParent};
+};
+
 /// The thread on which every QProcess lives.
 class ChildProcessThread : private LoopJobs {
   public:
@@ -43,12 +49,12 @@ class ChildProcessThread : private LoopJobs {
 
     using SharedPtr = std::shared_ptr<ChildProcess::Shared>;
 
-    SharedPtr launch(const ChildProcess::Program& program, const std::function<void()>& setup) {
+    SharedPtr launch(const ChildProcess::Program& program, const ChildConditions& conditions) {
         SharedPtr child;
         std::optional<Error> failure;
         run([&] {
             try {
-                child = launchHere(program, setup);
+                child = launchHere(program, conditions);
             } catch (const Error& error) {
                 failure = error;
             }
@@ -68,14 +74,15 @@ class ChildProcessThread : private LoopJobs {
     }
 
   private:
-    SharedPtr launchHere(const ChildProcess::Program& program, const std::function<void()>& setup) {
+    SharedPtr launchHere(const ChildProcess::Program& program, const ChildConditions& conditions) {
         auto process = std::make_unique<QProcess>();
         process->setProgram(program.path);
         process->setArguments(program.arguments);
         process->setStandardInputFile(QProcess::nullDevice());
         process->setStandardOutputFile(QProcess::nullDevice());
         process->setStandardErrorFile(QProcess::nullDevice());
-        if (setup) process->setChildProcessModifier(setup);
+        if (conditions.setup) process->setChildProcessModifier(conditions.setup);
+        process->setProcessEnvironment(conditions.environment);
         process->start();
         if (!process->waitForStarted()) {
             throw Error(QStringLiteral("Process"), process->error(), process->errorString());
@@ -121,7 +128,7 @@ namespace {
 struct Registry {
     QMutex mutex;
     std::unique_ptr<ChildProcessThread> thread;  // under mutex
-    std::function<void()> setup;                 // under mutex
+    ChildConditions conditions;                  // under mutex
 };
 
 Registry& registry() {
@@ -142,16 +149,21 @@ ChildProcess::~ChildProcess() = default;
 
 void ChildProcess::setChildSetup(std::function<void()> setup) {
     const QMutexLocker lock(&registry().mutex);
-    registry().setup = std::move(setup);
+    registry().conditions.setup = std::move(setup);
+}
+
+void ChildProcess::setEnvironment(const QProcessEnvironment& environment) {
+    const QMutexLocker lock(&registry().mutex);
+    registry().conditions.environment = environment;
 }
 
 std::shared_ptr<ChildProcess> ChildProcess::launch(const Program& program) {
-    std::function<void()> setup;
+    ChildConditions conditions;
     {
         const QMutexLocker lock(&registry().mutex);
-        setup = registry().setup;
+        conditions = registry().conditions;
     }
-    return std::shared_ptr<ChildProcess>(new ChildProcess(processThread().launch(program, setup)));
+    return std::shared_ptr<ChildProcess>(new ChildProcess(processThread().launch(program, conditions)));
 }
 
 void ChildProcess::endAll() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -29,6 +30,10 @@ class ChildProcess {
     /// Done by every child between fork and exec, so only async-signal-safe calls; installed once, before the
     /// first launch. The platform uses it to make children die with this program.
     static void setChildSetup(std::function<void()> setup);
+
+    /// The environment of every child; installed once, before the first launch. Without it children get this
+    /// program's own.
+    static void setEnvironment(const QProcessEnvironment& environment);
 
     /// Stops every child that still runs, waits until they are gone and ends the thread. Main thread, at the
     /// end.

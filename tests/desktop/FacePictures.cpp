@@ -201,7 +201,7 @@ class Studio {
     void compareRibbon() const {
         const reference::Moment moment{QSizeF(240, 84), 3.7, 0.6};
         WaveformPainter painter;
-        const QImage ours = painter.frame(moment.size, scale_, WaveformPainter::Surroundings::Transparent,
+        const QImage ours = painter.frame(moment.size, scale_, FloatingPanel::Corners::Transparent,
                                           moment.seconds, moment.level);
         QImage slow = reference::picture(moment, scale_);
         slow.setDevicePixelRatio(scale_);

@@ -236,6 +236,15 @@ RemoteControl::Delivery RemoteControl::send(RemoteCommand command) {
     return Delivery::Done;
 }
 
+std::unique_ptr<parlivo::FloatingPanel> FloatingPanels::makePanel(const PanelPlacing& newPlacing) {
+    placing = newPlacing;
+    if (!possible) return nullptr;
+    ++made;
+    auto newPanel = std::make_unique<FloatingPanel>();
+    panel = newPanel.get();
+    return newPanel;
+}
+
 void StatusItems::watch(Observer newObserver) {
     observer = std::move(newObserver);
     if (observer) observer(place);

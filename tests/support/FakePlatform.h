@@ -196,13 +196,36 @@ class RemoteControl : public parlivo::RemoteControl {
     std::vector<RemoteCommand> sent;
 };
 
-class Screens : public parlivo::Screens {
+/// Shows nothing and counts what it was given.
+class FloatingPanel : public parlivo::FloatingPanel {
   public:
-    std::optional<QRect> mainVisibleFrame() override { return visibleFrame; }
-    bool transparencyAvailable() override { return transparency; }
+    void show() override {
+        ++shown;
+        visible = true;
+    }
+    void hide() override { visible = false; }
+    bool isVisible() const override { return visible; }
+    Canvas canvas() const override { return wanted; }
+    void present(const QImage& frame) override {
+        ++frames;
+        last = frame.copy();
+    }
 
-    std::optional<QRect> visibleFrame = QRect(0, 0, 1280, 800);
-    bool transparency = true;
+    Canvas wanted;
+    bool visible = false;
+    int shown = 0;
+    int frames = 0;
+    QImage last;
+};
+
+class FloatingPanels : public parlivo::FloatingPanels {
+  public:
+    std::unique_ptr<parlivo::FloatingPanel> makePanel(const PanelPlacing& newPlacing) override;
+
+    bool possible = true;
+    int made = 0;
+    PanelPlacing placing;            ///< of the last panel made
+    FloatingPanel* panel = nullptr;  ///< the last one made
 };
 
 class Sounds : public parlivo::Sounds {
@@ -215,7 +238,10 @@ class Sounds : public parlivo::Sounds {
 class StatusItems : public parlivo::StatusItemHost {
   public:
     void watch(Observer newObserver) override;
+    StatusItemPlace::Foreground foregroundAt(const QRect&) override { return seen; }
     void report(const std::optional<StatusItemPlace>& newPlace);
+
+    StatusItemPlace::Foreground seen = StatusItemPlace::Foreground::Unknown;
 
     std::optional<StatusItemPlace> place;
     Observer observer;
@@ -281,13 +307,13 @@ class FakePlatform : public Platform {
     fake::Bundle& bundle() override { return bundle_; }
     fake::BundleTools& bundleTools() override { return bundleTools_; }
     fake::Directories& directories() override { return directories_; }
+    fake::FloatingPanels& floatingPanels() override { return floatingPanels_; }
     fake::HotKeys& hotKeys() override { return hotKeys_; }
     fake::Keyboard& keyboard() override { return keyboard_; }
     fake::LoginItem& loginItem() override { return loginItem_; }
     fake::Pasteboard& pasteboard() override { return pasteboard_; }
     fake::Permissions& permissions() override { return permissions_; }
     fake::RemoteControl& remoteControl() override { return remoteControl_; }
-    fake::Screens& screens() override { return screens_; }
     fake::Sounds& sounds() override { return sounds_; }
     fake::StatusItems& statusItems() override { return statusItems_; }
     fake::SystemLog& systemLog() override { return systemLog_; }
@@ -296,7 +322,11 @@ class FakePlatform : public Platform {
     fake::WavConverter& wavConverter() override { return wavConverter_; }
     fake::Workspace& workspace() override { return workspace_; }
     std::optional<QString> startProblem() override { return std::nullopt; }
+    QString desktopSummary() override { return QStringLiteral("finto"); }
     std::function<void()> childSetup() override { return {}; }
+    QProcessEnvironment childEnvironment() override {
+        return QProcessEnvironment(QProcessEnvironment::InheritFromParent);
+    }
     void onTerminationRequest(std::function<void()> requested) override {
         terminationRequested = std::move(requested);
     }
@@ -308,13 +338,13 @@ class FakePlatform : public Platform {
     fake::Bundle bundle_;
     fake::BundleTools bundleTools_;
     fake::Directories directories_;
+    fake::FloatingPanels floatingPanels_;
     fake::HotKeys hotKeys_;
     fake::Keyboard keyboard_;
     fake::LoginItem loginItem_;
     fake::Pasteboard pasteboard_;
     fake::Permissions permissions_;
     fake::RemoteControl remoteControl_;
-    fake::Screens screens_;
     fake::Sounds sounds_;
     fake::StatusItems statusItems_;
     fake::SystemLog systemLog_;

@@ -18,13 +18,13 @@ class TypingPlatform : public Platform {
     Bundle& bundle() override { return others_.bundle(); }
     BundleTools& bundleTools() override { return others_.bundleTools(); }
     Directories& directories() override { return others_.directories(); }
+    FloatingPanels& floatingPanels() override { return others_.floatingPanels(); }
     HotKeyService& hotKeys() override { return others_.hotKeys(); }
     KeyboardSynthesizer& keyboard() override { return keyboard_; }
     LoginItem& loginItem() override { return others_.loginItem(); }
     Pasteboard& pasteboard() override { return pasteboard_; }
     Permissions& permissions() override { return others_.permissions(); }
     RemoteControl& remoteControl() override { return others_.remoteControl(); }
-    Screens& screens() override { return others_.screens(); }
     Sounds& sounds() override { return others_.sounds(); }
     StatusItemHost& statusItems() override { return others_.statusItems(); }
     SystemLog& systemLog() override { return others_.systemLog(); }
@@ -33,6 +33,8 @@ class TypingPlatform : public Platform {
     WavConverter& wavConverter() override { return others_.wavConverter(); }
     Workspace& workspace() override { return others_.workspace(); }
     std::optional<QString> startProblem() override { return others_.startProblem(); }
+    QString desktopSummary() override { return others_.desktopSummary(); }
+    QProcessEnvironment childEnvironment() override { return others_.childEnvironment(); }
     std::function<void()> childSetup() override { return others_.childSetup(); }
     void onTerminationRequest(std::function<void()> job) override {
         others_.onTerminationRequest(std::move(job));

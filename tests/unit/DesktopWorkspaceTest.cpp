@@ -18,7 +18,6 @@ class DesktopWorkspaceTest : public testing::Test {
   protected:
     DesktopWorkspaceTest() {
         qputenv("PATH", QFile::encodeName(programs_.path()));
-        qputenv("NOTES", QFile::encodeName(notes_.path()));
         qunsetenv("XDG_CURRENT_DESKTOP");
         bundle_.resources[u"help/microfono.html"_s] = u"/bundle/microfono.html"_s;
         bundle_.resources[u"help/accessibilita.html"_s] = u"/bundle/accessibilita.html"_s;
@@ -26,10 +25,15 @@ class DesktopWorkspaceTest : public testing::Test {
     ~DesktopWorkspaceTest() override {
         qputenv("PATH", path_);
         qputenv("XDG_CURRENT_DESKTOP", desktop_);
-        qunsetenv("NOTES");
     }
     DesktopWorkspaceTest(const DesktopWorkspaceTest&) = delete;
     DesktopWorkspaceTest& operator=(const DesktopWorkspaceTest&) = delete;
+
+    QProcessEnvironment environment() const {
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"NOTES"_s, notes_.path());
+        return environment;
+    }
 
     void install(const QString& name) {
         QFile program(programs_.filePath(name));
@@ -65,7 +69,7 @@ class DesktopWorkspaceTest : public testing::Test {
     QTemporaryDir notes_;
     fake::Bundle bundle_;
     fake::SystemLog log_;
-    DesktopWorkspace workspace_{bundle_, log_};
+    DesktopWorkspace workspace_{bundle_, log_, environment()};
 };
 
 TEST_F(DesktopWorkspaceTest, OpensAddressesAndFilesWithTheUsersOwnProgram) {
@@ -112,6 +116,21 @@ TEST_F(DesktopWorkspaceTest, NotesWhatCannotBeDone) {
     bundle_.resources.clear();
     workspace_.openPrivacyPane(PrivacyPane::Accessibility);
     EXPECT_EQ(log_.lines().value(1), u"pagina di aiuto mancante: accessibilita.html"_s);
+}
+
+TEST_F(DesktopWorkspaceTest, StartsProgramsInTheGivenEnvironment) {
+    install(u"xdg-open"_s);
+    QFile program(programs_.filePath(u"xdg-open"_s));
+    ASSERT_TRUE(program.open(QIODevice::WriteOnly));
+    program.write(
+        "#!/bin/sh\n"
+        "printf '%s' \"${PARLIVO_TEST_OWN-absent}\" >\"$NOTES/environment\"\n"
+        ": >\"$NOTES/done\"\n");
+    program.close();
+    qputenv("PARLIVO_TEST_OWN", "1");
+    workspace_.open(QUrl(u"https://parlivo.example/"_s));
+    EXPECT_EQ(started(), u"environment absent"_s) << "a variable that this process set for itself";
+    qunsetenv("PARLIVO_TEST_OWN");
 }
 
 }  // namespace

@@ -13,73 +13,55 @@ using DictationOverlayTest = PlatformTest;
 TEST_F(DictationOverlayTest, HideWithoutShowDoesNothing) {
     DictationOverlay overlay;
     overlay.hide();
-    EXPECT_EQ(overlay.panel(), nullptr);
+    EXPECT_EQ(platform.floatingPanels().made, 0);
 }
 
 TEST_F(DictationOverlayTest, ShowTwiceKeepsThePanelAndStartsAnew) {
     DictationOverlay overlay;
     overlay.setLevelProvider([] { return 1.0F; });
     overlay.show();
-    const QWidget* panel = overlay.panel();
+    const fake::FloatingPanel& panel = *platform.floatingPanels().panel;
     ASSERT_TRUE(QTest::qWaitFor([&] { return overlay.waveView()->level() > 0.9; }));
     overlay.show();
-    EXPECT_EQ(overlay.panel(), panel);
-    EXPECT_TRUE(panel->isVisible());
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_EQ(panel.shown, 2);
     EXPECT_EQ(overlay.waveView()->level(), 0);
     overlay.hide();
-    EXPECT_FALSE(panel->isVisible());
+    EXPECT_FALSE(panel.isVisible());
     overlay.show();
-    EXPECT_EQ(overlay.panel(), panel);
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_EQ(platform.floatingPanels().made, 1);
 }
 
-TEST_F(DictationOverlayTest, FloatsAboveTheVisibleFramesLowerEdge) {
+TEST_F(DictationOverlayTest, AsksForItsSizeAndPlace) {
     DictationOverlay overlay;
     overlay.show();
-    EXPECT_EQ(overlay.panel()->geometry(), QRect(520, 800 - 110 - 84, 240, 84));
-    platform.screens().visibleFrame = QRect(0, 30, 1280, 800 - 30 - 25);
-    overlay.show();
-    EXPECT_EQ(overlay.panel()->geometry().bottom() + 1, 800 - 135) << "a dock of 25 at the bottom";
-    platform.screens().visibleFrame = QRect(1920, -200, 1001, 700);
-    overlay.show();
-    EXPECT_EQ(overlay.panel()->pos(), QPoint(1920 + (1001 - 240) / 2, 500 - 110 - 84));
+    const PanelPlacing& placing = platform.floatingPanels().placing;
+    EXPECT_EQ(placing.size, QSize(240, 84));
+    EXPECT_EQ(placing.aboveEdge, 110);
+    EXPECT_EQ(placing.cornerRadius, 20);
 }
 
-TEST_F(DictationOverlayTest, KeepsItsPlaceWhenThereIsNoScreen) {
+TEST_F(DictationOverlayTest, ShowsNothingWhereADesktopHasNoWay) {
+    platform.floatingPanels().possible = false;
     DictationOverlay overlay;
+    overlay.setLevelProvider([] { return 1.0F; });
     overlay.show();
-    const QPoint before = overlay.panel()->pos();
-    platform.screens().visibleFrame.reset();
+    overlay.clearWaveLevelProvider();
     overlay.hide();
-    overlay.show();
-    EXPECT_EQ(overlay.panel()->pos(), before);
+    EXPECT_EQ(overlay.waveView(), nullptr);
 }
 
-TEST_F(DictationOverlayTest, NeverTakesFocusOrClicks) {
+TEST_F(DictationOverlayTest, DrawsForThePanelsScaleAndCorners) {
     DictationOverlay overlay;
     overlay.show();
-    const Qt::WindowFlags flags = overlay.panel()->windowFlags();
-    EXPECT_TRUE(flags.testFlag(Qt::WindowDoesNotAcceptFocus));
-    EXPECT_TRUE(flags.testFlag(Qt::WindowTransparentForInput));
-    EXPECT_TRUE(flags.testFlag(Qt::WindowStaysOnTopHint));
-    EXPECT_TRUE(flags.testFlag(Qt::BypassWindowManagerHint)) << "over full-screen windows, on every desktop";
-    EXPECT_TRUE(overlay.panel()->testAttribute(Qt::WA_ShowWithoutActivating));
-    EXPECT_FALSE(overlay.panel()->isActiveWindow());
-}
-
-TEST_F(DictationOverlayTest, IsCutRoundWhereNothingIsTransparent) {
-    DictationOverlay overlay;
+    fake::FloatingPanel& panel = *platform.floatingPanels().panel;
+    EXPECT_EQ(panel.last.size(), QSize(240, 84));
+    EXPECT_EQ(panel.last.pixelColor(0, 0).alpha(), 0) << "round corners";
+    panel.wanted = {.scale = 2, .corners = FloatingPanel::Corners::CutAway};
     overlay.show();
-    EXPECT_TRUE(overlay.panel()->mask().isEmpty());
-    platform.screens().transparency = false;
-    overlay.show();
-    const QRegion shape = overlay.panel()->mask();
-    EXPECT_TRUE(shape.contains(QPoint(120, 0)));
-    EXPECT_TRUE(shape.contains(QPoint(0, 42)));
-    EXPECT_FALSE(shape.contains(QPoint(2, 2)));
-    EXPECT_FALSE(shape.contains(QPoint(237, 81)));
-    platform.screens().transparency = true;
-    overlay.show();
-    EXPECT_TRUE(overlay.panel()->mask().isEmpty());
+    EXPECT_EQ(panel.last.size(), QSize(480, 168));
+    EXPECT_EQ(panel.last.pixelColor(0, 0).alpha(), 255);
 }
 
 TEST_F(DictationOverlayTest, AClearedProviderMeansSilenceUntilTheNextShowing) {

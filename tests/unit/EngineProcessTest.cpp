@@ -289,6 +289,16 @@ TEST_F(ChildProcessTest, AWaitEndsWithoutTheProgramWhenToldSo) {
     EXPECT_FALSE(child->waitForExit(seconds(1000)));
 }
 
+TEST_F(ChildProcessTest, GetsTheInstalledEnvironmentAndNothingSetSince) {
+    ChildProcess::setEnvironment(QProcessEnvironment::systemEnvironment());
+    qputenv("PARLIVO_TEST_OWN", "1");
+    const auto child = ChildProcess::launch(shell(QStringLiteral("test -z \"$PARLIVO_TEST_OWN\"")));
+    EXPECT_TRUE(child->waitForExit(seconds(20)));
+    EXPECT_EQ(child->exitStatus(), 0);
+    qunsetenv("PARLIVO_TEST_OWN");
+    ChildProcess::setEnvironment(QProcessEnvironment(QProcessEnvironment::InheritFromParent));
+}
+
 TEST_F(ChildProcessTest, AMissingProgramIsAnErrorWithTheSystemsReason) {
     try {
         ChildProcess::launch({folder.filePath(QStringLiteral("gone")), {}});

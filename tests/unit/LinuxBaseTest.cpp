@@ -1,3 +1,4 @@
+#include "platform/linux/base/InheritedEnvironment.h"
 #include "platform/linux/base/JsonUserDefaults.h"
 #include "platform/linux/base/LinuxBundle.h"
 #include "platform/linux/base/XdgDirectories.h"
@@ -208,6 +209,14 @@ TEST(XdgDirectoriesTest, WithoutHomeTheUserDatabaseSays) {
         EXPECT_TRUE(QDir::isAbsolutePath(path));
         EXPECT_NE(path, QStringLiteral("/"));
     }
+}
+
+TEST(InheritedEnvironmentTest, HoldsNoVariableThatTheProgramSetForItself) {
+    setOwnVariable("PARLIVO_TEST_OWN", "1");
+    EXPECT_EQ(qgetenv("PARLIVO_TEST_OWN"), "1");
+    EXPECT_FALSE(inheritedEnvironment().contains(QStringLiteral("PARLIVO_TEST_OWN")));
+    EXPECT_EQ(inheritedEnvironment().value(QStringLiteral("PATH")), qEnvironmentVariable("PATH"));
+    qunsetenv("PARLIVO_TEST_OWN");
 }
 
 TEST(LinuxBundleTest, ReadsTheVersionOfAPropertyList) {

@@ -14,7 +14,7 @@
 namespace parlivo {
 namespace {
 
-using Surroundings = WaveformPainter::Surroundings;
+using Corners = FloatingPanel::Corners;
 using testing::DoubleNear;
 using testing::Each;
 using testing::SizeIs;
@@ -197,7 +197,7 @@ TEST(WaveformPainterTest, LooksLikeTheSameLinesStrokedByQPainter) {
     WaveformPainter painter;
     for (const double scale : {1.0, 1.25, 1.5, 2.0, 3.0}) {
         for (const double level : {0.0, 0.6, 1.0}) {
-            const QImage ours = painter.frame(panel, scale, Surroundings::Transparent, 3.7, level);
+            const QImage ours = painter.frame(panel, scale, Corners::Transparent, 3.7, level);
             const auto [mean, most] = difference(ours, reference::picture({panel, 3.7, level}, scale));
             EXPECT_LT(mean, 0.4) << "scale " << scale << ", level " << level;
             // QPainter rounds each of the 64 strands to 8 bits, and its corners of steep lines stray most.
@@ -208,7 +208,7 @@ TEST(WaveformPainterTest, LooksLikeTheSameLinesStrokedByQPainter) {
 
 TEST(WaveformPainterTest, PaintsTheCardInItsColours) {
     WaveformPainter painter;
-    const QImage card = painter.frame(panel, 2, Surroundings::Transparent, 0, 0);
+    const QImage card = painter.frame(panel, 2, Corners::Transparent, 0, 0);
     EXPECT_EQ(card.size(), QSize(480, 168));
     EXPECT_EQ(qAlpha(card.pixel(0, 0)), 0) << "outside the round corner";
     const QColor top = card.pixelColor(240, 5);
@@ -226,15 +226,15 @@ TEST(WaveformPainterTest, PaintsTheCardInItsColours) {
 
 TEST(WaveformPainterTest, FillsTheCornersThatAreCutAway) {
     WaveformPainter painter;
-    const QImage card = painter.frame(panel, 1, Surroundings::CutAway, 0, 0);
+    const QImage card = painter.frame(panel, 1, Corners::CutAway, 0, 0);
     for (const QPoint corner : {QPoint(0, 0), QPoint(239, 0), QPoint(0, 83), QPoint(239, 83)})
         EXPECT_EQ(qAlpha(card.pixel(corner)), 255);
 }
 
 TEST(WaveformPainterTest, DrawsTheCardAnewWhenTheScaleChanges) {
     WaveformPainter painter;
-    const QImage large = painter.frame(panel, 1, Surroundings::Transparent, 0, 0);
-    const QImage small = painter.frame(panel / 2, 2, Surroundings::Transparent, 0, 0);
+    const QImage large = painter.frame(panel, 1, Corners::Transparent, 0, 0);
+    const QImage small = painter.frame(panel / 2, 2, Corners::Transparent, 0, 0);
     ASSERT_EQ(small.size(), large.size());
     EXPECT_EQ(qAlpha(large.pixel(5, 7)), 255);
     EXPECT_EQ(qAlpha(small.pixel(5, 7)), 0) << "the corner is twice as round";

@@ -83,15 +83,6 @@ QColor plainColour(StatusItemPlace::Foreground foreground) {
     return QApplication::palette().color(QPalette::WindowText);
 }
 
-/// What can be read on the colour that lies behind an icon: at its corners no symbol has ink.
-StatusItemPlace::Foreground readableOn(const QImage& icon) {
-    const QPoint last(icon.width() - 1, icon.height() - 1);
-    float lightness = 0;
-    for (const QPoint corner : {QPoint(0, 0), QPoint(last.x(), 0), QPoint(0, last.y()), last})
-        lightness += icon.pixelColor(corner).lightnessF() / 4;
-    return lightness > 0.5F ? StatusItemPlace::Foreground::Dark : StatusItemPlace::Foreground::Light;
-}
-
 }  // namespace
 
 StatusMenu::StatusMenu(const Actions& actions) {
@@ -222,15 +213,12 @@ void StatusMenu::drawIcon() {
     if (item_) item_->setIcon(icon_);
 }
 
-/// Many X trays do not tell their colours; then a look at the screen must do.
+/// Many trays do not tell their colours; then a look at the screen must do.
 void StatusMenu::lookAtPanel() {
     const QRect icon = item_ ? item_->geometry() : QRect();
-    QScreen* const screen = icon.isEmpty() ? nullptr : QApplication::screenAt(icon.center());
-    if (!screen || (place_ && place_->foreground != StatusItemPlace::Foreground::Unknown)) return;
-    const QPoint corner = icon.topLeft() - screen->geometry().topLeft();
-    const QImage picture =
-        screen->grabWindow(0, corner.x(), corner.y(), icon.width(), icon.height()).toImage();
-    const auto seen = picture.isNull() ? seen_ : readableOn(picture);
+    if (icon.isEmpty() || (place_ && place_->foreground != StatusItemPlace::Foreground::Unknown)) return;
+    const auto now = Platform::current().statusItems().foregroundAt(icon);
+    const auto seen = now == StatusItemPlace::Foreground::Unknown ? seen_ : now;
     if (std::exchange(seen_, seen) != seen) drawIcon();
 }
 

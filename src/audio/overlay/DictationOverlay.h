@@ -1,8 +1,7 @@
 #pragma once
 
 #include "audio/overlay/WaveformView.h"
-
-#include <QWidget>
+#include "platform/FloatingPanel.h"
 
 #include <memory>
 
@@ -12,7 +11,7 @@ namespace parlivo {
 /// never takes the focus, and clicks go through it. Main thread.
 class DictationOverlay {
   public:
-    DictationOverlay() = default;
+    DictationOverlay();
     ~DictationOverlay();
     DictationOverlay(const DictationOverlay&) = delete;
     DictationOverlay& operator=(const DictationOverlay&) = delete;
@@ -22,22 +21,18 @@ class DictationOverlay {
     /// The ribbon shows silence until the next showing.
     void clearWaveLevelProvider();
 
-    /// Shows the card, or starts its animation anew. It keeps its last place when there is no screen.
+    /// Shows the card, or starts its animation anew. Does nothing where the desktop has no way to show a
+    /// panel without giving it the focus.
     void show();
     void hide();
 
-    /// The window and what it shows; made at the first showing and kept.
-    const QWidget* panel() const { return panel_.get(); }
-    const WaveformView* waveView() const { return waveView_; }
+    /// What the card shows; made at the first showing and kept.
+    const WaveformView* waveView() const { return waveView_.get(); }
 
   private:
-    void createPanel();
-    void place();
-    void fitToDesktop();
-
     LevelProvider levelProvider_;
-    std::unique_ptr<QWidget> panel_;
-    WaveformView* waveView_ = nullptr;  // a child of the panel
+    std::unique_ptr<FloatingPanel> panel_;
+    std::unique_ptr<WaveformView> waveView_;
 };
 
 }  // namespace parlivo

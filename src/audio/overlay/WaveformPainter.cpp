@@ -74,9 +74,9 @@ QSize pixelSize(QSizeF size, double scale) {
 
 }  // namespace
 
-const QImage& WaveformPainter::frame(QSizeF size, double scale, Surroundings surroundings, double seconds,
-                                     double level) {
-    if (const Setting setting{size, scale, surroundings}; setting != setting_) {
+const QImage& WaveformPainter::frame(QSizeF size, double scale, FloatingPanel::Corners corners,
+                                     double seconds, double level) {
+    if (const Setting setting{size, scale, corners}; setting != setting_) {
         setting_ = setting;
         drawCard();
     }
@@ -89,10 +89,10 @@ const QImage& WaveformPainter::frame(QSizeF size, double scale, Surroundings sur
 }
 
 void WaveformPainter::drawCard() {
-    const auto& [size, scale, surroundings] = setting_;
+    const auto& [size, scale, corners] = setting_;
     const QSize pixels = pixelSize(size, scale);
     card_ = cardSurface(size, scale, pixels);
-    if (surroundings == Surroundings::Transparent) card_ = roundedOff(card_, size, scale);
+    if (corners == FloatingPanel::Corners::Transparent) card_ = roundedOff(card_, size, scale);
     frame_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
     ink_.resize(pixels);
 }

@@ -2,6 +2,7 @@
 
 #include "audio/overlay/InkLayer.h"
 #include "audio/overlay/WaveformGeometry.h"
+#include "platform/FloatingPanel.h"
 
 #include <QImage>
 #include <QSizeF>
@@ -14,23 +15,18 @@ class WaveformPainter {
     /// Of the card.
     static constexpr double cornerRadius = 20;
 
-    /// What lies around the card.
-    enum class Surroundings {
-        Transparent,  ///< its corners are round and let the desktop show
-        CutAway,      ///< somebody else cuts the corners off: the card fills them
-    };
-
     /// The frame at one moment: the view's size, device pixels a unit, the seconds since the animation began
     /// and the smoothed level (0–1). The picture stays valid until the next frame. Allocates only when the
-    /// size, the scale or the surroundings change.
-    const QImage& frame(QSizeF size, double scale, Surroundings surroundings, double seconds, double level);
+    /// size, the scale or the corners change.
+    const QImage& frame(QSizeF size, double scale, FloatingPanel::Corners corners, double seconds,
+                        double level);
 
   private:
     /// What the card depends on.
     struct Setting {
         QSizeF size;
         double scale = 0;
-        Surroundings surroundings = Surroundings::Transparent;
+        FloatingPanel::Corners corners = FloatingPanel::Corners::Transparent;
 
         bool operator==(const Setting&) const = default;
     };

@@ -1,6 +1,7 @@
 #include "audio/overlay/WaveformView.h"
 
-#include <QPainter>
+#include <algorithm>
+#include <utility>
 
 namespace parlivo {
 
@@ -12,25 +13,17 @@ constexpr qint64 nanosecondsPerMillisecond = 1'000'000;
 
 }  // namespace
 
-WaveformView::WaveformView(QWidget* parent) : QWidget(parent) {
-    // Every pixel is painted each time, the transparent ones too.
-    setAttribute(Qt::WA_OpaquePaintEvent);
+WaveformView::WaveformView(FloatingPanel& panel, QSize size) : panel_(panel), size_(size) {
     timer_.setTimerType(Qt::PreciseTimer);
     timer_.setSingleShot(true);
-    timer_.callOnTimeout(this, [this] { showNextFrame(); });
-    t0_.start();
-}
-
-void WaveformView::setSurroundings(WaveformPainter::Surroundings surroundings) {
-    surroundings_ = surroundings;
-    update();
+    timer_.callOnTimeout(&timer_, [this] { showNextFrame(); });
 }
 
 void WaveformView::start() {
     t0_.start();
     framesShown_ = 0;
     lvl_ = 0;
-    update();
+    draw();
     waitForNextFrame();
 }
 
@@ -39,8 +32,15 @@ void WaveformView::stop() {
 }
 
 void WaveformView::showNextFrame() {
-    update();
+    lvl_ = smoothed(lvl_, levelProvider_ ? levelProvider_() : 0);
+    draw();
     waitForNextFrame();
+}
+
+void WaveformView::draw() {
+    const auto [scale, corners] = panel_.canvas();
+    const double seconds = static_cast<double>(t0_.nsecsElapsed()) / nanosecondsPerSecond;
+    panel_.present(painter_.frame(size_, scale, corners, seconds, lvl_));
 }
 
 /// Timers count whole milliseconds, frames last 16⅔: each is due at its own moment since the start, so that
@@ -55,14 +55,6 @@ void WaveformView::waitForNextFrame() {
 
 double WaveformView::smoothed(double level, double input) {
     return level < input ? 0.5 * input + 0.5 * level : 0.1 * input + 0.9 * level;
-}
-
-void WaveformView::paintEvent(QPaintEvent* /*event*/) {
-    lvl_ = smoothed(lvl_, levelProvider_ ? levelProvider_() : 0);
-    const double seconds = static_cast<double>(t0_.nsecsElapsed()) / nanosecondsPerSecond;
-    QPainter painter(this);
-    painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.drawImage(QPointF(), painter_.frame(size(), devicePixelRatioF(), surroundings_, seconds, lvl_));
 }
 
 }  // namespace parlivo

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "audio/overlay/WaveformPainter.h"
+#include "platform/FloatingPanel.h"
 
 #include <QElapsedTimer>
+#include <QSize>
 #include <QTimer>
-#include <QWidget>
 
 #include <functional>
 
@@ -13,15 +14,15 @@ namespace parlivo {
 /// A source of the input level, 0 to 1.
 using LevelProvider = std::function<float()>;
 
-/// The card with the ribbon that swells with the voice. It moves between start and stop, sixty times a
-/// second while it is visible. Main thread.
-class WaveformView : public QWidget {
+/// The card with the ribbon that swells with the voice. Between start and stop it draws sixty frames a
+/// second onto its panel. Main thread.
+class WaveformView {
   public:
-    explicit WaveformView(QWidget* parent = nullptr);
+    /// `size` in device-independent pixels. The panel must outlive the view.
+    WaveformView(FloatingPanel& panel, QSize size);
 
     /// Asked once a frame; without one the level is 0.
     void setLevelProvider(LevelProvider provider) { levelProvider_ = std::move(provider); }
-    void setSurroundings(WaveformPainter::Surroundings surroundings);
 
     /// Begins the animation anew, from level 0.
     void start();
@@ -33,17 +34,18 @@ class WaveformView : public QWidget {
     static double smoothed(double level, double input);
 
   private:
-    void paintEvent(QPaintEvent* event) override;
     void showNextFrame();
+    void draw();
     void waitForNextFrame();
 
+    FloatingPanel& panel_;
+    const QSize size_;
     LevelProvider levelProvider_;
     QTimer timer_;
     QElapsedTimer t0_;
     qint64 framesShown_ = 0;  // since t0_, those that were left out included
     double lvl_ = 0;
     WaveformPainter painter_;
-    WaveformPainter::Surroundings surroundings_ = WaveformPainter::Surroundings::Transparent;
 };
 
 }  // namespace parlivo

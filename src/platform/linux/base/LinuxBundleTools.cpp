@@ -1,5 +1,6 @@
 #include "platform/linux/base/LinuxBundleTools.h"
 
+#include "platform/linux/base/InheritedEnvironment.h"
 #include "support/ChildProcess.h"
 
 #include <QCoreApplication>
@@ -53,6 +54,7 @@ void LinuxBundleTools::startAfterEnd(const QString& bundle) {
     shell.setProgram(paths_.shell);
     shell.setArguments(
         {QStringLiteral("-c"), startScript(bundle + QStringLiteral("/Contents/MacOS/Parlivo"))});
+    shell.setProcessEnvironment(inheritedEnvironment());
     shell.setStandardInputFile(QProcess::nullDevice());
     shell.setStandardOutputFile(QProcess::nullDevice());
     shell.setStandardErrorFile(QProcess::nullDevice());

@@ -4,8 +4,11 @@
 #include "platform/SystemLog.h"
 #include "platform/Workspace.h"
 
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
+
+#include <utility>
 
 namespace parlivo {
 
@@ -15,7 +18,9 @@ namespace parlivo {
 /// the system log.
 class DesktopWorkspace : public Workspace {
   public:
-    DesktopWorkspace(const Bundle& bundle, SystemLog& log) : bundle_(bundle), log_(log) {}
+    /// `environment` is that of the programs it starts.
+    DesktopWorkspace(const Bundle& bundle, SystemLog& log, QProcessEnvironment environment)
+        : bundle_(bundle), log_(log), environment_(std::move(environment)) {}
 
     void open(const QUrl& url) override;
     /// The desktop's sound settings, and the page of help on what typing needs: X asks nobody for that, so
@@ -29,6 +34,7 @@ class DesktopWorkspace : public Workspace {
 
     const Bundle& bundle_;
     SystemLog& log_;
+    const QProcessEnvironment environment_;
 };
 
 }  // namespace parlivo

@@ -13,7 +13,7 @@ constexpr std::chrono::milliseconds patienceWithTrays{2000};
 
 LinuxStatusItemHost::Watches::Watches(LinuxStatusItemHost& host)
     : bus([&host] { host.placesChanged(); }),
-      tray([&host] { host.placesChanged(); }),
+      tray(host.desktop_.watchTray([&host] { host.placesChanged(); })),
       panel([&host] { host.placesChanged(); }) {
     patience.setSingleShot(true);
     patience.callOnTimeout([&host] {
@@ -41,8 +41,8 @@ void LinuxStatusItemHost::placesChanged() {
 }
 
 std::optional<LinuxStatusItemHost::Kind> LinuxStatusItemHost::presentKind() {
-    const bool trayAlone = watches_->tray.present() && !watches_->bus.hostPresent();
-    if (settled_ == Kind::XTray) return watches_->tray.present() ? settled_ : std::nullopt;
+    const bool trayAlone = trayPresent() && !watches_->bus.hostPresent();
+    if (settled_ == Kind::XTray) return trayPresent() ? settled_ : std::nullopt;
     if (watches_->bus.hostPresent()) return Kind::Bus;
     if (settled_ == Kind::Bus || !trayAlone)
         watches_->patience.stop();
@@ -54,7 +54,7 @@ std::optional<LinuxStatusItemHost::Kind> LinuxStatusItemHost::presentKind() {
 StatusItemPlace LinuxStatusItemHost::placeOf(Kind kind) const {
     if (kind == Kind::Bus)
         return {.foreground = watches_->panel.value(), .menus = StatusItemPlace::Menus::DrawnByPanel};
-    return {.foreground = watches_->tray.foreground(), .menus = StatusItemPlace::Menus::DrawnByUs};
+    return {.foreground = watches_->tray->foreground(), .menus = StatusItemPlace::Menus::DrawnByUs};
 }
 
 void LinuxStatusItemHost::report(const std::optional<StatusItemPlace>& place) {

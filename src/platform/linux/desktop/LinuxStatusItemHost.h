@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/StatusItemHost.h"
+#include "platform/linux/desktop/Desktop.h"
 #include "platform/linux/desktop/NotifierHostWatch.h"
 #include "platform/linux/desktop/PanelForeground.h"
-#include "platform/linux/desktop/TraySelectionWatch.h"
 
 #include <QTimer>
 
@@ -19,7 +19,13 @@ namespace parlivo {
 /// moment later, so a tray alone is given some time before it settles the matter.
 class LinuxStatusItemHost : public StatusItemHost {
   public:
+    /// The desktop must outlive this.
+    explicit LinuxStatusItemHost(Desktop& desktop) : desktop_(desktop) {}
+
     void watch(Observer observer) override;
+    StatusItemPlace::Foreground foregroundAt(const QRect& icon) override {
+        return desktop_.foregroundAt(icon);
+    }
 
   private:
     enum class Kind { Bus, XTray };
@@ -28,16 +34,18 @@ class LinuxStatusItemHost : public StatusItemHost {
         explicit Watches(LinuxStatusItemHost& host);
 
         NotifierHostWatch bus;
-        TraySelectionWatch tray;
+        std::unique_ptr<TrayWatch> tray;  // null where there are no X trays
         PanelForeground panel;
         QTimer patience;
     };
 
+    bool trayPresent() const { return watches_->tray && watches_->tray->present(); }
     void placesChanged();
     std::optional<Kind> presentKind();
     StatusItemPlace placeOf(Kind kind) const;
     void report(const std::optional<StatusItemPlace>& place);
 
+    Desktop& desktop_;
     Observer observer_;
     std::optional<Kind> settled_;  // for the rest of the process
     std::optional<StatusItemPlace> reported_;

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/VisibleFrame.h"
+#include "platform/linux/x11/VisibleFrame.h"
 
 namespace parlivo {
 

@@ -1,6 +1,6 @@
-#include "platform/linux/desktop/X11Screens.h"
+#include "platform/linux/x11/X11Screens.h"
 
-#include "platform/linux/desktop/VisibleFrame.h"
+#include "platform/linux/x11/VisibleFrame.h"
 #include "platform/linux/x11/XcbHandles.h"
 
 #include <QGuiApplication>

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/TraySelectionWatch.h"
+#include "platform/linux/x11/TraySelectionWatch.h"
 
 #include <xcb/xfixes.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/StatusItemHost.h"
+#include "platform/linux/desktop/TrayWatch.h"
 #include "platform/linux/x11/XcbHandles.h"
 
 #include <QSocketNotifier>
@@ -14,14 +14,14 @@ namespace parlivo {
 /// Knows whether a tray owns the X screen's tray selection, and what it draws in. On an X connection of its
 /// own. Main thread.
 /// https://specifications.freedesktop.org/systemtray-spec/
-class TraySelectionWatch {
+class TraySelectionWatch : public TrayWatch {
   public:
     /// `changed` is called whenever `present` or `foreground` may have changed; also when a tray was replaced
     /// by another, with `present` false in between. Without an X display there is never a tray.
     explicit TraySelectionWatch(std::function<void()> changed);
 
-    bool present() const { return tray_ != XCB_NONE; }
-    StatusItemPlace::Foreground foreground() const { return foreground_; }
+    bool present() const override { return tray_ != XCB_NONE; }
+    StatusItemPlace::Foreground foreground() const override { return foreground_; }
 
   private:
     bool connect();
