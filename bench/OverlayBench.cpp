@@ -4,10 +4,10 @@
 ///        overlay_bench desktop    frames while shown and hidden, and the whole program while it records
 
 #include "Allocations.h"
-#include "Program.h"
-#include "RoadTest.h"
 #include "Table.h"
 #include "audio/overlay/DictationOverlay.h"
+#include "desktop/dictation/Program.h"
+#include "desktop/dictation/ProgramTest.h"
 #include "platform/Adapters.h"
 #include "support/Error.h"
 #include "support/ReferenceWaveform.h"

@@ -1,0 +1,242 @@
+/// Measures the whole program from outside, on a desktop of its own: from the key to the recogniser and from
+/// its answer to the keys, beside the same put together by hand from parecord, sox, curl and xdotool.
+///
+/// usage: dictation_bench BY-HAND [ROUNDS [LONG-ROUNDS]]     BY-HAND is the script that does it by hand
+
+#include "Table.h"
+#include "desktop/dictation/Home.h"
+#include "desktop/dictation/Program.h"
+#include "desktop/dictation/Sound.h"
+#include "desktop/tray/NotifierWatcher.h"
+#include "dictation/ProcessStatus.h"
+#include "dictation/Testbed.h"
+#include "support/Keyboard.h"
+#include "support/Waiting.h"
+
+#include <QApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdio>
+#include <span>
+
+namespace parlivo::bench {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace desktop;
+
+const QString sentence = QStringLiteral("oggi il tempo resta bello, domani forse piove.");
+
+QString textOf(qsizetype characters) {
+    const QString prose = (sentence + QLatin1Char(' ')).repeated(characters / sentence.size());
+    return prose.left(characters - 1) + QLatin1Char('.');
+}
+
+/// The user of Parlivo.
+class WithParlivo : public Dictating {
+  public:
+    explicit WithParlivo(Program& program) : program_(program) {}
+    void press() override {
+        program_.forgetStates();
+        keyboard_.press(Key::leftAlt);
+        keyboard_.press(Key::space);
+    }
+    void release() override {
+        keyboard_.release(Key::space);
+        keyboard_.release(Key::leftAlt);
+    }
+    bool isOver() override { return program_.states().endsWith(QStringLiteral("idle")); }
+
+  private:
+    Program& program_;
+    Keyboard keyboard_;
+};
+
+/// The user of a script, which some program of the desktop starts and tells when the key is pressed and
+/// released.
+class ByHand : public Dictating {
+  public:
+    ByHand(QString script, std::chrono::milliseconds delay) : script_(std::move(script)), delay_(delay) {}
+    void press() override {
+        process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process_.start(script_, {folder_.path(), QString::number(delay_.count())});
+    }
+    void release() override { ::kill(static_cast<pid_t>(process_.processId()), SIGUSR1); }
+    bool isOver() override { return process_.state() == QProcess::NotRunning; }
+
+  private:
+    const QString script_;
+    const std::chrono::milliseconds delay_;
+    QTemporaryDir folder_;
+    QProcess process_;
+};
+
+/// From the start until the item is on the panel, the key is grabbed and the bus answers.
+double timeToReady(const QString& bundle, const NotifierWatcher& panel) {
+    const auto before = panel.items().size();
+    const auto begin = Clockwork::now();
+    Program program(bundle);
+    require(waitFor([&] { return panel.items().size() > before; }), "no item came onto the panel");
+    // Asked before the panel has the item, the program might be waiting for the panel, which is this thread.
+    require(program.waitUntilUp(), "the program does not come up");
+    const auto ready = Clockwork::now();
+    program.signal(SIGTERM);
+    require(program.waitForExit() == 0, "the program does not end");
+    return milliseconds(ready - begin);
+}
+
+void measureStart(Table& table, const QString& bundle, int rounds) {
+    const NotifierWatcher panel;
+    timeToReady(bundle, panel);  // from the disk
+    Samples samples;
+    for (int round = 0; round < rounds; ++round) samples.add(timeToReady(bundle, panel));
+    table.row("start to ready: item on the panel, key grabbed, bus answering", "ms", samples, 250);
+}
+
+/// What a row is made of, for both contestants.
+struct Both {
+    Samples ours;
+    Samples theirs;
+};
+
+struct Length {
+    std::chrono::seconds recording;
+    int rounds;
+    double targetToRequest;
+};
+
+void measureDictations(Table& table, Testbed& testbed, Dictating& parlivo, Dictating& byHand,
+                       const Length& length) {
+    Both toRequest;
+    Both toFirstKey;
+    Both unrecorded;
+    const auto add = [&](const Dictation& dictation, Samples Both::*whose) {
+        (toRequest.*whose).add(dictation.toRequest());
+        (toFirstKey.*whose).add(dictation.toFirstKey());
+        (unrecorded.*whose).add(dictation.unrecorded());
+    };
+    for (int round = 0; round < length.rounds; ++round) {
+        add(testbed.dictate(parlivo, length.recording, sentence), &Both::ours);
+        add(testbed.dictate(byHand, length.recording, sentence), &Both::theirs);
+    }
+    if (length.rounds == 0) return;
+    const std::string what = "recording of " + std::to_string(length.recording.count()) + " s: ";
+    const auto row = [&](const char* name, double target, const Both& both) {
+        table.row(what + name, "ms", both.ours, target, both.theirs);
+    };
+    row("key-up to the request's last byte at the recogniser", length.targetToRequest, toRequest);
+    row("recogniser's reply to the first key", 10, toFirstKey);
+    row("key-down to the first captured sample", 60, unrecorded);
+}
+
+struct Pacing {
+    const char* speed;
+    Clockwork::duration pause;
+    qsizetype characters;
+    std::chrono::milliseconds byHand;  ///< xdotool takes whole milliseconds
+};
+
+void measurePace(Table& table, Testbed& testbed, Dictating& parlivo, const QString& script,
+                 const Pacing& pacing) {
+    constexpr int rounds = 3;
+    constexpr auto tap = 400ms;
+    home::set(QStringLiteral("typingSpeed"), QString::fromLatin1(pacing.speed));
+    ByHand byHand(script, pacing.byHand);
+    const QString text = textOf(pacing.characters);
+    Both both;
+    for (int round = 0; round < rounds; ++round) {
+        both.ours.add(testbed.dictate(parlivo, tap, text).paceError(pacing.pause));
+        both.theirs.add(testbed.dictate(byHand, tap, text).paceError(pacing.byHand));
+    }
+    table.row(std::string("pace \"") + pacing.speed + "\", " + std::to_string(pacing.characters) +
+                  " characters: off from pause × characters",
+              "%", both.ours, 2, both.theirs);
+}
+
+void measureIdle(Table& table, const Program& program) {
+    constexpr int rounds = 3;
+    constexpr auto settling = 10s;  // an error's stay in the status line, and the like
+    constexpr auto window = 20s;
+    letPass(settling);
+    Samples wakeUps;
+    Samples resident;
+    Samples own;
+    for (int round = 0; round < rounds; ++round) {
+        const auto before = sleepsOf(program.processId());
+        letPass(window);
+        const auto sleeps = sleepsOf(program.processId()) - before;
+        wakeUps.add(static_cast<double>(sleeps) / std::chrono::duration<double>(window).count());
+        const Memory memory = memoryOf(program.processId());
+        resident.add(memory.resident);
+        own.add(memory.own);
+    }
+    require(program.isRunning() && !resident.empty() && resident.median() > 1, "nobody is idle");
+    table.row("idle after all this: wake-ups a second, all threads", "", wakeUps, 1);
+    table.row("resident memory then", "MB", resident, 70);
+    table.row("of this not shared with other programs", "MB", own, {});
+}
+
+void printNotes() {
+    std::puts(
+        "\nThe recogniser is a stand-in that answers at once. By hand: `bench/dictation/by-hand`. The first "
+        "sample "
+        "comes as late as the recording is shorter than the key was held: with Parlivo, whose recordings end "
+        "when the key comes up, that is what the beginning lacks (below zero where the sound server had some "
+        "sound ready); by hand it is what beginning and end lack together. Wake-ups are the context switches "
+        "of all threads over 20 s (`/proc/PID/task/*/status`), memory is from `/proc/PID/smaps_rollup`.");
+}
+
+int run(const QString& script, int rounds, int longRounds) {
+    putHeadphonesOn();
+    home::settle();
+    // Without engines of its own: the program takes the one that answers, and nothing else keeps the machine
+    // busy.
+    const BundleCopy bundle;
+    Testbed testbed;
+    Table table("The whole program, from the key to the text", "by hand");
+    measureStart(table, bundle.path(), rounds);
+    Program program(bundle.path());
+    require(program.waitUntilUp(), "the program does not come up");
+    WithParlivo parlivo(program);
+    ByHand byHand(script, 7ms);
+    testbed.dictate(parlivo, 1s, sentence);  // once for what is done once only
+    testbed.dictate(byHand, 1s, sentence);
+    measureDictations(table, testbed, parlivo, byHand, {5s, rounds, 40});
+    measureDictations(table, testbed, parlivo, byHand, {60s, longRounds, 120});
+    measurePace(table, testbed, parlivo, script, {"fast", 3'500us, 1500, 4ms});
+    measurePace(table, testbed, parlivo, script, {"natural", 12ms, 300, 12ms});
+    measureIdle(table, program);
+    printNotes();
+    return table.status();
+}
+
+int argument(std::span<char*> arguments, std::size_t at, int otherwise) {
+    return arguments.size() > at ? QByteArray(arguments[at]).toInt() : otherwise;
+}
+
+}  // namespace
+}  // namespace parlivo::bench
+
+int main(int argc, char** argv) {
+    using namespace parlivo::bench;
+    // What the tests' own hands and eyes find wrong ends the measurement.
+    testing::InitGoogleTest(&argc, argv);
+    GTEST_FLAG_SET(throw_on_failure, true);
+    const QApplication application(argc, argv);
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    if (arguments.size() < 2) {
+        std::fputs("usage: dictation_bench BY-HAND [ROUNDS [LONG-ROUNDS]]\n", stderr);
+        return 2;
+    }
+    try {
+        return run(QString::fromLocal8Bit(arguments[1]), argument(arguments, 2, 20),
+                   argument(arguments, 3, 5));
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "dictation_bench: %s\n", failure.what());
+        return 2;
+    }
+}

@@ -1,0 +1,82 @@
+#include "dictation/Testbed.h"
+
+#include "support/Waiting.h"
+
+#include <QtEndian>
+
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+namespace parlivo::bench {
+
+namespace {
+
+constexpr quint16 recogniserPort = 8765;
+
+/// Of the recording in a request: mono, 16 bit, 16 kHz (Microsoft and IBM, Multimedia Programming Interface
+/// and Data Specifications 1.0, "RIFF Waveform Audio File Format").
+std::chrono::duration<double> lengthOfSound(const QByteArray& body) {
+    constexpr double bytesPerSecond = 32'000;
+    const qsizetype chunk = body.indexOf("data", body.indexOf("WAVEfmt "));
+    if (chunk < 0 || body.size() < chunk + 8) return {};
+    const auto bytes = qFromLittleEndian<quint32>(body.constData() + chunk + 4);
+    return std::chrono::duration<double>(bytes / bytesPerSecond);
+}
+
+}  // namespace
+
+double milliseconds(Clockwork::duration duration) {
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
+
+void require(bool condition, const char* what) {
+    if (!condition) throw std::runtime_error(what);
+}
+
+Recogniser::Recogniser() : server_(recogniserPort) {
+    server_.on("/", StubReply::body("<html>", 200, "text/html"));
+    server_.on("/inference", [this](const StubServer::Request& request) {
+        const auto length = lengthOfSound(request.body);
+        const std::lock_guard lock(mutex_);
+        request_ = Request{request.arrived, Clockwork::now(), length};
+        return reply_;
+    });
+}
+
+void Recogniser::understand(const QString& text) {
+    const std::lock_guard lock(mutex_);
+    reply_ = StubReply::json({{QStringLiteral("text"), text}});
+}
+
+std::optional<Recogniser::Request> Recogniser::take() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(request_, std::nullopt);
+}
+
+double Dictation::paceError(Clockwork::duration pause) const {
+    const auto steps = static_cast<double>(keys.size() - 1);
+    const double taken = milliseconds(keys.back() - keys.front());
+    return 100 * std::abs(taken / (steps * milliseconds(pause)) - 1);
+}
+
+Dictation Testbed::dictate(Dictating& way, std::chrono::milliseconds hold, const QString& text) {
+    recogniser_.understand(text);
+    received_ += text;
+    Dictation dictation;
+    dictation.pressed = Clockwork::now();
+    way.press();
+    desktop::letPass(hold);
+    dictation.released = Clockwork::now();
+    way.release();
+    std::optional<Recogniser::Request> request;
+    require(desktop::waitFor([&] { return (request = recogniser_.take()).has_value(); }), "no request came");
+    dictation.request = *request;
+    require(desktop::waitFor([&] { return way.isOver(); }), "the dictation does not end");
+    require(receiver_.waitForText(received_), "the text did not arrive as it was understood");
+    dictation.keys = listener_.pressesSince(request->answered);
+    require(std::cmp_equal(dictation.keys.size(), text.size()), "other keys than those of the text");
+    return dictation;
+}
+
+}  // namespace parlivo::bench

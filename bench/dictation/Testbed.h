@@ -1,0 +1,87 @@
+#pragma once
+
+#include "dictation/KeyListener.h"
+#include "support/Receiver.h"
+#include "support/StubServer.h"
+
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace parlivo::bench {
+
+using Clockwork = std::chrono::steady_clock;
+
+/// Milliseconds as a number.
+double milliseconds(Clockwork::duration duration);
+/// Throws std::runtime_error: a measurement of what did not work is none.
+void require(bool condition, const char* what);
+
+/// A recogniser that answers at once and notes what was sent to it and when.
+class Recogniser {
+  public:
+    struct Request {
+        Clockwork::time_point arrived;  ///< its last byte
+        Clockwork::time_point answered;
+        std::chrono::duration<double> recording{};  ///< how long the sound is
+    };
+
+    Recogniser();
+    /// What it understands from now on.
+    void understand(const QString& text);
+    /// The last request, once.
+    std::optional<Request> take();
+
+  private:
+    std::mutex mutex_;
+    StubReply reply_;                 // under mutex_
+    std::optional<Request> request_;  // under mutex_
+    StubServer server_;
+};
+
+/// A way to dictate: presses and releases a key, and tells when it is all over.
+class Dictating {
+  public:
+    virtual ~Dictating() = default;
+    virtual void press() = 0;
+    virtual void release() = 0;
+    virtual bool isOver() = 0;
+};
+
+/// One dictation, seen from outside.
+struct Dictation {
+    Clockwork::time_point pressed;
+    Clockwork::time_point released;
+    Recogniser::Request request;
+    std::vector<Clockwork::time_point> keys;  ///< the presses that typed the text
+
+    double toRequest() const { return milliseconds(request.arrived - released); }
+    double toFirstKey() const { return milliseconds(keys.front() - request.answered); }
+    /// How much of the time for which the key was held is not in the recording, in ms. Where the end is cut
+    /// off at the key's release, it is what is missing at the beginning.
+    double unrecorded() const { return milliseconds(released - pressed) - 1'000 * request.recording.count(); }
+    /// How far the pace of the keys is from `pause` between any two, in per cent.
+    double paceError(Clockwork::duration pause) const;
+};
+
+/// The desk at which all dictate: the recogniser that they ask, the window that they type into.
+class Testbed {
+  public:
+    Testbed() : receiver_(desktop::Receiver::Kind::Xterm) {}
+
+    /// Holds the key for so long. `text`, which is understood, must arrive whole; its characters need no
+    /// Shift.
+    Dictation dictate(Dictating& way, std::chrono::milliseconds hold, const QString& text);
+
+  private:
+    Recogniser recogniser_;
+    desktop::Receiver receiver_;
+    KeyListener listener_;
+    QString received_;
+};
+
+}  // namespace parlivo::bench

@@ -1,0 +1,94 @@
+#include "desktop/dictation/ProgramTest.h"
+
+#include <algorithm>
+#include <iostream>
+#include <ranges>
+
+namespace parlivo::desktop {
+
+namespace {
+
+constexpr quint16 recogniserPort = 8765;
+constexpr std::chrono::milliseconds longEnough{400};
+/// Fingers do not leave two keys in the same moment.
+constexpr std::chrono::milliseconds betweenFingers{30};
+
+}  // namespace
+
+const QStringList wholeDictation{QStringLiteral("recording"), QStringLiteral("transcribing"),
+                                 QStringLiteral("cleaning"), QStringLiteral("typing"),
+                                 QStringLiteral("idle")};
+
+StubRecogniser::StubRecogniser() : StubServer(recogniserPort) {
+    on("/", StubReply::body("<html>", 200, "text/html"));
+}
+
+void StubRecogniser::hear(const QString& text) {
+    answer(StubReply::json({{QStringLiteral("text"), text}}));
+}
+
+void ProgramTest::TearDown() {
+    if (HasFailure()) std::cerr << qPrintable(home::log());
+}
+
+void ProgramTest::press(const Chord& chord) {
+    for (const auto key : chord) keyboard_.press(key);
+}
+
+void ProgramTest::release(const Chord& chord) {
+    for (const auto key : std::views::reverse(chord)) {
+        keyboard_.release(key);
+        letPass(betweenFingers);
+    }
+}
+
+void ProgramTest::dictateSilence(const Program& program) {
+    press();
+    ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(program.statusText());
+    letPass(longEnough);
+    release();
+}
+
+void ProgramTest::dictate(const Program& program, const demo::Phrase& phrase) {
+    const Voice voice(phrase);
+    press();
+    ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(program.statusText());
+    voice.speak();
+    release();
+}
+
+void ProgramTest::expectComplaint(const Program& program, const QString& complaint) {
+    dictateSilence(program);
+    const QString line = QStringLiteral("⚠️ ") + complaint;
+    EXPECT_TRUE(waitFor([&] { return program.statusText() == line; })) << qPrintable(program.statusText());
+    expectNothingLeft(program);
+}
+
+void ProgramTest::expectDictation(const Program& program, const Receiver& receiver, StubRecogniser& stub,
+                                  const QString& text) {
+    const QString before = receiver.text();
+    stub.hear(text);
+    dictateSilence(program);
+    EXPECT_TRUE(receiver.waitForText(before + text)) << qPrintable(receiver.text()) << '\n'
+                                                     << qPrintable(program.statusText());
+    expectNothingLeft(program);
+}
+
+void ProgramTest::expectStates(const Program& program, const QStringList& states) {
+    // The last signal may still be on its way.
+    EXPECT_TRUE(waitFor([&] { return program.states() == states; }))
+        << qPrintable(program.states().join(QLatin1Char(' ')));
+}
+
+void ProgramTest::expectNothingLeft(const Program& program) {
+    EXPECT_TRUE(program.waitForState(QStringLiteral("idle"))) << qPrintable(program.state());
+    EXPECT_TRUE(waitFor([] { return home::recordings().isEmpty(); }));
+    EXPECT_TRUE(waitFor([] { return recordingStreams().isEmpty(); }));
+}
+
+const demo::Phrase& ProgramTest::phrase(const QString& id) {
+    const auto& all = demo::phrases();
+    return *std::ranges::find_if(all, [&](const demo::Phrase& phrase) { return phrase.id == id; });
+}
+
+}  // namespace parlivo::desktop

@@ -1,0 +1,122 @@
+#include "desktop/hotkey/OtherClient.h"
+
+#include "support/Waiting.h"
+
+#include <xcb/xinput.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace parlivo::desktop {
+
+using x11::owned;
+
+namespace {
+
+xcb_atom_t atomOf(xcb_connection_t* connection, std::string_view name) {
+    const auto cookie = xcb_intern_atom(connection, 1, static_cast<std::uint16_t>(name.size()), name.data());
+    const auto reply = owned(xcb_intern_atom_reply(connection, cookie, nullptr));
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+bool isKeyboard(const xcb_input_xi_device_info_t& device) {
+    // A disabled device belongs to no master and counts as floating.
+    return device.type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD ||
+           device.type == XCB_INPUT_DEVICE_TYPE_FLOATING_SLAVE;
+}
+
+}  // namespace
+
+OtherClient::OtherClient() : connection_(xcb_connect(nullptr, nullptr)) {}
+
+int OtherClient::grabKey(xcb_keycode_t key, std::uint16_t modifiers) {
+    const auto cookie = xcb_grab_key_checked(connection_.get(), 0, root(), modifiers, key,
+                                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    const x11::ErrorHandle error(xcb_request_check(connection_.get(), cookie));
+    return error ? error->error_code : 0;
+}
+
+void OtherClient::ungrabKey(xcb_keycode_t key, std::uint16_t modifiers) {
+    xcb_ungrab_key(connection_.get(), key, root(), modifiers);
+    sync();
+}
+
+bool OtherClient::grabKeyboard() {
+    const auto cookie = xcb_grab_keyboard(connection_.get(), 0, root(), XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC,
+                                          XCB_GRAB_MODE_ASYNC);
+    const auto reply = owned(xcb_grab_keyboard_reply(connection_.get(), cookie, nullptr));
+    return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+}
+
+void OtherClient::ungrabKeyboard() {
+    xcb_ungrab_keyboard(connection_.get(), XCB_CURRENT_TIME);
+    sync();
+}
+
+bool OtherClient::moveModifier(xcb_keycode_t key, std::size_t modifier) {
+    auto* const c = connection_.get();
+    const auto map = owned(xcb_get_modifier_mapping_reply(c, xcb_get_modifier_mapping(c), nullptr));
+    if (!map) return false;
+    const auto* const keys = xcb_get_modifier_mapping_keycodes(map.get());
+    std::vector<xcb_keycode_t> table(keys, keys + xcb_get_modifier_mapping_keycodes_length(map.get()));
+    std::ranges::replace(table, key, xcb_keycode_t{0});
+    table.at(modifier * map->keycodes_per_modifier) = key;
+    const auto cookie = xcb_set_modifier_mapping(c, map->keycodes_per_modifier, table.data());
+    const auto reply = owned(xcb_set_modifier_mapping_reply(c, cookie, nullptr));
+    return reply && reply->status == XCB_MAPPING_STATUS_SUCCESS;
+}
+
+void OtherClient::watchKeys() {
+    auto* const c = connection_.get();
+    owned(xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 2), nullptr));
+    const struct {
+        xcb_input_event_mask_t head{XCB_INPUT_DEVICE_ALL_MASTER, 1};
+        std::uint32_t mask = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS;
+    } selection;
+    xcb_input_xi_select_events(c, root(), 1, &selection.head);
+    sync();
+}
+
+bool OtherClient::waitForKey(xcb_keycode_t key) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (std::chrono::steady_clock::now() < end) {
+        const x11::EventHandle event(xcb_poll_for_event(connection_.get()));
+        if (!event) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            continue;
+        }
+        if (event->response_type != XCB_GE_GENERIC) continue;
+        const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(*event);
+        if (raw.event_type == XCB_INPUT_RAW_KEY_PRESS && raw.detail == key) return true;
+    }
+    return false;
+}
+
+void OtherClient::setKeyboardsEnabled(bool enabled) {
+    auto* const c = connection_.get();
+    owned(xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 2), nullptr));
+    const xcb_atom_t property = atomOf(c, "Device Enabled");
+    const std::uint8_t value = enabled ? 1 : 0;
+    const auto devices = owned(
+        xcb_input_xi_query_device_reply(c, xcb_input_xi_query_device(c, XCB_INPUT_DEVICE_ALL), nullptr));
+    for (auto i = xcb_input_xi_query_device_infos_iterator(devices.get()); i.rem > 0;
+         xcb_input_xi_device_info_next(&i)) {
+        if (!isKeyboard(*i.data)) continue;
+        xcb_input_xi_change_property(c, i.data->deviceid, XCB_PROP_MODE_REPLACE, 8, property,
+                                     XCB_ATOM_INTEGER, 1, &value);
+    }
+    sync();
+}
+
+xcb_window_t OtherClient::root() const {
+    return xcb_setup_roots_iterator(xcb_get_setup(connection_.get())).data->root;
+}
+
+void OtherClient::sync() const {
+    owned(xcb_get_input_focus_reply(connection_.get(), xcb_get_input_focus(connection_.get()), nullptr));
+}
+
+}  // namespace parlivo::desktop

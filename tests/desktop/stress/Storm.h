@@ -1,0 +1,90 @@
+#pragma once
+
+#include "desktop/dictation/ProgramTest.h"
+#include "desktop/hotkey/OtherClient.h"
+#include "desktop/stress/StubEngines.h"
+#include "desktop/tray/NotifierWatcher.h"
+
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace parlivo::desktop {
+
+/// Everything that can happen to the program within a few seconds, in an order that only the seed knows. One
+/// life of the program goes through many sequences.
+class Storm : public ProgramTest {
+  protected:
+    Storm();
+    void SetUp() override;
+
+    /// Lets a sequence happen and expects the program to be at rest afterwards.
+    void run(std::uint32_t seed);
+
+    /// The texts that the program says it has typed or pasted.
+    static qsizetype texts();
+
+  private:
+    struct Action {
+        const char* name;
+        double weight;
+        void (Storm::*happen)();
+    };
+    static const std::vector<Action>& actions();
+
+    // What happens.
+    void tap();
+    void hold();
+    void pressAndKeep();
+    void letGo();
+    void busPress();
+    void busRelease();
+    void busToggle();
+    void secondStart();
+    void plainSecondStart();
+    void changeMode();
+    void changeSpeed();
+    void changePreset();
+    void showSettings();
+    void showFeedback();
+    void chooseFromMenu();
+    void killEngine();
+    void restartSoundServer();
+    void loseKeyboards();
+    void lockScreen();
+    void pause();
+
+    // What must hold afterwards.
+    void comeToRest();
+    void expectIdle();
+    void expectOneOfEach();
+    void expectOnlyDictatedText();
+
+    void pressKeys();
+    int upTo(int limit);
+    bool chance() { return upTo(1) == 0; }
+    void findPresets();
+    void stepPreset(xcb_keycode_t key);
+    static int preset();
+    void showWindow(const char* method);
+    void endRecording();
+    std::mt19937 random_;
+    std::string happened_;
+    /// Whether a recording may be under way that no key will end.
+    bool recordingMayStay_ = false;
+    /// Whether keys of a text may have gone elsewhere: into a window of the program, into a lock, or nowhere.
+    bool textMayBeElsewhere_ = false;
+    qsizetype textsBefore_ = 0;
+    Chord chord_ = optionSpace;
+    bool keysDown_ = false;
+
+    StubEngines engines_;
+    OtherClient other_;
+    std::unique_ptr<NotifierWatcher> panel_;
+    std::unique_ptr<Program> program_;
+    std::unique_ptr<Receiver> receiver_;
+};
+
+}  // namespace parlivo::desktop
