@@ -6,14 +6,15 @@
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
+#include "settings/SettingsNotifier.h"
 #include "support/Clock.h"
 #include "support/Error.h"
-#include "support/MainQueue.h"
-#include "support/NotificationCenter.h"
 #include "support/Text.h"
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QPointer>
+#include <QTimer>
 
 #include <utility>
 
@@ -47,18 +48,18 @@ void AppDelegate::applicationDidFinishLaunching() {
     pipelineQueue_.async(removeLeftovers);
     ModelsMove::recover();
     setupStatusItem();
-    overlay_.setLevelProvider(
-        [this, alive = lifeline_.watch()] { return alive.expired() ? 0.0F : recorder_.level(); });
+    const QPointer self(this);
+    overlay_.setLevelProvider([self] { return self ? self->recorder_.level() : 0.0F; });
     const bool ready = Config::get(Settings::onboardingDone) && Config::hasUsableModel();
     if (ready) {
         requestPermissions();
     } else {
-        ask_.showOnboarding([this, alive = lifeline_.watch()] {
-            if (!alive.expired()) pipelineQueue_.async(ask_.ensureTranscriber);
+        ask_.showOnboarding([self] {
+            if (self) self->pipelineQueue_.async(self->ask_.ensureTranscriber);
         });
     }
-    ask_.startUpdater([this, alive = lifeline_.watch()] {
-        if (!alive.expired()) updateUI();
+    ask_.startUpdater([self] {
+        if (self) self->updateUI();
     });
     ask_.showWhatsNew();
     installHotKey();
@@ -80,8 +81,8 @@ void AppDelegate::installHotKey() {
     hotKey_.onKeyDown = [this] { keyDown(); };
     hotKey_.onKeyUp = [this] { keyUp(); };
     hotKey_.applyCurrentPreset();
-    NotificationCenter::observe(Config::pvHotkeyChanged, lifeline_.watch(),
-                                [this] { hotKey_.applyCurrentPreset(); });
+    connect(&SettingsNotifier::shared(), &SettingsNotifier::pvHotkeyChanged, this,
+            [this] { hotKey_.applyCurrentPreset(); });
     // A microphone that goes away ends the recording with what it has: nobody should talk on into nothing.
     recorder_.onInterrupted = [this] { stopAndProcess(); };
 }
@@ -211,7 +212,7 @@ QString AppDelegate::statusLine() const {
 void AppDelegate::showError(const QString& message) {
     playIfWanted(QStringLiteral("Basso"));
     menu_->setTitle(QStringLiteral("⚠️ ") + Text::firstCharacters(message, errorLength));
-    MainQueue::after(errorStay, lifeline_.watch(), [this] {
+    QTimer::singleShot(Clock::scaled(errorStay), Qt::PreciseTimer, this, [this] {
         if (state_ == State::idle) menu_->setTitle(statusText(State::idle));
     });
 }

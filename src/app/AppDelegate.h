@@ -9,9 +9,11 @@
 #include "platform/RemoteControl.h"
 #include "support/Clock.h"
 #include "support/Error.h"
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 #include "support/ScopedFile.h"
 #include "support/SerialQueue.h"
+
+#include <QObject>
 
 #include <memory>
 
@@ -20,12 +22,12 @@ namespace parlivo {
 /// The application: owns the state machine of a dictation, the status item and every collaborator. Main
 /// thread, but for the pipeline step, which runs on the pipeline queue and reports back through the main
 /// queue.
-class AppDelegate {
+class AppDelegate : public QObject {
   public:
     /// `now` is the recorder's clock.
     explicit AppDelegate(Collaborators collaborators = Collaborators::real(),
                          AudioRecorder::Now now = &Clock::now);
-    ~AppDelegate();
+    ~AppDelegate() override;
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
 
@@ -84,7 +86,7 @@ class AppDelegate {
     HotKeyManager hotKey_;
     DictationOverlay overlay_;
     State state_ = State::idle;
-    Lifeline lifeline_;
+    Lifetime lifetime_;
     /// Last: its end waits for the running step, which uses everything above.
     SerialQueue pipelineQueue_{QStringLiteral("parlivo.pipeline")};
 };

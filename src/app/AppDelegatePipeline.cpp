@@ -56,7 +56,7 @@ bool AppDelegate::isBlankMarker(const QString& transcript) {
 }
 
 void AppDelegate::onMain(std::function<void()> job) {
-    MainQueue::async(lifeline_.watch(), std::move(job));
+    MainQueue::async(lifetime_.token(), std::move(job));
 }
 
 void AppDelegate::process(ScopedFile& recording) {

@@ -32,7 +32,7 @@ struct AudioRecorder::Recording {
     CaptureFile file;
     const std::size_t channels;
     std::atomic<float> level = 0;  // written by the audio thread, drawn by the main thread
-    const Lifeline lifeline;  // of this recording, not of the recorder: a late message must not end the next
+    const Lifetime lifetime;  // of this recording, not of the recorder: a late message must not end the next
 };
 
 namespace {
@@ -78,8 +78,8 @@ AudioCapture::Tap AudioRecorder::makeTap(const std::weak_ptr<Recording>& recordi
 }
 
 AudioCapture::Interruption AudioRecorder::makeInterruption(const Recording& recording) const {
-    return [this, watch = recording.lifeline.watch()] {
-        MainQueue::async(watch, [this] {
+    return [this, alive = recording.lifetime.token()] {
+        MainQueue::async(alive, [this] {
             if (onInterrupted) onInterrupted();
         });
     };

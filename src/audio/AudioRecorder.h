@@ -2,7 +2,7 @@
 
 #include "platform/AudioInput.h"
 #include "support/Clock.h"
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 
 #include <QString>
 

@@ -46,8 +46,8 @@ PendingRestore& pendingRestore() {
 }
 
 void scheduleRestore(PendingRestore::Ticket ticket) {
-    static const Lifeline always;
-    MainQueue::after(restoreDelay, always.watch(), [ticket] {
+    static const Lifetime always;
+    MainQueue::after(restoreDelay, always.token(), [ticket] {
         const auto kept = pendingRestore().take(ticket);
         if (kept && !kept->isEmpty()) Platform::current().pasteboard().restore(*kept);
     });

@@ -45,7 +45,7 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
   public:
     Attempt(Downloader& downloader, const ModelCatalog::Entry& entry, const QString& destination)
         : downloader_(downloader),
-          alive_(downloader.lifeline_.watch()),
+          alive_(downloader.lifetime_.token()),
           expectedSize_(entry.expectedSize),
           fileName_(entry.fileName),
           file_(std::in_place, destination) {}
@@ -134,7 +134,7 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
     }
 
     Downloader& downloader_;  ///< only touched on the main thread, while alive_
-    const Lifeline::Watch alive_;
+    const Lifetime::Token alive_;
     const qint64 expectedSize_;
     const QString fileName_;
     std::optional<DownloadFile> file_;
@@ -166,7 +166,7 @@ void Downloader::transferFailed(const Error& failure) {
     --retriesLeft_;
     Log::info(QStringLiteral("download ") + entry_.fileName + QStringLiteral(" fallito (") +
               failure.localizedDescription() + QStringLiteral("), retry"));
-    MainQueue::after(retryDelay, lifeline_.watch(), [this] { start(); });
+    MainQueue::after(retryDelay, lifetime_.token(), [this] { start(); });
 }
 
 void Downloader::complete(const std::optional<Error>& error) {

@@ -3,7 +3,7 @@
 #include "models/ModelCatalog.h"
 #include "support/Error.h"
 #include "support/HttpTransfer.h"
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 
 #include <QString>
 
@@ -47,7 +47,7 @@ class Downloader {
     const QString destination_;
     int retriesLeft_ = 3;
     std::unique_ptr<HttpTransfer> transfer_;
-    Lifeline lifeline_;
+    Lifetime lifetime_;
 };
 
 }  // namespace parlivo

@@ -19,9 +19,6 @@
 /// engines/CleanupPrompt.h.
 namespace parlivo::Config {
 
-/// Posted (NotificationCenter) after `hotkeyPreset` was changed: the one setting that something holds on to.
-inline constexpr QLatin1String pvHotkeyChanged{"pvHotkeyChanged"};
-
 /// The stored boolean if there is any object under `key` (a number counts as "not zero", a text as true if it
 /// says so, anything else as false), otherwise `absent`.
 bool boolean(const QString& key, bool absent);

@@ -4,12 +4,28 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <utility>
 
 namespace parlivo::Clock {
 
 namespace {
 
 std::atomic<double> scale{1.0};
+
+struct Observation {
+    std::mutex mutex;
+    std::function<void(std::chrono::milliseconds)> observer;  // under mutex
+};
+
+Observation& observation() {
+    static Observation instance;
+    return instance;
+}
+
+void observe(std::chrono::milliseconds stated) {
+    const std::lock_guard lock(observation().mutex);
+    if (observation().observer) observation().observer(stated);
+}
 
 /// Every wait of the process sleeps on this one pair, so that the end of the program reaches all of them. The
 /// waits are few (one a queue), so a shared wake-up costs nothing.
@@ -31,6 +47,7 @@ TimePoint now() {
 }
 
 std::chrono::milliseconds scaled(std::chrono::milliseconds stated) {
+    observe(stated);
     const double factor = scale.load();
     if (factor == 1.0) return stated;
     return std::chrono::milliseconds(static_cast<std::int64_t>(static_cast<double>(stated.count()) * factor));
@@ -38,6 +55,11 @@ std::chrono::milliseconds scaled(std::chrono::milliseconds stated) {
 
 void setScale(double factor) {
     scale.store(factor);
+}
+
+void setObserver(std::function<void(std::chrono::milliseconds)> observer) {
+    const std::lock_guard lock(observation().mutex);
+    observation().observer = std::move(observer);
 }
 
 bool sleepFor(std::chrono::milliseconds stated) {

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 
 /// The waits of the program, in one place: the end of the program cuts them short, and a test runs them on a
-/// fast clock.
+/// fast clock. QWaitCondition and QDeadlineTimer know neither that end nor a scale.
 ///
 /// All times are of the monotonic clock. Every operation may be called from any thread; none may be used on
 /// the main thread for anything but the end of the program.
@@ -19,6 +20,10 @@ std::chrono::milliseconds scaled(std::chrono::milliseconds stated);
 
 /// Makes a stated second last `factor` seconds. For tests of long deadlines.
 void setScale(double factor);
+
+/// Called with every duration that is asked for, as it is stated, on the thread that asks; none to stop. For
+/// tests of exact limits.
+void setObserver(std::function<void(std::chrono::milliseconds stated)> observer);
 
 /// Waits for a stated duration. False when the program's end interrupted the wait.
 bool sleepFor(std::chrono::milliseconds stated);

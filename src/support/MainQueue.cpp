@@ -15,7 +15,7 @@ namespace parlivo::MainQueue {
 
 namespace {
 
-Job guarded(const Lifeline::Watch& owner, Job job) {
+Job guarded(const Lifetime::Token& owner, Job job) {
     return [owner, job = std::move(job)] {
         if (!owner.expired()) job();
     };
@@ -45,11 +45,11 @@ void async(Job job) {
     jobs().post(std::move(job));
 }
 
-void async(const Lifeline::Watch& owner, Job job) {
+void async(const Lifetime::Token& owner, Job job) {
     async(guarded(owner, std::move(job)));
 }
 
-void after(std::chrono::milliseconds delay, const Lifeline::Watch& owner, Job job) {
+void after(std::chrono::milliseconds delay, const Lifetime::Token& owner, Job job) {
     // A timer belongs to the thread that starts it, so the start itself is moved to the main thread.
     async([delay, job = guarded(owner, std::move(job))] {
         QTimer::singleShot(Clock::scaled(delay), Qt::PreciseTimer, QCoreApplication::instance(), job);

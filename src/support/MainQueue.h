@@ -1,11 +1,16 @@
 #pragma once
 
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 
 #include <chrono>
 #include <functional>
 
 /// The main thread seen as a queue. Every operation may be called from any thread and returns at once.
+///
+/// Code that already runs on the main thread and whose owner is a QObject uses QTimer::singleShot with the
+/// owner as context instead. From other threads QMetaObject::invokeMethod is not used, because a worker
+/// cannot keep a context object alive (see Lifetime) and because ThreadSanitizer does not see the locks in
+/// Qt that hand a functor over (see LoopJobs).
 namespace parlivo::MainQueue {
 
 using Job = std::function<void()>;
@@ -13,10 +18,10 @@ using Job = std::function<void()>;
 /// Runs `job` on the main thread, after what is already queued there.
 void async(Job job);
 /// The same, unless the owner behind `owner` is gone by then.
-void async(const Lifeline::Watch& owner, Job job);
+void async(const Lifetime::Token& owner, Job job);
 
 /// Runs `job` on the main thread once `delay` has passed, unless the owner is gone by then.
-void after(std::chrono::milliseconds delay, const Lifeline::Watch& owner, Job job);
+void after(std::chrono::milliseconds delay, const Lifetime::Token& owner, Job job);
 
 /// Whether the caller runs on the main thread.
 bool isCurrent();

@@ -14,6 +14,9 @@ namespace parlivo {
 
 /// Jobs run one after the other, in the order they came, on a thread of the queue's own.
 ///
+/// Not a QThreadPool with one thread, because it hands jobs over under locks that ThreadSanitizer does not
+/// see: 50 jobs that add to one counter gave 6 false reports of a data race in each of 3 runs.
+///
 /// A job must not throw and must not wait for the main thread other than through MainQueue::sync.
 class SerialQueue {
   public:

@@ -41,7 +41,7 @@ void Updater::check() {
     request.headers = {{"Cache-Control", "no-cache"}};
     request.timeout = feedTimeout;
     request.maximumReplySize = longestFeed;
-    HttpSession::shared().send(request, [this, alive = lifeline_.watch()](const HttpReply& reply) {
+    HttpSession::shared().send(request, [this, alive = lifetime_.token()](const HttpReply& reply) {
         if (!reply.complete()) return;
         if (const auto feed = FeedEntry::decode(reply.body))
             MainQueue::async(alive, [this, feed = *feed] { take(feed); });
@@ -79,7 +79,7 @@ void Updater::install(const FeedEntry& entry) {
     step_ = Step::Installing;
     Log::info(u"download aggiornamento "_s + entry.version);
     transfer_ = fetchArchive(url, entry.size,
-                             [this, entry, alive = lifeline_.watch()](const FetchedArchive& archive) {
+                             [this, entry, alive = lifetime_.token()](const FetchedArchive& archive) {
                                  MainQueue::async(alive, [this, entry, archive] { apply(entry, archive); });
                              });
 }
@@ -92,7 +92,7 @@ void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
         fail(u"Download non riuscito. Riprova più tardi."_s);
         return;
     }
-    installing_.async([this, entry, archive, alive = lifeline_.watch()] {
+    installing_.async([this, entry, archive, alive = lifetime_.token()] {
         try {
             installUpdate(archive.file->path(), entry.size);
             Log::info(u"aggiornamento %1 installato, riavvio"_s.arg(entry.version));

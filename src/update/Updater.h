@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/HttpTransfer.h"
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 #include "support/SerialQueue.h"
 #include "update/ArchiveDownload.h"
 #include "update/FeedEntry.h"
@@ -58,7 +58,7 @@ class Updater {
     QTimer timer_;
     Step step_ = Step::Idle;
     std::unique_ptr<HttpTransfer> transfer_;
-    Lifeline lifeline_;
+    Lifetime lifetime_;
     /// Last: its end waits for the running job.
     SerialQueue installing_{QStringLiteral("parlivo.update")};
 };

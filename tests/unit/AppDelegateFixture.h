@@ -88,8 +88,8 @@ class AppDelegateTest : public PlatformTest {
     /// Lets everything that is queued happen.
     void settle() {
         bool reached = false;
-        const Lifeline alive;
-        MainQueue::after(std::chrono::milliseconds(0), alive.watch(), [&] { reached = true; });
+        const Lifetime alive;
+        MainQueue::after(std::chrono::milliseconds(0), alive.token(), [&] { reached = true; });
         spinUntil([&] { return reached; });
     }
 

@@ -1,5 +1,5 @@
 #include "AppDelegateFixture.h"
-#include "support/NotificationCenter.h"
+#include "settings/SettingsNotifier.h"
 
 #include <iostream>
 #include <random>
@@ -64,7 +64,7 @@ class AppDelegateStorm : public AppDelegateTest {
         const QStringList presets{QStringLiteral("opt-space"), QStringLiteral("opt-backtick")};
         store(Settings::dictationMode, modes.at(upTo(2)));
         store(Settings::hotkeyPreset, presets.at(upTo(1)));
-        NotificationCenter::post(Config::pvHotkeyChanged);
+        Q_EMIT SettingsNotifier::shared().pvHotkeyChanged();
     }
 
     void comeToRest() {

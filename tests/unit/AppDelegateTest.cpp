@@ -1,5 +1,5 @@
 #include "AppDelegateFixture.h"
-#include "support/NotificationCenter.h"
+#include "settings/SettingsNotifier.h"
 
 namespace parlivo {
 namespace {
@@ -198,8 +198,8 @@ TEST_F(AppDelegateTest, AnErrorsEndLeavesARunningDictationAlone) {
     delegate->showError(line(u"qualcosa"));
     platform.hotKeys().press();
     bool later = false;
-    const Lifeline alive;
-    MainQueue::after(10s, alive.watch(), [&] { later = true; });
+    const Lifetime alive;
+    MainQueue::after(10s, alive.token(), [&] { later = true; });
     spinUntil([&] { return later; });
     EXPECT_EQ(delegate->statusLine(), line(u"🔴 Registrazione…"));
 }
@@ -209,12 +209,12 @@ TEST_F(AppDelegateTest, TheFirstOfTwoErrorsMayEndTheSecondEarly) {
     launch();
     delegate->showError(line(u"primo"));
     bool between = false;
-    const Lifeline alive;
-    MainQueue::after(4s, alive.watch(), [&] { between = true; });
+    const Lifetime alive;
+    MainQueue::after(4s, alive.token(), [&] { between = true; });
     spinUntil([&] { return between; });
     delegate->showError(line(u"secondo"));
     bool firstOver = false;
-    MainQueue::after(5s, alive.watch(), [&] { firstOver = true; });
+    MainQueue::after(5s, alive.token(), [&] { firstOver = true; });
     spinUntil([&] { return firstOver; });
     EXPECT_EQ(delegate->statusLine(), statusText(State::idle));
 }
@@ -222,11 +222,11 @@ TEST_F(AppDelegateTest, TheFirstOfTwoErrorsMayEndTheSecondEarly) {
 TEST_F(AppDelegateTest, APresetChangeRegistersAnew) {
     launch();
     store(Settings::hotkeyPreset, line(u"cmd-shift-space"));
-    NotificationCenter::post(Config::pvHotkeyChanged);
+    Q_EMIT SettingsNotifier::shared().pvHotkeyChanged();
     ASSERT_EQ(platform.hotKeys().registered.size(), 1U);
     EXPECT_EQ(platform.hotKeys().registered[0].modifiers, 0x0300U);
     delegate.reset();
-    NotificationCenter::post(Config::pvHotkeyChanged);
+    Q_EMIT SettingsNotifier::shared().pvHotkeyChanged();
     EXPECT_TRUE(platform.hotKeys().registered.empty()) << "nobody is left to register";
 }
 

@@ -24,9 +24,9 @@ class InjectorTest : public PlatformTest {
 
     /// Lets the time pass in which a restore would happen.
     static void passRestoreTime() {
-        static const Lifeline always;
+        static const Lifetime always;
         bool passed = false;
-        MainQueue::after(600ms, always.watch(), [&passed] { passed = true; });
+        MainQueue::after(600ms, always.token(), [&passed] { passed = true; });
         while (!passed) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
     }
 

@@ -1,3 +1,4 @@
+#include "support/AskedWaits.h"
 #include "support/Clock.h"
 #include "support/Error.h"
 #include "support/MainQueue.h"
@@ -136,13 +137,13 @@ TEST(MainQueueTest, JobsOfOtherThreadsRunOnTheMainThread) {
 
 TEST(MainQueueTest, ADeadOwnersJobsDoNothing) {
     int ran = 0;
-    auto owner = std::make_unique<Lifeline>();
-    MainQueue::async(owner->watch(), [&] { ran += 1; });
-    MainQueue::after(milliseconds(1), owner->watch(), [&] { ran += 10; });
+    auto owner = std::make_unique<Lifetime>();
+    MainQueue::async(owner->token(), [&] { ran += 1; });
+    MainQueue::after(milliseconds(1), owner->token(), [&] { ran += 10; });
     owner.reset();
     bool later = false;
-    const Lifeline alive;
-    MainQueue::after(milliseconds(30), alive.watch(), [&] { later = true; });
+    const Lifetime alive;
+    MainQueue::after(milliseconds(30), alive.token(), [&] { later = true; });
     spin([&] { return later; });
     EXPECT_EQ(ran, 0);
 }
@@ -185,6 +186,19 @@ TEST(ClockTest, AStatedTimeIsScaled) {
     EXPECT_TRUE(Clock::sleepFor(milliseconds(1000)));
     Clock::setScale(1);
     EXPECT_EQ(Clock::scaled(milliseconds(125'000)), milliseconds(125'000));
+}
+
+TEST(ClockTest, ItsObserverHearsWhatIsAskedFor) {
+    Clock::setScale(0.001);
+    {
+        const AskedWaits asked;
+        Clock::sleepFor(milliseconds(1000));
+        const Clock::Deadline deadline(milliseconds(125'000));
+        EXPECT_EQ(asked.all(), (std::vector{milliseconds(1000), milliseconds(125'000)}))
+            << "as it is stated, not as it is waited for";
+    }
+    Clock::sleepFor(milliseconds(1));  // nobody listens any longer
+    Clock::setScale(1);
 }
 
 TEST(ClockTest, ASignalIsSeenOrTimesOut) {

@@ -185,7 +185,7 @@ void OnboardingView::pickFolder() {
 }
 
 void OnboardingView::askForMicrophone() {
-    Platform::current().permissions().requestMicrophone([this, alive = lifeline_.watch()](bool granted) {
+    Platform::current().permissions().requestMicrophone([this, alive = lifetime_.token()](bool granted) {
         MainQueue::async(alive, [this, granted] {
             micGranted_ = granted;
             if (step_ == Step::microphone) permissionPage_->setGranted(granted);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "models/ModelCatalog.h"
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 #include "ui/ModelFetch.h"
 
 #include <QString>
@@ -84,7 +84,7 @@ class OnboardingView : public QWidget {
     StepDots* dots_ = nullptr;
     QPushButton* skip_ = nullptr;
     QPushButton* main_ = nullptr;
-    Lifeline lifeline_;
+    Lifetime lifetime_;
 };
 
 }  // namespace parlivo

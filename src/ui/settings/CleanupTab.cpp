@@ -11,6 +11,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QShowEvent>
+#include <QTimer>
 
 namespace parlivo {
 
@@ -58,7 +59,7 @@ void CleanupTab::addCustomPrompt(Form& form, const SettingsActions& actions) {
     row.setVisible(enabled.get());
     connect(&toggle, &Toggle::toggled, this, [this, &row](bool on) {
         row.setVisible(on);
-        if (on) MainQueue::async(lifeline_.watch(), [this, &row] { ensureWidgetVisible(&row); });
+        if (on) QTimer::singleShot(0, this, [this, &row] { ensureWidgetVisible(&row); });
     });
 }
 
@@ -71,7 +72,7 @@ void CleanupTab::fetchModels() {
     HttpRequest request;
     request.url = QUrl(u"http://127.0.0.1:11434/api/tags"_s);
     request.timeout = 3s;
-    HttpSession::shared().send(request, [this, alive = lifeline_.watch()](const HttpReply& reply) {
+    HttpSession::shared().send(request, [this, alive = lifetime_.token()](const HttpReply& reply) {
         if (!reply.complete()) return;
         if (const auto names = modelNames(reply.body)) {
             MainQueue::async(alive, [this, names = *names] { showModels(names); });

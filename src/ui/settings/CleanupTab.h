@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 #include "ui/settings/SettingsWindowController.h"
 #include "ui/views/Form.h"
 
@@ -28,7 +28,7 @@ class CleanupTab : public FormPage {
     void addCustomPrompt(Form& form, const SettingsActions& actions);
 
     Picker* model_ = nullptr;
-    Lifeline lifeline_;
+    Lifetime lifetime_;
 };
 
 }  // namespace parlivo

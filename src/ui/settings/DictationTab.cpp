@@ -3,7 +3,7 @@
 #include "input/HotKeyManager.h"
 #include "models/ModelCatalog.h"
 #include "settings/Config.h"
-#include "support/NotificationCenter.h"
+#include "settings/SettingsNotifier.h"
 #include "ui/TierPicker.h"
 
 namespace parlivo {
@@ -23,7 +23,7 @@ Binding<QString> hotKeyPreset() {
     return {.get = preset.get, .set = [store = preset.set, current = preset.get](const QString& chosen) {
                 const bool changed = chosen != current();
                 store(chosen);
-                if (changed) NotificationCenter::post(Config::pvHotkeyChanged);
+                if (changed) Q_EMIT SettingsNotifier::shared().pvHotkeyChanged();
             }};
 }
 

@@ -67,7 +67,7 @@ void GeneralTab::pickModelsFolder() {
     QDir().mkpath(*folder);
     changeButton_->setEnabled(false);
     // Gigabytes on their way to another disk must not freeze the window.
-    moves_.async([this, alive = lifeline_.watch(), previous, chosen = *folder] {
+    moves_.async([this, alive = lifetime_.token(), previous, chosen = *folder] {
         const auto move = std::make_shared<ModelsMove>(previous, chosen);
         move->bring();
         if (Clock::interrupted()) return;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 #include "support/SerialQueue.h"
 #include "ui/settings/SettingsWindowController.h"
 #include "ui/views/Form.h"
@@ -23,7 +23,7 @@ class GeneralTab : public FormPage {
     bool launchAtLogin_;
     Label* modelsPath_ = nullptr;
     QPushButton* changeButton_ = nullptr;
-    Lifeline lifeline_;
+    Lifetime lifetime_;
     /// Last: a move that still runs is waited for before anything else goes.
     SerialQueue moves_{QStringLiteral("parlivo.models")};
 };

@@ -132,7 +132,7 @@ void FeedbackView::send() {
     request.body = body();
     request.timeout = 15s;
     request.redirects = HttpRequest::Redirects::Refuse;
-    HttpSession::shared().send(std::move(request), [this, alive = lifeline_.watch()](const HttpReply& reply) {
+    HttpSession::shared().send(std::move(request), [this, alive = lifetime_.token()](const HttpReply& reply) {
         MainQueue::async(alive, [this, success = isSuccess(reply)] { answered(success); });
     });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 
 #include <QByteArray>
 #include <QString>
@@ -46,7 +46,7 @@ class FeedbackView : public QWidget {
     Label* errorLine_ = nullptr;
     QPushButton* send_ = nullptr;
     QPushButton* close_ = nullptr;
-    Lifeline lifeline_;
+    Lifetime lifetime_;
 };
 
 }  // namespace parlivo

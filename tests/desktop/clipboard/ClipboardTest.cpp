@@ -93,10 +93,10 @@ class BadOwner : public ClipboardTest, public testing::WithParamInterface<Manner
 TEST_P(BadOwner, KeepsNoWindowWaitingAndCountsAsEmpty) {
     const SelectionOwner bad(clipboard, GetParam(), QByteArray(500'000, 'x'));
     const SelectionOwner good(primary, Manner::Text, "evidenziato");
-    const Lifeline lifeline;
+    const Lifetime lifetime;
     bool mainThreadWentOn = false;
     pipeline_.start([&] {
-        MainQueue::after(100ms, lifeline.watch(), [&] { mainThreadWentOn = !pipeline_.isDone(); });
+        MainQueue::after(100ms, lifetime.token(), [&] { mainThreadWentOn = !pipeline_.isDone(); });
         const auto read = Platform::current().pasteboard().texts();
         EXPECT_EQ(read, (PasteboardTexts{{primary, QStringLiteral("evidenziato")}}));
     });

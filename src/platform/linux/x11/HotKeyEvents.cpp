@@ -55,9 +55,9 @@ void HotKeyEvents::read() {
     while (const std::shared_ptr<const xcb_generic_event_t> event =
                EventHandle(xcb_wait_for_event(connection_))) {
         keepMenusShut(*event);
-        MainQueue::async(lifeline_.watch(), jobFor(event));
+        MainQueue::async(lifetime_.token(), jobFor(event));
     }
-    MainQueue::async(lifeline_.watch(), [this] { handlers_.end(); });
+    MainQueue::async(lifetime_.token(), [this] { handlers_.end(); });
 }
 
 std::function<void()> HotKeyEvents::jobFor(const std::shared_ptr<const xcb_generic_event_t>& event) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Lifeline.h"
+#include "support/Lifetime.h"
 
 #include <xcb/xcb.h>
 
@@ -45,7 +45,7 @@ class HotKeyEvents {
     xcb_connection_t* connection_;
     const xcb_window_t window_;  ///< unseen, the address of echoes
     const Handlers handlers_;
-    const Lifeline lifeline_;
+    const Lifetime lifetime_;
     std::thread thread_;
 };
 

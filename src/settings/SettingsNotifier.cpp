@@ -1,0 +1,10 @@
+#include "settings/SettingsNotifier.h"
+
+namespace parlivo {
+
+SettingsNotifier& SettingsNotifier::shared() {
+    static SettingsNotifier instance;
+    return instance;
+}
+
+}  // namespace parlivo
