@@ -16,6 +16,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <limits>
 #include <utility>
 
 namespace parlivo {
@@ -40,7 +41,9 @@ QString verdict(bool granted) {
 }  // namespace
 
 AppDelegate::AppDelegate(Collaborators collaborators, AudioRecorder::Now now)
-    : ask_(std::move(collaborators)), recorder_(std::move(now)) {}
+    : collaborators_(std::move(collaborators)),
+      recorder_(std::move(now)),
+      step_(collaborators_, stepObserver()) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -54,14 +57,14 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (ready) {
         requestPermissions();
     } else {
-        ask_.showOnboarding([self] {
-            if (self) self->pipelineQueue_.async(self->ask_.ensureTranscriber);
+        collaborators_.showOnboarding([self] {
+            if (self) self->pipelineQueue_.async(self->collaborators_.ensureTranscriber);
         });
     }
-    ask_.startUpdater([self] {
+    collaborators_.startUpdater([self] {
         if (self) self->updateUI();
     });
-    ask_.showWhatsNew();
+    collaborators_.showWhatsNew();
     installHotKey();
     pipelineQueue_.async([] { Platform::current().keyboard().prepare(); });
     if (ready) warmUp();
@@ -74,7 +77,7 @@ void AppDelegate::applicationWillTerminate() {
         if (const auto recording = recorder_.stop()) QFile::remove(*recording);
         overlay_.hide();
     }
-    ask_.stopEngines();
+    collaborators_.stopEngines();
 }
 
 void AppDelegate::installHotKey() {
@@ -89,8 +92,8 @@ void AppDelegate::installHotKey() {
 
 void AppDelegate::warmUp() {
     pipelineQueue_.async([this] {
-        ask_.ensureTranscriber();
-        ask_.ensureCleaner();
+        collaborators_.ensureTranscriber();
+        collaborators_.ensureCleaner();
     });
 }
 
@@ -125,9 +128,9 @@ void AppDelegate::perform(RemoteCommand command) {
         case RemoteCommand::Toggle:
             return toggle();
         case RemoteCommand::ShowSettings:
-            return ask_.showSettings();
+            return collaborators_.showSettings();
         case RemoteCommand::ShowFeedback:
-            return ask_.showFeedback();
+            return collaborators_.showFeedback();
         case RemoteCommand::Quit:
             return QCoreApplication::quit();
     }
@@ -157,10 +160,39 @@ void AppDelegate::stopAndProcess() {
         return;
     }
     // Handed over before sound and icon: the engine works while they are seen to.
-    pipelineQueue_.async([this, recording = std::move(recording)] { process(*recording); });
+    pipelineQueue_.async([this, recording = std::move(recording)] { step_.run(*recording); });
     playIfWanted(QStringLiteral("Pop"));
     setState(State::transcribing);
     overlay_.clearWaveLevelProvider();
+}
+
+PipelineStep::Observer AppDelegate::stepObserver() {
+    return {
+        .onCleaning = [this] { setState(State::cleaning); },
+        .onTyping =
+            [this] {
+                setState(State::typing);
+                overlay_.hide();
+            },
+        .onDone =
+            [this] {
+                setState(State::idle);
+                countDictation();
+                collaborators_.maybePromptForFeedback();
+            },
+        .onFailure =
+            [this](const QString& message) {
+                setState(State::idle);
+                overlay_.hide();
+                showError(message);
+            },
+    };
+}
+
+void AppDelegate::countDictation() {
+    const qint64 count = Config::get(Settings::dictationCount);
+    if (count == std::numeric_limits<qint64>::max()) qFatal("dictationCount overflow");
+    Config::set(Settings::dictationCount, count + 1);
 }
 
 void AppDelegate::setupStatusItem() {
@@ -169,9 +201,9 @@ void AppDelegate::setupStatusItem() {
         .willOpen = [this] { menuWillOpen(); },
         .openMicSettings = [&workspace] { workspace.openPrivacyPane(PrivacyPane::Microphone); },
         .openAccessibilitySettings = [&workspace] { workspace.openPrivacyPane(PrivacyPane::Accessibility); },
-        .installUpdate = ask_.promptAndInstall,
-        .openSettings = ask_.showSettings,
-        .openFeedback = ask_.showFeedback,
+        .installUpdate = collaborators_.promptAndInstall,
+        .openSettings = collaborators_.showSettings,
+        .openFeedback = collaborators_.showFeedback,
         .quit = [] { QCoreApplication::quit(); },
     });
     updateUI();
@@ -182,7 +214,7 @@ void AppDelegate::menuWillOpen() {
     auto& permissions = Platform::current().permissions();
     menu_->setMicrophone(permissions.microphone());
     menu_->setAccessibility(permissions.accessibilityTrusted(Permissions::Prompt::No));
-    menu_->setUpdate(ask_.availableVersion());
+    menu_->setUpdate(collaborators_.availableVersion());
 }
 
 void AppDelegate::requestPermissions() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/Collaborators.h"
+#include "app/PipelineStep.h"
 #include "app/State.h"
 #include "app/menu/StatusMenu.h"
 #include "audio/AudioRecorder.h"
@@ -8,9 +9,6 @@
 #include "input/HotKeyManager.h"
 #include "platform/RemoteControl.h"
 #include "support/Clock.h"
-#include "support/Error.h"
-#include "support/Lifetime.h"
-#include "support/ScopedFile.h"
 #include "support/SerialQueue.h"
 
 #include <QObject>
@@ -20,8 +18,7 @@
 namespace parlivo {
 
 /// The application: owns the state machine of a dictation, the status item and every collaborator. Main
-/// thread, but for the pipeline step, which runs on the pipeline queue and reports back through the main
-/// queue.
+/// thread; the pipeline step runs on the pipeline queue and reports on the main thread.
 class AppDelegate : public QObject {
   public:
     /// `now` is the recorder's clock.
@@ -50,10 +47,6 @@ class AppDelegate : public QObject {
     State state() const { return state_; }
     /// The menu's first line as it stands.
     QString statusLine() const;
-    const StatusMenu* statusMenu() const { return menu_.get(); }
-
-    /// Whether a transcript says that nobody spoke: it contains one of the recogniser's markers anywhere.
-    static bool isBlankMarker(const QString& transcript);
 
   private:
     void setupStatusItem();
@@ -68,25 +61,16 @@ class AppDelegate : public QObject {
     void toggle();
     void warmUp();
 
-    // The pipeline step, on the pipeline queue.
-    void process(ScopedFile& recording);
-    QString transcribe(ScopedFile& recording);
-    void deliver(const QString& raw);
-    void copyInsteadOfTyping(const QString& text);
-    void inject(const QString& text);
-    void fail(const Error& error);
-    /// Back to idle on the main thread, the overlay gone, with a message.
-    void giveUp(const QString& message);
+    PipelineStep::Observer stepObserver();
     void countDictation();
-    void onMain(std::function<void()> job);
 
-    const Collaborators ask_;
+    const Collaborators collaborators_;
     std::unique_ptr<StatusMenu> menu_;
     AudioRecorder recorder_;
     HotKeyManager hotKey_;
     DictationOverlay overlay_;
     State state_ = State::idle;
-    Lifetime lifetime_;
+    PipelineStep step_;
     /// Last: its end waits for the running step, which uses everything above.
     SerialQueue pipelineQueue_{QStringLiteral("parlivo.pipeline")};
 };

@@ -6,6 +6,7 @@
 #include "engines/LlamaRunner.h"
 #include "engines/Transcriber.h"
 #include "input/Injector.h"
+#include "models/ModelsMover.h"
 #include "ui/onboarding/OnboardingWindowController.h"
 #include "ui/settings/SettingsWindowController.h"
 #include "update/Updater.h"
@@ -15,6 +16,7 @@
 #include <QCoreApplication>
 
 #include <memory>
+#include <utility>
 
 namespace parlivo {
 
@@ -27,6 +29,7 @@ void endEngines() {
 
 /// The windows, which stay once they have been shown, and the updater. Whatever uses them holds them.
 struct Holdings {
+    ModelsMover modelsMover;
     OnboardingWindowController onboarding;
     FeedbackWindowController feedback;
     SettingsWindowController settings{{
@@ -34,6 +37,8 @@ struct Holdings {
         .stopCleaner = LlamaRunner::shutdown,
         .preparePrompt = [] { Config::loadPrompt(); },
         .showFeedback = [this] { feedback.show(); },
+        .moveModels = [this](const QString& to,
+                             std::function<void()> onAdopted) { modelsMover.move(to, std::move(onAdopted)); },
     }};
     Updater updater{{.stopEngines = endEngines, .quit = [] { QCoreApplication::quit(); }}};
 };

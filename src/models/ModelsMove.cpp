@@ -20,11 +20,11 @@ constexpr qint64 blockSize = 1 << 20;
 
 const QString temporarySuffix = QStringLiteral(".parlivo-move");
 
-QString noteFile() {
+QString journalFile() {
     return Config::appSupportDir() + QStringLiteral("/models-move");
 }
 
-/// One line of the note, whatever characters are in it.
+/// One line of the journal, whatever characters are in the text.
 QByteArray lineOf(const QString& text) {
     return text.toUtf8().toPercentEncoding("/ ") + '\n';
 }
@@ -39,7 +39,7 @@ bool exists(const QString& path) {
 }
 
 /// Zero, or the errno value; never replaces what is there.
-int giveSecondName(const QString& from, const QString& to) {
+int hardLink(const QString& from, const QString& to) {
     return ::link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0 ? 0 : errno;
 }
 
@@ -74,22 +74,22 @@ void copyAcrossFileSystems(const QString& from, const QString& to) {
 }
 
 /// Deletes `path` where `other` is the same file or a copy of it.
-void dropTwin(const QString& path, const QString& other) {
+void removeDuplicate(const QString& path, const QString& other) {
     const QFileInfo file(path);
-    const QFileInfo twin(other);
-    if (exists(path) && exists(other) && file.size() == twin.size()) QFile::remove(path);
+    const QFileInfo duplicate(other);
+    if (exists(path) && exists(other) && file.size() == duplicate.size()) QFile::remove(path);
 }
 
-void takeForward(const QStringList& names, const QString& from, const QString& to) {
-    for (const QString& name : names) dropTwin(QDir(from).filePath(name), QDir(to).filePath(name));
+void commitFiles(const QStringList& names, const QString& from, const QString& to) {
+    for (const QString& name : names) removeDuplicate(QDir(from).filePath(name), QDir(to).filePath(name));
 }
 
-void takeBack(const QStringList& names, const QString& from, const QString& to) {
+void rollback(const QStringList& names, const QString& from, const QString& to) {
     for (const QString& name : names) {
         const QString here = QDir(from).filePath(name);
         const QString there = QDir(to).filePath(name);
         QFile::remove(there + temporarySuffix);
-        dropTwin(there, here);
+        removeDuplicate(there, here);
         // Where it could only be renamed.
         if (!exists(here) && exists(there)) renameTo(there, here);
     }
@@ -97,34 +97,35 @@ void takeBack(const QStringList& names, const QString& from, const QString& to) 
 
 }  // namespace
 
-ModelsMove::ModelsMove(const QString& from, const QString& to) : from_(from), to_(to), note_(noteFile()) {
-    if (!note_.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) return;
-    claim_ = Claim::on(note_.fileName());
-    note_.write(lineOf(from_) + lineOf(to_));
+ModelsMove::ModelsMove(const QString& from, const QString& to)
+    : from_(from), to_(to), journal_(journalFile()) {
+    if (!journal_.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) return;
+    claim_ = Claim::on(journal_.fileName());
+    journal_.write(lineOf(from_) + lineOf(to_));
 }
 
 ModelsMove::~ModelsMove() {
-    if (!finished_) takeBack(brought_, from_, to_);
-    note_.remove();
+    if (!committed_) rollback(staged_, from_, to_);
+    journal_.remove();
 }
 
-void ModelsMove::bring() {
+void ModelsMove::stage() {
     const auto everything = QDir::Files | QDir::Dirs | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
     const QStringList names = QDir(from_).entryList(everything, QDir::Name);
     for (const QString& name : names) {
         const QString extension = QFileInfo(name).suffix();
-        if (extension == QStringLiteral("bin") || extension == QStringLiteral("gguf")) bringOne(name);
+        if (extension == QStringLiteral("bin") || extension == QStringLiteral("gguf")) stageOne(name);
     }
 }
 
-void ModelsMove::bringOne(const QString& name) {
+void ModelsMove::stageOne(const QString& name) {
     const QString from = QDir(from_).filePath(name);
     const QString to = QDir(to_).filePath(name);
     if (exists(to)) return;
-    // Noted before it is done: what is in the note and in the new folder is ours.
-    brought_.append(name);
-    note_.write(lineOf(name));
-    const int refusal = giveSecondName(from, to);
+    // Written first: a file that is in the journal and in the new folder is then known to be ours.
+    staged_.append(name);
+    journal_.write(lineOf(name));
+    const int refusal = hardLink(from, to);
     if (refusal == EXDEV) {
         copyAcrossFileSystems(from, to);
     } else if (refusal != 0 && !exists(to)) {
@@ -132,16 +133,16 @@ void ModelsMove::bringOne(const QString& name) {
     }
 }
 
-void ModelsMove::finish() {
-    finished_ = true;
-    takeForward(brought_, from_, to_);
+void ModelsMove::commit() {
+    committed_ = true;
+    commitFiles(staged_, from_, to_);
 }
 
 void ModelsMove::recover() {
-    QFile note(noteFile());
-    if (!note.exists() || isClaimed(note.fileName()) || !note.open(QIODevice::ReadOnly)) return;
-    QByteArrayList lines = note.readAll().split('\n');
-    // What follows the last line end was not written to its end, and nothing of it was begun.
+    QFile journal(journalFile());
+    if (!journal.exists() || isClaimed(journal.fileName()) || !journal.open(QIODevice::ReadOnly)) return;
+    QByteArrayList lines = journal.readAll().split('\n');
+    // What follows the last line end was not written completely, so its file was not staged.
     lines.removeLast();
     if (lines.size() > 2) {
         const QString from = textOf(lines.takeFirst());
@@ -149,9 +150,9 @@ void ModelsMove::recover() {
         QStringList names;
         for (const QByteArray& line : lines) names.append(textOf(line));
         const bool adopted = QDir::cleanPath(Config::modelsDir()) == QDir::cleanPath(to);
-        (adopted ? takeForward : takeBack)(names, from, to);
+        (adopted ? commitFiles : rollback)(names, from, to);
     }
-    note.remove();
+    journal.remove();
 }
 
 }  // namespace parlivo

@@ -36,7 +36,7 @@ TierPicker::TierPicker(const QString& title, std::vector<ModelCatalog::Entry> ti
     column->setSpacing(2);
     column->addWidget(new Label(title, TextStyle::Body, primaryColour, this));
     for (const ModelCatalog::Entry& entry : tiers_) {
-        auto* row = new ChoiceRow(entry.label, entry.detail, primaryColour, this);
+        auto* row = new ChoiceRow(entry.label, entry.detail, {}, this);
         row->onChosen = [this, entry] { choose(entry); };
         column->addWidget(row);
         rows_.push_back(row);

@@ -18,8 +18,8 @@ using namespace Qt::StringLiterals;
 /// With the new folder adopted at once.
 void moveModels(const QString& from, const QString& to) {
     ModelsMove move(from, to);
-    move.bring();
-    move.finish();
+    move.stage();
+    move.commit();
 }
 
 /// Moves from one disk to another; TMPDIR is a small one here (8 MiB).
@@ -105,7 +105,7 @@ class KilledMoveTest : public ModelsMoveDiskTest {
 TEST_F(KilledMoveTest, InTheMiddleOfACopy) {
     write(from(u"a.gguf"_s), "piccolo");
     write(from(u"b.bin"_s), large);
-    killDuring([this] { ModelsMove(from_.path(), to_.path()).bring(); },
+    killDuring([this] { ModelsMove(from_.path(), to_.path()).stage(); },
                [this] { return QFileInfo(to(u"b.bin.parlivo-move"_s)).size() > 0; });
     EXPECT_EQ(files(from_.path()), both) << "the folder that is in force stays complete";
     recover(Adopted::No);
@@ -125,7 +125,7 @@ TEST_F(KilledMoveTest, BetweenBringingAndAdopting) {
         killDuring(
             [&] {
                 ModelsMove move(from_.path(), target);
-                move.bring();
+                move.stage();
                 while (true) pause();
             },
             [&] { return files(target) == both; });
@@ -144,7 +144,7 @@ TEST_F(KilledMoveTest, BetweenAdoptingAndFinishing) {
     killDuring(
         [&] {
             ModelsMove move(from_.path(), to_.path());
-            move.bring();
+            move.stage();
             while (true) pause();
         },
         [&] { return files(to_.path()).size() == 3; });
@@ -157,25 +157,25 @@ TEST_F(KilledMoveTest, BetweenAdoptingAndFinishing) {
 TEST_F(KilledMoveTest, AMoveOfALivingProgramIsLeftAlone) {
     write(from(u"a.gguf"_s), "a");
     ModelsMove move(from_.path(), to_.path());
-    move.bring();
+    move.stage();
     store(Settings::modelsDir, from_.path());
     ModelsMove::recover();
     EXPECT_EQ(files(to_.path()), QStringList(u"a.gguf"_s));
-    move.finish();
+    move.commit();
     EXPECT_EQ(files(from_.path()), QStringList());
 }
 
-TEST_F(ModelsMoveDiskTest, AMoveThatIsNotAdoptedIsTakenBack) {
+TEST_F(ModelsMoveDiskTest, AMoveThatIsNotAdoptedIsRolledBack) {
     write(from(u"a.gguf"_s), "a");
     write(from(u"b.bin"_s), "b");
     write(to(u"b.bin"_s), "sua");
-    ModelsMove(from_.path(), to_.path()).bring();
+    ModelsMove(from_.path(), to_.path()).stage();
     EXPECT_EQ(read(from(u"a.gguf"_s)) + read(from(u"b.bin"_s)), "ab");
     EXPECT_EQ(files(to_.path()), QStringList(u"b.bin"_s));
     EXPECT_EQ(read(to(u"b.bin"_s)), "sua");
 }
 
-TEST_F(ModelsMoveDiskTest, ANoteThatWasNotWrittenToItsEndTellsNothing) {
+TEST_F(ModelsMoveDiskTest, AJournalThatWasNotWrittenToItsEndIsIgnored) {
     write(from(u"a.gguf"_s), "a");
     write(to(u"a.gguf"_s), "b");
     const QByteArray folders = from_.path().toUtf8() + '\n' + to_.path().toUtf8();

@@ -12,8 +12,8 @@ namespace {
 /// With the new folder adopted at once.
 void moveModels(const QString& from, const QString& to) {
     ModelsMove move(from, to);
-    move.bring();
-    move.finish();
+    move.stage();
+    move.commit();
 }
 
 class ModelsMoveTest : public PlatformTest {

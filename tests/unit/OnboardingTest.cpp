@@ -47,6 +47,16 @@ class OnboardingTest : public WindowTest {
         }
         return names;
     }
+    /// As a user does who does not look where the focus is.
+    void pressWhereTheFocusIs() const {
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Enter}) {
+            QWidget* focus = window().focusWidget();
+            if (focus) {
+                EXPECT_TRUE(focus->isVisible()) << "the focus is on a hidden control";
+            }
+            QTest::keyClick(focus ? focus : &window(), key);
+        }
+    }
     void expectWords(const QStringList& expected) const { EXPECT_EQ(words(window()), expected); }
 
     ScriptedFetch fetch;
@@ -69,9 +79,11 @@ TEST_F(OnboardingTest, ItIsCreamWithTextInInk) {
     controller.show();
     EXPECT_EQ(window().palette().color(QPalette::Window), QColor(244, 240, 231));
     EXPECT_EQ(window().grab().toImage().pixelColor(20, 20), QColor(244, 240, 231));
-    for (const auto* label : window().findChildren<QLabel*>()) {
-        if (!label->text().isEmpty()) {
-            EXPECT_EQ(label->palette().color(QPalette::WindowText), QColor(56, 50, 43));
+    for (int page = 0; page < stepCount; ++page) {
+        goTo(static_cast<Step>(page));
+        for (const auto* label : window().findChildren<QLabel*>()) {
+            EXPECT_EQ(label->palette().color(QPalette::WindowText), QColor(56, 50, 43))
+                << page << label->text().toStdString();
         }
     }
 }
@@ -251,6 +263,25 @@ TEST_F(OnboardingTest, ReturnDoesNotLeaveARunningDownload) {
     goTo(Step::download);
     QTest::keyClick(&window(), Qt::Key_Return);
     EXPECT_EQ(step(), Step::download);
+}
+
+TEST_F(OnboardingTest, KeysDoNotStartARunningDownloadAgain) {
+    goTo(Step::download);
+    pressWhereTheFocusIs();
+    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
+    fetch.progress(0.55, 480'000'000, 874'188'075);
+    pressWhereTheFocusIs();
+    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
+    EXPECT_TRUE(shows(window(), u"55%  ·  457 / 833 MB"_s)) << words(window()).join(u'|').toStdString();
+}
+
+TEST_F(OnboardingTest, KeysDoNotStartASecondAttemptAgain) {
+    goTo(Step::download);
+    fetch.fail(u"rete"_s);
+    EXPECT_EQ(window().focusWidget(), button(window(), u"Riprova"_s));
+    click(window(), u"Riprova"_s);
+    pressWhereTheFocusIs();
+    EXPECT_EQ(fetch.started, QStringList({u"best"_s, u"best"_s})) << "the failed one and the second attempt";
 }
 
 TEST_F(OnboardingTest, AFailureOffersToTryAgainAndSkipsWhatIsThere) {

@@ -1,12 +1,10 @@
-#include "settings/Config.h"
-#include "ui/onboarding/OnboardingPages.h"
-#include "ui/onboarding/OnboardingView.h"
+#include "ui/onboarding/OnboardingDownloads.h"
 
-#include <QPushButton>
+#include "settings/Config.h"
 
 #include <algorithm>
+#include <utility>
 
-// The page of the first run that downloads the chosen models, one after the other.
 namespace parlivo {
 
 using namespace Qt::StringLiterals;
@@ -25,64 +23,57 @@ std::vector<ModelCatalog::Entry> missingModels() {
 
 }  // namespace
 
-QWidget* OnboardingView::makeDownloadPage() {
-    downloadPage_ = new DownloadPage([this] { startDownloads(); }, this);
-    return downloadPage_;
-}
+OnboardingDownloads::OnboardingDownloads(ModelFetch fetchModel, std::function<void()> onChange)
+    : fetchModel_(std::move(fetchModel)), onChange_(std::move(onChange)) {}
 
-void OnboardingView::startDownloads() {
-    downloads_.downloadError.reset();
+void OnboardingDownloads::startDownloads() {
+    if (state_.downloading) return;
+    state_.downloadError.reset();
     const auto queue = missingModels();
     if (queue.empty()) {
-        downloads_.downloadsDone = true;
+        state_.downloadsDone = true;
     } else {
-        downloads_.downloading = true;
+        state_.downloading = true;
         runQueue(queue, 0);
     }
-    showDownloads();
+    onChange_();
 }
 
-void OnboardingView::runQueue(const std::vector<ModelCatalog::Entry>& queue, std::size_t index) {
+void OnboardingDownloads::runQueue(const Queue& queue, std::size_t index) {
     if (index >= queue.size()) {
-        downloads_.downloading = false;
-        downloads_.downloadsDone = true;
-        showDownloads();
+        state_.downloading = false;
+        state_.downloadsDone = true;
+        onChange_();
         return;
     }
     const ModelCatalog::Entry& entry = queue[index];
-    downloads_.downloadLabel =
+    state_.downloadLabel =
         u"%1 di %2: "_s.arg(index + 1).arg(queue.size()) + entry.label + u" — "_s + entry.fileName;
-    downloads_.progress = 0;
-    downloads_.received = 0;
-    downloads_.total = std::max<qint64>(entry.expectedSize, 1);
-    showDownloads();
+    state_.progress = 0;
+    state_.received = 0;
+    state_.total = std::max<qint64>(entry.expectedSize, 1);
+    onChange_();
     downloader_ = fetchModel_(
         entry,
         {.onProgress =
              [this](double fraction, qint64 written, qint64 total) {
-                 downloads_.progress = fraction;
-                 downloads_.received = written;
-                 downloads_.total = total;
-                 showDownloads();
+                 state_.progress = fraction;
+                 state_.received = written;
+                 state_.total = total;
+                 onChange_();
              },
          .onCompletion = [this, queue, index](const auto& error) { downloadEnded(error, queue, index); }});
 }
 
-void OnboardingView::downloadEnded(const std::optional<Error>& error,
-                                   const std::vector<ModelCatalog::Entry>& queue, std::size_t index) {
+void OnboardingDownloads::downloadEnded(const std::optional<Error>& error, const Queue& queue,
+                                        std::size_t index) {
     if (error) {
-        downloads_.downloading = false;
-        downloads_.downloadError = error->localizedDescription();
-        showDownloads();
+        state_.downloading = false;
+        state_.downloadError = error->localizedDescription();
+        onChange_();
         return;
     }
     runQueue(queue, index + 1);
-}
-
-void OnboardingView::showDownloads() {
-    if (downloadPage_) downloadPage_->show(downloads_);
-    updateFooter();
-    if (downloads_.downloadsDone) main_->setFocus();
 }
 
 }  // namespace parlivo

@@ -4,8 +4,13 @@
 #include "settings/Config.h"
 #include "support/Clock.h"
 #include "support/MainQueue.h"
-#include "ui/onboarding/OnboardingPages.h"
+#include "ui/onboarding/DownloadPage.h"
+#include "ui/onboarding/FolderPage.h"
 #include "ui/onboarding/OnboardingWindow.h"
+#include "ui/onboarding/PermissionPage.h"
+#include "ui/onboarding/QualityPage.h"
+#include "ui/onboarding/StepDots.h"
+#include "ui/onboarding/TextPages.h"
 #include "ui/views/Dialogs.h"
 #include "ui/views/Form.h"
 
@@ -37,11 +42,11 @@ bool isAccessibilityTrusted() {
 OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchModel, QWidget* parent)
     : QWidget(parent),
       onDone_(std::move(onDone)),
-      fetchModel_(std::move(fetchModel)),
       modelsPath_(Config::modelsDir()),
       asrChoice_(Config::get(Settings::asrTier)),
       // Whatever is stored: the first run proposes the full cleanup.
       cleanupChoice_(u"full"_s),
+      downloads_(std::move(fetchModel), [this] { showDownloads(); }),
       micGranted_(isMicrophoneAuthorised()),
       axGranted_(isAccessibilityTrusted()),
       column_(new QVBoxLayout(this)) {
@@ -83,7 +88,7 @@ void OnboardingView::showStep() {
     page_->show();
     updateFooter();
     main_->setFocus();
-    if (step_ == Step::download) startDownloads();
+    if (step_ == Step::download) downloads_.startDownloads();
 }
 
 QWidget* OnboardingView::makePage() {
@@ -118,6 +123,11 @@ QWidget* OnboardingView::makeQualityPage() {
     page->section(u"PULIZIA AI (consigliata)"_s, ModelCatalog::cleanupTiers(), cleanupChoice_,
                   [this](const QString& id) { cleanupChoice_ = id; });
     return page;
+}
+
+QWidget* OnboardingView::makeDownloadPage() {
+    downloadPage_ = new DownloadPage([this] { downloads_.startDownloads(); }, this);
+    return downloadPage_;
 }
 
 QWidget* OnboardingView::makeMicrophonePage() {
@@ -174,7 +184,13 @@ void OnboardingView::updateFooter() {
     dots_->setStep(step_);
     skip_->setVisible(step_ == Step::microphone || step_ == Step::accessibility);
     main_->setText(step_ == Step::ready ? u"Inizia a dettare"_s : u"Continua"_s);
-    main_->setEnabled(step_ != Step::download || downloads_.downloadsDone);
+    main_->setEnabled(step_ != Step::download || downloads_.state().downloadsDone);
+}
+
+void OnboardingView::showDownloads() {
+    if (downloadPage_) downloadPage_->show(downloads_.state());
+    updateFooter();
+    if (downloads_.state().downloadsDone) main_->setFocus();
 }
 
 void OnboardingView::pickFolder() {

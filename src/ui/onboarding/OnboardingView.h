@@ -1,17 +1,14 @@
 #pragma once
 
-#include "models/ModelCatalog.h"
 #include "support/Lifetime.h"
-#include "ui/ModelFetch.h"
+#include "ui/onboarding/OnboardingDownloads.h"
+#include "ui/onboarding/Step.h"
 
 #include <QString>
 #include <QTimer>
 #include <QWidget>
 
 #include <functional>
-#include <memory>
-#include <optional>
-#include <vector>
 
 class QPushButton;
 class QVBoxLayout;
@@ -22,22 +19,8 @@ class DownloadPage;
 class PermissionPage;
 class StepDots;
 
-/// The pages of the first run, in their order.
-enum class Step { welcome, folder, quality, download, microphone, accessibility, ready };
-inline constexpr int stepCount = 7;
-
-/// Where the downloads of the first run stand.
-struct DownloadState {
-    bool downloading = false;
-    QString downloadLabel;
-    double progress = 0;  ///< of the current file, 0 to 1
-    qint64 received = 0;  ///< bytes of the current file
-    qint64 total = 1;
-    std::optional<QString> downloadError;
-    bool downloadsDone = false;
-};
-
 /// The first run: seven pages, forwards only. Settings are stored on leaving the page that asks for them.
+/// Main thread.
 class OnboardingView : public QWidget {
   public:
     OnboardingView(std::function<void()> onDone, ModelFetch fetchModel, QWidget* parent = nullptr);
@@ -57,22 +40,16 @@ class OnboardingView : public QWidget {
     void updateFooter();
 
     void pickFolder();
-    void startDownloads();
-    void runQueue(const std::vector<ModelCatalog::Entry>& queue, std::size_t index);
-    void downloadEnded(const std::optional<Error>& error, const std::vector<ModelCatalog::Entry>& queue,
-                       std::size_t index);
     void showDownloads();
     void askForMicrophone();
     void lookForAccessibility();
 
     const std::function<void()> onDone_;
-    const ModelFetch fetchModel_;
     Step step_ = Step::welcome;
     QString modelsPath_;
     QString asrChoice_;
     QString cleanupChoice_;
-    DownloadState downloads_;
-    std::shared_ptr<void> downloader_;
+    OnboardingDownloads downloads_;
     bool micGranted_;
     bool axGranted_;
     QTimer axTimer_;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/Lifetime.h"
-#include "ui/settings/SettingsWindowController.h"
+#include "ui/settings/SettingsActions.h"
 #include "ui/views/Form.h"
 
 #include <QByteArray>

@@ -1,17 +1,13 @@
 #include "ui/settings/GeneralTab.h"
 
-#include "models/ModelsMove.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
-#include "support/Clock.h"
 #include "support/Error.h"
-#include "support/MainQueue.h"
 #include "ui/views/Dialogs.h"
 
 #include <QDir>
-
-#include <memory>
+#include <QPointer>
 
 namespace parlivo {
 
@@ -61,26 +57,17 @@ void GeneralTab::addModelsFolder(Form& form) {
 }
 
 void GeneralTab::pickModelsFolder() {
-    const QString previous = Config::modelsDir();
-    const auto folder = Dialogs::current().chooseFolder(previous, u"Usa questa cartella"_s);
+    const auto folder = Dialogs::current().chooseFolder(Config::modelsDir(), u"Usa questa cartella"_s);
     if (!folder) return;
     QDir().mkpath(*folder);
     changeButton_->setEnabled(false);
-    // Gigabytes on their way to another disk must not freeze the window.
-    moves_.async([this, alive = lifetime_.token(), previous, chosen = *folder] {
-        const auto move = std::make_shared<ModelsMove>(previous, chosen);
-        move->bring();
-        if (Clock::interrupted()) return;
-        MainQueue::async(alive, [this, chosen, move] {
-            adoptModelsFolder(chosen);
-            moves_.async([move] { move->finish(); });
-        });
+    actions_.moveModels(*folder, [tab = QPointer(this)] {
+        if (tab) tab->modelsFolderAdopted();
     });
 }
 
-void GeneralTab::adoptModelsFolder(const QString& folder) {
-    Config::set(Settings::modelsDir, folder);
-    showModelsPath(folder);
+void GeneralTab::modelsFolderAdopted() {
+    showModelsPath(Config::modelsDir());
     changeButton_->setEnabled(true);
     actions_.stopTranscriber();
     actions_.stopCleaner();

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "support/Lifetime.h"
-#include "support/SerialQueue.h"
-#include "ui/settings/SettingsWindowController.h"
+#include "ui/settings/SettingsActions.h"
 #include "ui/views/Form.h"
 
 namespace parlivo {
@@ -16,16 +14,13 @@ class GeneralTab : public FormPage {
     void setLaunchAtLogin(bool wanted);
     void addModelsFolder(Form& form);
     void pickModelsFolder();
-    void adoptModelsFolder(const QString& folder);
+    void modelsFolderAdopted();
     void showModelsPath(const QString& path);
 
     const SettingsActions actions_;
     bool launchAtLogin_;
     Label* modelsPath_ = nullptr;
     QPushButton* changeButton_ = nullptr;
-    Lifetime lifetime_;
-    /// Last: a move that still runs is waited for before anything else goes.
-    SerialQueue moves_{QStringLiteral("parlivo.models")};
 };
 
 }  // namespace parlivo

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/settings/SettingsWindowController.h"
+#include "ui/settings/SettingsActions.h"
 
 #include <QTabWidget>
 

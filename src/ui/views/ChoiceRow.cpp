@@ -21,9 +21,8 @@ constexpr double cornerRadius = 6;
 
 }  // namespace
 
-ChoiceRow::ChoiceRow(const QString& label, const QString& detail, PaletteColour unselectedColour,
-                     QWidget* parent)
-    : QRadioButton(parent), unselectedColour_(std::move(unselectedColour)), line_(new QHBoxLayout(this)) {
+ChoiceRow::ChoiceRow(const QString& label, const QString& detail, Colours colours, QWidget* parent)
+    : QRadioButton(parent), circleColour_(std::move(colours.circle)), line_(new QHBoxLayout(this)) {
     setAccessibleName(label);
     setAccessibleDescription(detail);
     setAttribute(Qt::WA_Hover);
@@ -32,11 +31,11 @@ ChoiceRow::ChoiceRow(const QString& label, const QString& detail, PaletteColour 
     auto* words = new QVBoxLayout;
     words->setSpacing(0);
     for (QLabel* part : {new Label(label, TextStyle::Body, primaryColour, this),
-                         new Label(detail, TextStyle::Caption, secondaryColour, this)}) {
+                         new Label(detail, TextStyle::Caption, std::move(colours.detail), this)}) {
         part->setAttribute(Qt::WA_TransparentForMouseEvents);
         words->addWidget(part);
     }
-    circle_ = new SymbolView(u"circle"_s, circleSize, unselectedColour_, this);
+    circle_ = new SymbolView(u"circle"_s, circleSize, circleColour_, this);
     line_->setContentsMargins(6, 2, 6, 2);
     line_->setSpacing(10);
     line_->addWidget(circle_);
@@ -71,7 +70,7 @@ void ChoiceRow::showSelection(bool selected) {
     if (selected) {
         circle_->setSymbol(u"largecircle.fill.circle"_s, primaryColour);
     } else {
-        circle_->setSymbol(u"circle"_s, unselectedColour_);
+        circle_->setSymbol(u"circle"_s, circleColour_);
     }
 }
 

@@ -11,20 +11,23 @@ class QHBoxLayout;
 
 namespace parlivo {
 
-/// One choice of several, in words of two sizes; the whole row reacts. To a screen reader and to the keyboard
+/// One choice of several, in texts of two sizes; the whole row reacts. To a screen reader and to the keyboard
 /// it is a radio button named by its label.
 class ChoiceRow : public QRadioButton {
   public:
-    /// What the leading circle is drawn in while the row is not chosen; chosen, it is in the primary colour.
-    ChoiceRow(const QString& label, const QString& detail, PaletteColour unselectedColour,
-              QWidget* parent = nullptr);
+    /// Where they differ from the primary colour.
+    struct Colours {
+        PaletteColour circle = primaryColour;  ///< of the leading circle while the row is not chosen
+        PaletteColour detail = secondaryColour;
+    };
+    ChoiceRow(const QString& label, const QString& detail, Colours colours, QWidget* parent = nullptr);
 
     /// Called on every choice by the user, by whatever means, even of what is chosen already.
     std::function<void()> onChosen;
     /// Shows the row as chosen or not; no choice by the user.
     void setSelected(bool selected);
 
-    /// Puts a widget at the end of the row, in place of the one there. Nothing clears it.
+    /// Puts a widget at the end of the row, in place of the one there; nullptr clears it.
     void setTrailing(QWidget* trailing);
     QWidget* trailing() const { return trailing_; }
 
@@ -40,7 +43,7 @@ class ChoiceRow : public QRadioButton {
     void toggledTo(bool selected);
     void clickedOn();
 
-    PaletteColour unselectedColour_;
+    const PaletteColour circleColour_;
     SymbolView* circle_;
     QHBoxLayout* line_;
     QWidget* trailing_ = nullptr;

@@ -128,8 +128,4 @@ QWidget& Form::row(std::initializer_list<QWidget*> widgets) {
     return add(line);
 }
 
-void Form::space() {
-    column_->addStretch(1);
-}
-
 }  // namespace parlivo

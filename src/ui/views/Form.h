@@ -58,10 +58,6 @@ class Form {
     }
     /// Widgets side by side; the first takes the room that is left.
     QWidget& row(std::initializer_list<QWidget*> widgets);
-    /// What follows moves to the bottom.
-    void space();
-
-    QWidget& host() { return host_; }
 
   private:
     void addWidget(QWidget* widget);

@@ -1,6 +1,5 @@
-// The pipeline step of a dictation: everything slow between the recording's end and the text at the cursor.
+#include "app/PipelineStep.h"
 
-#include "app/AppDelegate.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
@@ -12,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <utility>
 
 namespace parlivo {
@@ -40,7 +38,10 @@ void logTranscript(const QString& raw) {
 
 }  // namespace
 
-bool AppDelegate::isBlankMarker(const QString& transcript) {
+PipelineStep::PipelineStep(const Collaborators& collaborators, Observer observer)
+    : collaborators_(collaborators), observer_(std::move(observer)) {}
+
+bool PipelineStep::isBlankMarker(const QString& transcript) {
     static const std::array markers{
         QStringLiteral("[blank_audio]"),
         QStringLiteral("[silenzio]"),
@@ -55,34 +56,35 @@ bool AppDelegate::isBlankMarker(const QString& transcript) {
                        [&](const QString& marker) { return lower.contains(marker); });
 }
 
-void AppDelegate::onMain(std::function<void()> job) {
+void PipelineStep::onMain(std::function<void()> job) {
     MainQueue::async(lifetime_.token(), std::move(job));
 }
 
-void AppDelegate::process(ScopedFile& recording) {
+void PipelineStep::run(ScopedFile& recording) {
     try {
         deliver(transcribe(recording));
     } catch (const Error& error) {
-        fail(error);
+        Log::info(QStringLiteral("ERRORE pipeline: ") + error.localizedDescription());
+        fail(error.localizedDescription());
     }
 }
 
-QString AppDelegate::transcribe(ScopedFile& recording) {
-    const ScopedFile wav(ask_.convert(recording.path()));
+QString PipelineStep::transcribe(ScopedFile& recording) {
+    const ScopedFile wav(collaborators_.convert(recording.path()));
     // The voice is kept no longer than it takes to convert it.
     recording.remove();
     Log::info(QStringLiteral("audio convertito: %1 byte").arg(QFileInfo(wav.path()).size()));
-    return ask_.transcribe(wav.path());
+    return collaborators_.transcribe(wav.path());
 }
 
-void AppDelegate::deliver(const QString& raw) {
+void PipelineStep::deliver(const QString& raw) {
     logTranscript(raw);
     if (raw.isEmpty() || isBlankMarker(raw)) {
-        giveUp(QStringLiteral("Non ho sentito nulla — controlla il microfono nel menu"));
+        fail(QStringLiteral("Non ho sentito nulla — controlla il microfono nel menu"));
         return;
     }
-    onMain([this] { setState(State::cleaning); });
-    const QString text = ask_.clean(raw);
+    onMain(observer_.onCleaning);
+    const QString text = collaborators_.clean(raw);
     if (debugMode()) Log::info(QStringLiteral("testo pulito: ") + quoted(text));
     if (Platform::current().permissions().accessibilityTrusted(Permissions::Prompt::No)) {
         inject(text);
@@ -91,50 +93,28 @@ void AppDelegate::deliver(const QString& raw) {
     }
 }
 
-void AppDelegate::copyInsteadOfTyping(const QString& text) {
+void PipelineStep::copyInsteadOfTyping(const QString& text) {
     Log::info(QStringLiteral("iniezione SALTATA: permesso accessibilità mancante"));
     onMain([text] { Platform::current().pasteboard().setText(text, Pasteboard::History::Keep); });
-    giveUp(QStringLiteral("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
+    fail(QStringLiteral("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
     onMain([] { Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility); });
 }
 
-void AppDelegate::inject(const QString& text) {
-    onMain([this] {
-        setState(State::typing);
-        overlay_.hide();
-    });
+void PipelineStep::inject(const QString& text) {
+    onMain(observer_.onTyping);
     const qsizetype characters = Text::countCharacters(text);
     const TypingSpeed speed = Config::get(Settings::typingSpeed);
     if (speed == TypingSpeed::Instant || characters > typingCeiling) {
-        ask_.paste(text);
+        collaborators_.paste(text);
     } else {
-        ask_.typeText(text);
+        collaborators_.typeText(text);
     }
     Log::info(QStringLiteral("iniezione completata (%1 caratteri)").arg(characters));
-    onMain([this] {
-        setState(State::idle);
-        countDictation();
-        ask_.maybePromptForFeedback();
-    });
+    onMain(observer_.onDone);
 }
 
-void AppDelegate::fail(const Error& error) {
-    Log::info(QStringLiteral("ERRORE pipeline: ") + error.localizedDescription());
-    giveUp(error.localizedDescription());
-}
-
-void AppDelegate::giveUp(const QString& message) {
-    onMain([this, message] {
-        setState(State::idle);
-        overlay_.hide();
-        showError(message);
-    });
-}
-
-void AppDelegate::countDictation() {
-    const qint64 count = Config::get(Settings::dictationCount);
-    if (count == std::numeric_limits<qint64>::max()) qFatal("dictationCount overflow");
-    Config::set(Settings::dictationCount, count + 1);
+void PipelineStep::fail(const QString& message) {
+    onMain([this, message] { observer_.onFailure(message); });
 }
 
 }  // namespace parlivo

@@ -1,0 +1,27 @@
+#include "models/ModelsMover.h"
+
+#include "models/ModelsMove.h"
+#include "settings/Config.h"
+#include "support/Clock.h"
+#include "support/MainQueue.h"
+
+#include <memory>
+#include <utility>
+
+namespace parlivo {
+
+void ModelsMover::move(const QString& to, std::function<void()> onAdopted) {
+    const QString from = Config::modelsDir();
+    queue_.async([this, alive = lifetime_.token(), from, to, onAdopted = std::move(onAdopted)] {
+        const auto move = std::make_shared<ModelsMove>(from, to);
+        move->stage();
+        if (Clock::interrupted()) return;
+        MainQueue::async(alive, [this, to, move, onAdopted] {
+            Config::set(Settings::modelsDir, to);
+            onAdopted();
+            queue_.async([move] { move->commit(); });
+        });
+    });
+}
+
+}  // namespace parlivo

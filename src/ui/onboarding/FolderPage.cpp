@@ -1,0 +1,39 @@
+#include "ui/onboarding/FolderPage.h"
+
+#include "ui/onboarding/InkColour.h"
+#include "ui/views/Form.h"
+#include "ui/views/SymbolView.h"
+
+#include <QHBoxLayout>
+
+namespace parlivo {
+
+using namespace Qt::StringLiterals;
+
+FolderPage::FolderPage(const QString& path, const std::function<void()>& pick, QWidget* parent)
+    : CentredPage(parent) {
+    title(u"Dove salvo i modelli AI?"_s);
+    text(
+        u"I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono scaricati una "
+        u"volta "
+        "sola in questa cartella."_s);
+    auto* line = new QWidget(this);
+    auto* row = new QHBoxLayout(line);
+    row->setContentsMargins(0, 8, 0, 8);
+    row->setSpacing(10);
+    path_ = new Label(path, TextStyle::Body, inkColour, line);
+    row->addWidget(new SymbolView(u"folder.fill"_s, 22, inkColour, line));
+    row->addWidget(path_, 1);
+    row->addWidget(makeButton(u"Cambia…"_s, pick, line));
+    add(line);
+    Label& note = text(u"La posizione predefinita va benissimo per la maggior parte delle persone."_s);
+    note.setFont(textFont(TextStyle::Caption));
+    showPath(path);
+}
+
+void FolderPage::showPath(const QString& path) {
+    path_->setText(path);
+    path_->setToolTip(path);
+}
+
+}  // namespace parlivo

@@ -1,0 +1,21 @@
+#include "ui/onboarding/InkColour.h"
+
+#include "ui/views/Labels.h"
+
+namespace parlivo {
+
+namespace {
+constexpr float paleOpacity = 0.35F;
+}  // namespace
+
+QColor inkColour(const QPalette& palette) {
+    return primaryColour(palette);
+}
+
+QColor paleInkColour(const QPalette& palette) {
+    QColor colour = inkColour(palette);
+    colour.setAlphaF(paleOpacity);
+    return colour;
+}
+
+}  // namespace parlivo

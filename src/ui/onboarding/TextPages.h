@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QWidget>
+
+namespace parlivo {
+
+/// The first and the last page, which only tell something. `parent` owns them.
+QWidget* makeWelcomePage(QWidget* parent);
+QWidget* makeReadyPage(QWidget* parent);
+
+}  // namespace parlivo
