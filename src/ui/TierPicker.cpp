@@ -91,7 +91,9 @@ void TierPicker::refresh() {
 
 QWidget* TierPicker::trailingOf(const ModelCatalog::Entry& entry, bool selected) {
     if (ModelCatalog::isDownloaded(entry)) {
-        return new SymbolView(u"checkmark.circle.fill"_s, checkSize, successColour, this);
+        auto* tick = new SymbolView(u"checkmark.circle.fill"_s, checkSize, successColour, this);
+        tick->setAccessibleName(u"Scaricato"_s);
+        return tick;
     }
     if (!selected) return nullptr;
     if (downloading_ == entry.id) return makeBar();

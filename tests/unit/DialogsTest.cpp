@@ -1,6 +1,7 @@
 #include "ui/views/Dialogs.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
@@ -45,6 +46,16 @@ TEST(DialogsTest, AShortTextIsShownAsItIs) {
     show(u"Qualcosa che è cambiato"_s, [](const QMessageBox& box) {
         EXPECT_EQ(box.findChild<QScrollArea*>(), nullptr);
         EXPECT_EQ(box.informativeText(), u"Qualcosa che è cambiato"_s);
+    });
+}
+
+TEST(DialogsTest, WhatLooksLikeMarkupIsShownAsItIsWritten) {
+    show(u"<b>grassetto</b><img src=\"x\"> &amp; altro"_s, [](const QMessageBox& box) {
+        EXPECT_EQ(box.textFormat(), Qt::PlainText);
+        const auto* text = box.findChild<QLabel*>(u"qt_msgbox_informativelabel"_s);
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(text->textFormat(), Qt::PlainText);
+        EXPECT_EQ(text->text(), u"<b>grassetto</b><img src=\"x\"> &amp; altro"_s);
     });
 }
 

@@ -88,6 +88,7 @@ TEST_F(TierPickerTest, WhatIsThereBearsACheckChosenOrNot) {
     picker.show();
     EXPECT_EQ(trailing(u"Precisa"_s), u"checkmark.circle.fill"_s);
     EXPECT_EQ(trailing(u"Veloce"_s), u"checkmark.circle.fill"_s);
+    EXPECT_EQ(row(u"Precisa"_s)->trailing()->accessibleName(), u"Scaricato"_s) << "for screen readers";
 }
 
 TEST_F(TierPickerTest, TheTierWithoutAFileIsAlwaysThere) {

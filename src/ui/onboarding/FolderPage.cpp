@@ -3,6 +3,7 @@
 #include "ui/onboarding/InkColour.h"
 #include "ui/views/Form.h"
 #include "ui/views/SymbolView.h"
+#include "ui/views/Windows.h"
 
 #include <QHBoxLayout>
 
@@ -33,7 +34,7 @@ FolderPage::FolderPage(const QString& path, const std::function<void()>& pick, Q
 
 void FolderPage::showPath(const QString& path) {
     path_->setText(path);
-    path_->setToolTip(path);
+    setPlainToolTip(*path_, path);
 }
 
 }  // namespace parlivo

@@ -3,8 +3,6 @@
 #include "settings/Config.h"
 #include "ui/views/Form.h"
 
-#include <QFontDatabase>
-
 namespace parlivo {
 
 using namespace Qt::StringLiterals;
@@ -17,9 +15,7 @@ DictionaryTab::DictionaryTab(QWidget* parent) : QWidget(parent) {
         u"persone, "
         "aziende, sigle del tuo lavoro)."_s);
     auto& dictionary = form.add(new TextEditor(u"Dizionario"_s, bindingTo(Settings::dictionary), this));
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPointSizeF(textFont(TextStyle::Body).pointSizeF());
-    dictionary.setFont(font);
+    dictionary.setFont(monospacedFont(TextStyle::Body));
 }
 
 }  // namespace parlivo

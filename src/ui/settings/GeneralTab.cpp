@@ -5,6 +5,7 @@
 #include "settings/Log.h"
 #include "support/Error.h"
 #include "ui/views/Dialogs.h"
+#include "ui/views/Windows.h"
 
 #include <QDir>
 #include <QPointer>
@@ -75,7 +76,7 @@ void GeneralTab::modelsFolderAdopted() {
 
 void GeneralTab::showModelsPath(const QString& path) {
     modelsPath_->setText(path);
-    modelsPath_->setToolTip(path);
+    setPlainToolTip(*modelsPath_, path);
 }
 
 }  // namespace parlivo

@@ -31,11 +31,16 @@ class DesktopDialogs : public Dialogs {
     std::optional<QString> chooseFolder(const QString& startingIn, const QString& prompt) override;
 };
 
+/// The label of the informative text, for which QMessageBox has no settings; nullptr without such a text.
+QLabel* informativeLabel(const QMessageBox& box) {
+    return box.findChild<QLabel*>(u"qt_msgbox_informativelabel"_s);
+}
+
 /// A long text scrolls: the buttons below it must stay on the screen.
 void limitHeight(QMessageBox& box) {
-    auto* text = box.findChild<QLabel*>(u"qt_msgbox_informativelabel"_s);
+    QLabel* text = informativeLabel(box);
     const int limit = box.screen()->availableSize().height() / 2;
-    if (text == nullptr || text->sizeHint().height() <= limit) return;
+    if (!text || text->sizeHint().height() <= limit) return;
     auto* area = new QScrollArea(&box);
     const std::unique_ptr<QLayoutItem> former(box.layout()->replaceWidget(text, area));
     area->setMinimumSize(
@@ -50,6 +55,7 @@ int DesktopDialogs::ask(const Alert& alert) {
     QMessageBox box(QMessageBox::Information, u"Parlivo"_s, alert.message);
     box.setTextFormat(Qt::PlainText);
     box.setInformativeText(alert.informativeText);
+    if (QLabel* text = informativeLabel(box)) text->setTextFormat(Qt::PlainText);
     QList<QPushButton*> buttons;
     for (const QString& label : alert.buttons) {
         buttons.append(

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QFontDatabase>
 
 #include <utility>
 
@@ -32,6 +33,16 @@ double scaleOf(TextStyle style) {
     return 1.0;
 }
 
+/// A desktop states the size of its font in points or in pixels.
+void setSize(QFont& font, TextStyle style) {
+    const QFont desktop = QApplication::font();
+    if (desktop.pointSizeF() > 0) {
+        font.setPointSizeF(desktop.pointSizeF() * scaleOf(style));
+    } else {
+        font.setPixelSize(qRound(desktop.pixelSize() * scaleOf(style)));
+    }
+}
+
 Background background(const QPalette& palette) {
     return isDark(palette) ? Background::Dark : Background::Light;
 }
@@ -40,13 +51,14 @@ Background background(const QPalette& palette) {
 
 QFont textFont(TextStyle style) {
     QFont font = QApplication::font();
-    // A font is sized in points or in pixels, whichever the desktop states.
-    if (font.pointSizeF() > 0) {
-        font.setPointSizeF(font.pointSizeF() * scaleOf(style));
-    } else {
-        font.setPixelSize(qRound(font.pixelSize() * scaleOf(style)));
-    }
+    setSize(font, style);
     if (style == TextStyle::Title || style == TextStyle::Headline) font.setWeight(QFont::DemiBold);
+    return font;
+}
+
+QFont monospacedFont(TextStyle style) {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    setSize(font, style);
     return font;
 }
 

@@ -13,6 +13,8 @@ namespace parlivo {
 /// What a text is for; decides its size and weight, all relative to the desktop's own font.
 enum class TextStyle { Title, Headline, Lead, Body, Caption };
 QFont textFont(TextStyle style);
+/// The desktop's monospaced font in the size of that style.
+QFont monospacedFont(TextStyle style);
 
 /// A colour that depends on the surroundings, such as the desktop's dark palette.
 using PaletteColour = std::function<QColor(const QPalette&)>;

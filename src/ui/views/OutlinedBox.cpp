@@ -2,7 +2,6 @@
 
 #include "ui/views/Labels.h"
 
-#include <QEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
@@ -11,7 +10,7 @@ namespace parlivo {
 namespace {
 
 constexpr double cornerRadius = 6;
-constexpr float outlineStrength = 0.3F;
+constexpr float outlineOpacity = 0.3F;
 
 }  // namespace
 
@@ -21,21 +20,12 @@ OutlinedBox::OutlinedBox(QWidget* parent) : QWidget(parent) {
 }
 
 void OutlinedBox::fill(QWidget* content) {
-    content_ = content;
     layout()->addWidget(content);
-    content->installEventFilter(this);
-}
-
-/// The outline shows where the keyboard is.
-bool OutlinedBox::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) update();
-    return QWidget::eventFilter(watched, event);
 }
 
 void OutlinedBox::paintEvent(QPaintEvent*) {
-    QColor outline = primaryColour(palette());
-    outline.setAlphaF(outlineStrength);
-    if (content_ && content_->hasFocus()) outline = palette().color(QPalette::Highlight);
+    QColor outline = secondaryColour(palette());
+    outline.setAlphaF(outline.alphaF() * outlineOpacity);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(outline, 1));

@@ -1,6 +1,8 @@
 #include "ui/views/Windows.h"
 
 #include <QScreen>
+#include <QString>
+#include <QTextDocument>
 #include <QWidget>
 
 namespace parlivo {
@@ -10,6 +12,10 @@ void bringToFront(QWidget& window) {
     window.show();
     window.raise();
     window.activateWindow();
+}
+
+void setPlainToolTip(QWidget& widget, const QString& text) {
+    widget.setToolTip(Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text);
 }
 
 void centreOnScreen(QWidget& window) {
