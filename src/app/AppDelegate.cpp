@@ -141,7 +141,7 @@ void AppDelegate::startRecording() {
     try {
         recorder_.start();
     } catch (const Error& error) {
-        showError(QStringLiteral("Impossibile avviare la registrazione: ") + error.localizedDescription());
+        showError(tr("Impossibile avviare la registrazione: %1").arg(error.localizedDescription()));
         return;
     }
     setState(State::recording);

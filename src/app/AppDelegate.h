@@ -20,6 +20,8 @@ namespace parlivo {
 /// The application: owns the state machine of a dictation, the status item and every collaborator. Main
 /// thread; the pipeline step runs on the pipeline queue and reports on the main thread.
 class AppDelegate : public QObject {
+    Q_OBJECT
+
   public:
     /// `now` is the recorder's clock.
     explicit AppDelegate(Collaborators collaborators = Collaborators::real(),

@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <array>
 
@@ -7,19 +9,28 @@ namespace parlivo {
 
 namespace {
 
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::CommandLine)
+};
+
 struct Option {
     const char16_t* name;
     RemoteCommand command;
-    const char16_t* meaning;
+    const char* meaning;
 };
 
 constexpr std::array options{
-    Option{u"--press", RemoteCommand::Press, u"come premere la scorciatoia"},
-    Option{u"--release", RemoteCommand::Release, u"come rilasciarla"},
-    Option{u"--toggle", RemoteCommand::Toggle, u"inizia a registrare, oppure ferma e scrive"},
-    Option{u"--settings", RemoteCommand::ShowSettings, u"apre le impostazioni"},
-    Option{u"--feedback", RemoteCommand::ShowFeedback, u"apre la finestra del feedback"},
-    Option{u"--quit", RemoteCommand::Quit, u"chiude Parlivo"},
+    Option{u"--press", RemoteCommand::Press,
+           QT_TRANSLATE_NOOP("parlivo::CommandLine", "come premere la scorciatoia")},
+    Option{u"--release", RemoteCommand::Release,
+           QT_TRANSLATE_NOOP("parlivo::CommandLine", "come rilasciarla")},
+    Option{u"--toggle", RemoteCommand::Toggle,
+           QT_TRANSLATE_NOOP("parlivo::CommandLine", "inizia a registrare, oppure ferma e scrive")},
+    Option{u"--settings", RemoteCommand::ShowSettings,
+           QT_TRANSLATE_NOOP("parlivo::CommandLine", "apre le impostazioni")},
+    Option{u"--feedback", RemoteCommand::ShowFeedback,
+           QT_TRANSLATE_NOOP("parlivo::CommandLine", "apre la finestra del feedback")},
+    Option{u"--quit", RemoteCommand::Quit, QT_TRANSLATE_NOOP("parlivo::CommandLine", "chiude Parlivo")},
 };
 
 QString line(const QString& name, const QString& meaning) {
@@ -46,7 +57,7 @@ std::variant<CommandLine, CommandLineFault> parseCommandLine(const QStringList& 
             return argument == QStringView(option.name);
         });
         if (found == options.end()) {
-            return CommandLineFault{QStringLiteral("opzione sconosciuta: %1 (vedi --help)").arg(argument)};
+            return CommandLineFault{Texts::tr("opzione sconosciuta: %1 (vedi --help)").arg(argument)};
         }
         result.wish = CommandLine::Wish::Command;
         result.commands.push_back(found->command);
@@ -55,17 +66,16 @@ std::variant<CommandLine, CommandLineFault> parseCommandLine(const QStringList& 
 }
 
 QString commandLineHelp() {
-    QString text = QStringLiteral(
-        "Uso: Parlivo [opzioni]\n\n"
-        "Tieni premuto ⌥Spazio, parla, rilascia: il testo appare dove stai scrivendo.\n"
-        "Senza opzioni avvia Parlivo; se è già in esecuzione ne apre le impostazioni.\n\n"
-        "Per l'istanza in esecuzione:\n");
+    QString text = Texts::tr("Uso: Parlivo [opzioni]\n\n");
+    text += Texts::tr("Tieni premuto ⌥Spazio, parla, rilascia: il testo appare dove stai scrivendo.\n");
+    text += Texts::tr("Senza opzioni avvia Parlivo; se è già in esecuzione ne apre le impostazioni.\n\n");
+    text += Texts::tr("Per l'istanza in esecuzione:\n");
     for (const Option& option : options) {
-        text += line(QStringView(option.name).toString(), QStringView(option.meaning).toString());
+        text += line(QStringView(option.name).toString(), Texts::tr(option.meaning));
     }
     text += QLatin1Char('\n');
-    text += line(QStringLiteral("--version"), QStringLiteral("mostra la versione"));
-    text += line(QStringLiteral("--help"), QStringLiteral("mostra questo testo"));
+    text += line(QStringLiteral("--version"), Texts::tr("mostra la versione"));
+    text += line(QStringLiteral("--help"), Texts::tr("mostra questo testo"));
     return text;
 }
 

@@ -80,7 +80,7 @@ QString PipelineStep::transcribe(ScopedFile& recording) {
 void PipelineStep::deliver(const QString& raw) {
     logTranscript(raw);
     if (raw.isEmpty() || isBlankMarker(raw)) {
-        fail(QStringLiteral("Non ho sentito nulla — controlla il microfono nel menu"));
+        fail(tr("Non ho sentito nulla — controlla il microfono nel menu"));
         return;
     }
     onMain(observer_.onCleaning);
@@ -96,7 +96,7 @@ void PipelineStep::deliver(const QString& raw) {
 void PipelineStep::copyInsteadOfTyping(const QString& text) {
     Log::info(QStringLiteral("iniezione SALTATA: permesso accessibilità mancante"));
     onMain([text] { Platform::current().pasteboard().setText(text, Pasteboard::History::Keep); });
-    fail(QStringLiteral("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
+    fail(tr("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
     onMain([] { Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility); });
 }
 

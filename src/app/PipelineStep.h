@@ -5,6 +5,7 @@
 #include "support/Lifetime.h"
 #include "support/ScopedFile.h"
 
+#include <QCoreApplication>
 #include <QString>
 
 #include <functional>
@@ -14,6 +15,8 @@ namespace parlivo {
 /// The pipeline step of a dictation: everything slow between the recording's end and the text at the cursor.
 /// Lives on the main thread, runs on the pipeline queue.
 class PipelineStep {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::PipelineStep)
+
   public:
     /// How far the step has come. Called on the main thread, in this order; a step ends with exactly one of
     /// `onDone` and `onFailure`.

@@ -1,5 +1,7 @@
 #include "app/State.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <array>
 
@@ -7,20 +9,28 @@ namespace parlivo {
 
 namespace {
 
+constexpr auto context = "parlivo::State";
+
 struct Row {
     State state;
     const char16_t* name;
-    const char16_t* text;
+    const char* text;
     const char16_t* symbol;
     Tint tint;
 };
 
 constexpr std::array rows{
-    Row{State::idle, u"idle", u"Pronto — tieni premuto ⌥Spazio per dettare", u"mic", Tint::None},
-    Row{State::recording, u"recording", u"🔴 Registrazione…", u"mic.fill", Tint::Red},
-    Row{State::transcribing, u"transcribing", u"⏳ Trascrizione…", u"waveform", Tint::Orange},
-    Row{State::cleaning, u"cleaning", u"🪄 Pulizia testo…", u"wand.and.stars", Tint::Purple},
-    Row{State::typing, u"typing", u"⌨️ Scrittura…", u"keyboard", Tint::Blue},
+    Row{State::idle, u"idle",
+        QT_TRANSLATE_NOOP("parlivo::State", "Pronto — tieni premuto ⌥Spazio per dettare"), u"mic",
+        Tint::None},
+    Row{State::recording, u"recording", QT_TRANSLATE_NOOP("parlivo::State", "🔴 Registrazione…"), u"mic.fill",
+        Tint::Red},
+    Row{State::transcribing, u"transcribing", QT_TRANSLATE_NOOP("parlivo::State", "⏳ Trascrizione…"),
+        u"waveform", Tint::Orange},
+    Row{State::cleaning, u"cleaning", QT_TRANSLATE_NOOP("parlivo::State", "🪄 Pulizia testo…"),
+        u"wand.and.stars", Tint::Purple},
+    Row{State::typing, u"typing", QT_TRANSLATE_NOOP("parlivo::State", "⌨️ Scrittura…"), u"keyboard",
+        Tint::Blue},
 };
 
 const Row& rowOf(State state) {
@@ -30,12 +40,12 @@ const Row& rowOf(State state) {
 }  // namespace
 
 QString statusText(State state) {
-    return QStringView(rowOf(state).text).toString();
+    return QCoreApplication::translate(context, rowOf(state).text);
 }
 
-std::optional<State> stateOf(const QString& statusText) {
-    const auto* found = std::find_if(rows.begin(), rows.end(),
-                                     [&](const Row& row) { return statusText == QStringView(row.text); });
+std::optional<State> stateOf(const QString& text) {
+    const auto* found =
+        std::ranges::find_if(rows, [&](const Row& row) { return text == statusText(row.state); });
     if (found == rows.end()) return std::nullopt;
     return found->state;
 }

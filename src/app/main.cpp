@@ -35,10 +35,10 @@ int forward(const std::vector<RemoteCommand>& commands) {
             case RemoteControl::Delivery::Done:
                 break;
             case RemoteControl::Delivery::NoInstance:
-                return complain(QStringLiteral("non è in esecuzione"));
+                return complain(QCoreApplication::translate("parlivo::main", "non è in esecuzione"));
             case RemoteControl::Delivery::Unavailable:
-                return complain(
-                    QStringLiteral("controllo non disponibile: questa sessione non ha un bus D-Bus"));
+                return complain(QCoreApplication::translate(
+                    "parlivo::main", "controllo non disponibile: questa sessione non ha un bus D-Bus"));
         }
     }
     return 0;
@@ -75,7 +75,8 @@ int claimAndRun(const CommandLine& line, const std::optional<QString>& problem) 
     if (Platform::current().remoteControl().claim() == RemoteControl::Claim::Another) {
         return forward(line.commands.empty() ? std::vector{RemoteCommand::ShowSettings} : line.commands);
     }
-    if (!line.canStart()) return complain(QStringLiteral("non è in esecuzione"));
+    if (!line.canStart())
+        return complain(QCoreApplication::translate("parlivo::main", "non è in esecuzione"));
     if (problem) return complain(*problem);
     const int result = runApplication(line);
     HttpSession::end();

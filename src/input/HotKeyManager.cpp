@@ -4,6 +4,8 @@
 #include "settings/Config.h"
 #include "settings/Log.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <utility>
 
@@ -22,10 +24,14 @@ constexpr HotKeyIdentity identity{.signature = 0x50524C56, .id = 1};
 const std::vector<Preset>& HotKeyManager::presets() {
     using namespace HotKeyModifier;
     static const std::vector<Preset> table{
-        {QStringLiteral("opt-space"), QStringLiteral("⌥ Spazio"), space, option},
-        {QStringLiteral("ctrl-opt-space"), QStringLiteral("⌃⌥ Spazio"), space, control | option},
-        {QStringLiteral("cmd-shift-space"), QStringLiteral("⌘⇧ Spazio"), space, command | shift},
-        {QStringLiteral("opt-backtick"), QStringLiteral("⌥ ` (backtick)"), backtick, option},
+        {QStringLiteral("opt-space"), QCoreApplication::translate("parlivo::HotKeyManager", "⌥ Spazio"),
+         space, option},
+        {QStringLiteral("ctrl-opt-space"), QCoreApplication::translate("parlivo::HotKeyManager", "⌃⌥ Spazio"),
+         space, control | option},
+        {QStringLiteral("cmd-shift-space"),
+         QCoreApplication::translate("parlivo::HotKeyManager", "⌘⇧ Spazio"), space, command | shift},
+        {QStringLiteral("opt-backtick"),
+         QCoreApplication::translate("parlivo::HotKeyManager", "⌥ ` (backtick)"), backtick, option},
     };
     return table;
 }

@@ -1,10 +1,16 @@
 #include "models/ModelCatalog.h"
 #include "settings/Config.h"
 
+#include <QCoreApplication>
+
 // The tables alone, so that a program built for a trial can be linked with others.
 namespace parlivo::ModelCatalog {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::ModelCatalog)
+};
 
 QUrl hosted(const QString& path) {
     QUrl url(qEnvironmentVariable("PARLIVO_MODEL_HOST", QStringLiteral(PARLIVO_MODEL_HOST)) + path);
@@ -20,12 +26,11 @@ std::vector<Entry> makeAsrTiers() {
     const QString fast = QStringLiteral("ggml-large-v3-turbo-q5_0.bin");
     const QString best = QStringLiteral("ggml-large-v3-turbo-q8_0.bin");
     return {
-        {QStringLiteral("fast"), QStringLiteral("Veloce"),
-         QStringLiteral("Whisper turbo q5 · 574 MB · ottimo, più leggero"), fast, recogniser(fast),
-         574'041'195},
-        {QStringLiteral("best"), QStringLiteral("Precisa"),
-         QStringLiteral("Whisper turbo q8 · 834 MB · massima accuratezza (consigliata)"), best,
-         recogniser(best), 874'188'075},
+        {QStringLiteral("fast"), Texts::tr("Veloce"),
+         Texts::tr("Whisper turbo q5 · 574 MB · ottimo, più leggero"), fast, recogniser(fast), 574'041'195},
+        {QStringLiteral("best"), Texts::tr("Precisa"),
+         Texts::tr("Whisper turbo q8 · 834 MB · massima accuratezza (consigliata)"), best, recogniser(best),
+         874'188'075},
     };
 }
 
@@ -34,16 +39,16 @@ std::vector<Entry> makeCleanupTiers() {
     const QString full = QStringLiteral("gemma-3-4b-it-Q4_K_M.gguf");
     return {
         {QStringLiteral("none"),
-         QStringLiteral("Nessuna"),
-         QStringLiteral("Solo Whisper · 0 MB · punteggiatura base, nessun download"),
+         Texts::tr("Nessuna"),
+         Texts::tr("Solo Whisper · 0 MB · punteggiatura base, nessun download"),
          {},
          Config::siteBase(),
          0},
-        {QStringLiteral("light"), QStringLiteral("Leggera"),
-         QStringLiteral("Qwen 2.5 1.5B · 1.1 GB · filler e punteggiatura, veloce"), light,
+        {QStringLiteral("light"), Texts::tr("Leggera"),
+         Texts::tr("Qwen 2.5 1.5B · 1.1 GB · filler e punteggiatura, veloce"), light,
          hosted(QStringLiteral("/Qwen/Qwen2.5-1.5B-Instruct-GGUF/resolve/main/") + light), 1'117'320'736},
-        {QStringLiteral("full"), QStringLiteral("Completa"),
-         QStringLiteral("Gemma 3 4B · 2.5 GB · qualità massima (consigliata)"), full,
+        {QStringLiteral("full"), Texts::tr("Completa"),
+         Texts::tr("Gemma 3 4B · 2.5 GB · qualità massima (consigliata)"), full,
          hosted(QStringLiteral("/ggml-org/gemma-3-4b-it-GGUF/resolve/main/") + full), 2'489'757'856},
     };
 }

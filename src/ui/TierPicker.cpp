@@ -92,13 +92,13 @@ void TierPicker::refresh() {
 QWidget* TierPicker::trailingOf(const ModelCatalog::Entry& entry, bool selected) {
     if (ModelCatalog::isDownloaded(entry)) {
         auto* tick = new SymbolView(u"checkmark.circle.fill"_s, checkSize, successColour, this);
-        tick->setAccessibleName(u"Scaricato"_s);
+        tick->setAccessibleName(tr("Scaricato"));
         return tick;
     }
     if (!selected) return nullptr;
     if (downloading_ == entry.id) return makeBar();
     QPushButton* button = makeButton(
-        u"Scarica"_s, [this, entry] { download(entry); }, this);
+        tr("Scarica"), [this, entry] { download(entry); }, this);
     button->setFont(textFont(TextStyle::Caption));
     button->setFixedWidth(button->fontMetrics().horizontalAdvance(button->text()) + smallButtonRoom);
     return button;

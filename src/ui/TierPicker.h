@@ -24,6 +24,8 @@ class Label;
 /// is there or not; downloading is a separate act, offered for the chosen tier. A download goes on out of
 /// sight when another tier is chosen meanwhile.
 class TierPicker : public QWidget {
+    Q_OBJECT
+
   public:
     /// `onChanged` follows every choice, even of what was chosen already, and every end of a download.
     TierPicker(const QString& title, std::vector<ModelCatalog::Entry> tiers, Binding<QString> selection,

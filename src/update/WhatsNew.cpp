@@ -3,6 +3,8 @@
 #include "settings/Config.h"
 #include "ui/views/Dialogs.h"
 
+#include <QCoreApplication>
+
 namespace parlivo {
 
 using namespace Qt::StringLiterals;
@@ -15,9 +17,11 @@ void WhatsNew::showIfPending() {
     if (changelog && !lastSeen.isEmpty() && lastSeen != current) {
         // First, so that a notice that was cut off does not come back.
         Config::remove(Settings::pendingChangelog);
-        Dialogs::current().ask({.message = u"Parlivo %1 — Cosa c'è di nuovo"_s.arg(current),
-                                .informativeText = *changelog,
-                                .buttons = {u"Ottimo"_s}});
+        Dialogs::current().ask(
+            {.message = QCoreApplication::translate("parlivo::WhatsNew", "Parlivo %1 — Cosa c'è di nuovo")
+                            .arg(current),
+             .informativeText = *changelog,
+             .buttons = {QCoreApplication::translate("parlivo::WhatsNew", "Ottimo")}});
     }
     Config::set(Settings::lastSeenVersion, current);
 }

@@ -21,18 +21,20 @@ qint64 wholeMebibytes(qint64 bytes) {
 }
 
 QString figuresOf(const DownloadState& state) {
-    return QString::asprintf("%.0f%%  ·  %lld / %lld MB", state.progress * 100,
-                             wholeMebibytes(state.received), wholeMebibytes(state.total));
+    return DownloadPage::tr("%1%  ·  %2 / %3 MB")
+        .arg(QString::asprintf("%.0f", state.progress * 100))
+        .arg(wholeMebibytes(state.received))
+        .arg(wholeMebibytes(state.total));
 }
 
 }  // namespace
 
 DownloadPage::DownloadPage(const std::function<void()>& retry, QWidget* parent) : CentredPage(parent) {
-    title(u"Scarico i motori scelti"_s);
+    title(tr("Scarico i motori scelti"));
     gap(8);
     addProgress();
     addFailure(retry);
-    done_ = new CheckLine(u"Tutto scaricato e verificato"_s, this);
+    done_ = new CheckLine(tr("Tutto scaricato e verificato"), this);
     add(done_);
     show({});
 }
@@ -58,7 +60,7 @@ void DownloadPage::addFailure(const std::function<void()>& retry) {
     error_ = new Label({}, TextStyle::Body, inkColour, failed_);
     error_->setAlignment(Qt::AlignHCenter);
     failure->addWidget(error_);
-    retry_ = makeButton(u"Riprova"_s, retry, failed_);
+    retry_ = makeButton(tr("Riprova"), retry, failed_);
     failure->addWidget(retry_, 0, Qt::AlignHCenter);
     add(failed_);
 }

@@ -12,6 +12,8 @@ namespace parlivo {
 
 /// Shows how the downloads of the first run stand.
 class DownloadPage : public CentredPage {
+    Q_OBJECT
+
   public:
     DownloadPage(const std::function<void()>& retry, QWidget* parent);
 

@@ -13,11 +13,9 @@ using namespace Qt::StringLiterals;
 
 FolderPage::FolderPage(const QString& path, const std::function<void()>& pick, QWidget* parent)
     : CentredPage(parent) {
-    title(u"Dove salvo i modelli AI?"_s);
-    text(
-        u"I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono scaricati una "
-        u"volta "
-        "sola in questa cartella."_s);
+    title(tr("Dove salvo i modelli AI?"));
+    text(tr(
+        "I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono scaricati una volta sola in questa cartella."));
     auto* line = new QWidget(this);
     auto* row = new QHBoxLayout(line);
     row->setContentsMargins(0, 8, 0, 8);
@@ -25,9 +23,9 @@ FolderPage::FolderPage(const QString& path, const std::function<void()>& pick, Q
     path_ = new Label(path, TextStyle::Body, inkColour, line);
     row->addWidget(new SymbolView(u"folder.fill"_s, 22, inkColour, line));
     row->addWidget(path_, 1);
-    row->addWidget(makeButton(u"Cambia…"_s, pick, line));
+    row->addWidget(makeButton(tr("Cambia…"), pick, line));
     add(line);
-    Label& note = text(u"La posizione predefinita va benissimo per la maggior parte delle persone."_s);
+    Label& note = text(tr("La posizione predefinita va benissimo per la maggior parte delle persone."));
     note.setFont(textFont(TextStyle::Caption));
     showPath(path);
 }

@@ -48,7 +48,8 @@ void OnboardingDownloads::runQueue(const Queue& queue, std::size_t index) {
     }
     const ModelCatalog::Entry& entry = queue[index];
     state_.downloadLabel =
-        u"%1 di %2: "_s.arg(index + 1).arg(queue.size()) + entry.label + u" — "_s + entry.fileName;
+        tr("%1 di %2: %3 — %4")
+            .arg(QString::number(index + 1), QString::number(queue.size()), entry.label, entry.fileName);
     state_.progress = 0;
     state_.received = 0;
     state_.total = std::max<qint64>(entry.expectedSize, 1);

@@ -3,6 +3,7 @@
 #include "models/ModelCatalog.h"
 #include "ui/ModelFetch.h"
 
+#include <QCoreApplication>
 #include <QString>
 
 #include <cstddef>
@@ -26,6 +27,8 @@ struct DownloadState {
 
 /// Downloads the chosen models of the first run, one after the other. Main thread.
 class OnboardingDownloads {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::OnboardingDownloads)
+
   public:
     /// `onChange` is called after every change of the state.
     OnboardingDownloads(ModelFetch fetchModel, std::function<void()> onChange);

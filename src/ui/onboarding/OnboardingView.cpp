@@ -118,9 +118,9 @@ QWidget* OnboardingView::makeFolderPage() {
 
 QWidget* OnboardingView::makeQualityPage() {
     auto* page = new QualityPage(this);
-    page->section(u"TRASCRIZIONE (obbligatoria)"_s, ModelCatalog::asrTiers(), asrChoice_,
+    page->section(tr("TRASCRIZIONE (obbligatoria)"), ModelCatalog::asrTiers(), asrChoice_,
                   [this](const QString& id) { asrChoice_ = id; });
-    page->section(u"PULIZIA AI (consigliata)"_s, ModelCatalog::cleanupTiers(), cleanupChoice_,
+    page->section(tr("PULIZIA AI (consigliata)"), ModelCatalog::cleanupTiers(), cleanupChoice_,
                   [this](const QString& id) { cleanupChoice_ = id; });
     return page;
 }
@@ -133,10 +133,10 @@ QWidget* OnboardingView::makeDownloadPage() {
 QWidget* OnboardingView::makeMicrophonePage() {
     permissionPage_ = new PermissionPage(
         {.symbol = u"mic.fill"_s,
-         .title = u"Permesso Microfono"_s,
-         .text =
-             u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."_s,
-         .button = u"Consenti microfono"_s},
+         .title = tr("Permesso Microfono"),
+         .text = tr(
+             "Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."),
+         .button = tr("Consenti microfono")},
         [this] { askForMicrophone(); }, this);
     permissionPage_->setGranted(micGranted_);
     return permissionPage_;
@@ -145,11 +145,10 @@ QWidget* OnboardingView::makeMicrophonePage() {
 QWidget* OnboardingView::makeAccessibilityPage() {
     permissionPage_ = new PermissionPage(
         {.symbol = u"keyboard.fill"_s,
-         .title = u"Permesso Accessibilità"_s,
-         .text = u"Serve per digitare il testo al posto tuo nell'app attiva.\nSenza questo permesso Parlivo "
-                 u"non può "
-                 "scrivere.\n\nSi aprono le Impostazioni: attiva Parlivo nell'elenco."_s,
-         .button = u"Apri Impostazioni"_s},
+         .title = tr("Permesso Accessibilità"),
+         .text = tr(
+             "Serve per digitare il testo al posto tuo nell'app attiva.\nSenza questo permesso Parlivo non può scrivere.\n\nSi aprono le Impostazioni: attiva Parlivo nell'elenco."),
+         .button = tr("Apri Impostazioni")},
         [] {
             Platform::current().permissions().accessibilityTrusted(Permissions::Prompt::Yes);
             Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility);
@@ -166,7 +165,7 @@ QWidget* OnboardingView::makeFooter() {
     row->setSpacing(12);
     dots_ = new StepDots(footer);
     skip_ = makeButton(
-        u"Salta"_s, [this] { next(); }, footer);
+        tr("Salta"), [this] { next(); }, footer);
     skip_->setObjectName(u"plain"_s);
     main_ = makeButton(
         {}, [this] { next(); }, footer);
@@ -183,7 +182,7 @@ QWidget* OnboardingView::makeFooter() {
 void OnboardingView::updateFooter() {
     dots_->setStep(step_);
     skip_->setVisible(step_ == Step::microphone || step_ == Step::accessibility);
-    main_->setText(step_ == Step::ready ? u"Inizia a dettare"_s : u"Continua"_s);
+    main_->setText(step_ == Step::ready ? tr("Inizia a dettare") : tr("Continua"));
     main_->setEnabled(step_ != Step::download || downloads_.state().downloadsDone);
 }
 
@@ -194,7 +193,7 @@ void OnboardingView::showDownloads() {
 }
 
 void OnboardingView::pickFolder() {
-    const auto folder = Dialogs::current().chooseFolder(modelsPath_, u"Usa questa cartella"_s);
+    const auto folder = Dialogs::current().chooseFolder(modelsPath_, tr("Usa questa cartella"));
     if (!folder) return;
     modelsPath_ = *folder;
     if (step_ == Step::folder) static_cast<FolderPage*>(page_)->showPath(modelsPath_);

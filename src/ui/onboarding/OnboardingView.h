@@ -22,6 +22,8 @@ class StepDots;
 /// The first run: seven pages, forwards only. Settings are stored on leaving the page that asks for them.
 /// Main thread.
 class OnboardingView : public QWidget {
+    Q_OBJECT
+
   public:
     OnboardingView(std::function<void()> onDone, ModelFetch fetchModel, QWidget* parent = nullptr);
 

@@ -19,7 +19,7 @@ PermissionPage::PermissionPage(const Texts& texts, const std::function<void()>& 
     auto* row = new QHBoxLayout(line);
     row->setContentsMargins(0, 0, 0, 0);
     button_ = makeButton(texts.button, ask, line);
-    granted_ = new CheckLine(u"Permesso concesso"_s, line);
+    granted_ = new CheckLine(tr("Permesso concesso"), line);
     row->addStretch(1);
     row->addWidget(button_);
     row->addWidget(granted_);

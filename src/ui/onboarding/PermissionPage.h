@@ -10,6 +10,8 @@ namespace parlivo {
 
 /// Asks for one permission, and says so once it is granted.
 class PermissionPage : public CentredPage {
+    Q_OBJECT
+
   public:
     struct Texts {
         QString symbol;

@@ -10,7 +10,7 @@ namespace parlivo {
 using namespace Qt::StringLiterals;
 
 QualityPage::QualityPage(QWidget* parent) : CentredPage(parent) {
-    title(u"Scegli il livello di efficacia"_s);
+    title(tr("Scegli il livello di efficacia"));
 }
 
 void QualityPage::section(const QString& heading, const std::vector<ModelCatalog::Entry>& tiers,

@@ -10,6 +10,8 @@ namespace parlivo {
 
 /// The two choices of a model.
 class QualityPage : public CentredPage {
+    Q_OBJECT
+
   public:
     using Choose = std::function<void(const QString& id)>;
 

@@ -22,7 +22,7 @@ StepDots::StepDots(QWidget* parent) : QWidget(parent) {
 
 void StepDots::setStep(Step step) {
     step_ = step;
-    setAccessibleName(u"Passo %1 di %2"_s.arg(static_cast<int>(step) + 1).arg(stepCount));
+    setAccessibleName(tr("Passo %1 di %2").arg(static_cast<int>(step) + 1).arg(stepCount));
     update();
 }
 

@@ -8,6 +8,8 @@ namespace parlivo {
 
 /// How far the first run has come: a dot for each page.
 class StepDots : public QWidget {
+    Q_OBJECT
+
   public:
     explicit StepDots(QWidget* parent);
     void setStep(Step step);

@@ -3,11 +3,17 @@
 #include "ui/onboarding/CentredPage.h"
 #include "ui/views/AppIcon.h"
 
+#include <QCoreApplication>
+
 namespace parlivo {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::TextPages)
+};
 
 constexpr int iconSize = 96;
 
@@ -20,26 +26,19 @@ QWidget* makeWelcomePage(QWidget* parent) {
     icon->setAlignment(Qt::AlignHCenter);
     page->add(icon);
     page->title(u"Parlivo"_s);
-    page->text(u"Just talk. It types."_s).setFont(textFont(TextStyle::Headline));
+    page->text(Texts::tr("Just talk. It types.")).setFont(textFont(TextStyle::Headline));
     page->gap(10);
-    page->text(
-        u"Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in locale — "
-        u"la tua "
-        "voce non lascia mai questo Mac."_s);
+    page->text(Texts::tr(
+        "Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in locale — la tua voce non lascia mai questo Mac."));
     return page;
 }
 
 QWidget* makeReadyPage(QWidget* parent) {
     auto* page = new CentredPage(parent);
     page->symbol(u"checkmark.seal.fill"_s);
-    page->title(u"Tutto pronto"_s);
-    page->text(
-        u"Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\nMi "
-        u"trovi "
-        "nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\nPuoi cambiare "
-        "livello "
-        "di efficacia "
-        "quando vuoi dalle Impostazioni."_s);
+    page->title(Texts::tr("Tutto pronto"));
+    page->text(Texts::tr(
+        "Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\nMi trovi nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\nPuoi cambiare livello di efficacia quando vuoi dalle Impostazioni."));
     return page;
 }
 

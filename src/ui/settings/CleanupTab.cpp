@@ -22,34 +22,34 @@ CleanupTab::CleanupTab(const SettingsActions& actions, QWidget* parent) : FormPa
     Form form(contents());
     const auto cleanupTier = bindingTo(Settings::cleanupTier);
     form.add(new TierPicker(
-        u"Motore di pulizia integrato (senza Ollama)"_s, ModelCatalog::cleanupTiers(), cleanupTier,
+        tr("Motore di pulizia integrato (senza Ollama)"), ModelCatalog::cleanupTiers(), cleanupTier,
         [cleanupTier, stop = actions.stopCleaner] {
             cleanupTier.set(cleanupTier.get());
             stop();
         },
         actions.fetchModel));
     form.caption(
-        u"Se hai Ollama, viene usato come alternativa quando il motore integrato non è scaricato."_s);
+        tr("Se hai Ollama, viene usato come alternativa quando il motore integrato non è scaricato."));
     form.divider();
-    form.radioGroup(u"Livello di pulizia"_s,
-                    {{u"Nessuna — testo grezzo di Whisper"_s, wordOf(CleanupLevel::None)},
-                     {u"Leggera — solo punteggiatura e maiuscole"_s, wordOf(CleanupLevel::Light)},
-                     {u"Media — anche filler rimossi (consigliata)"_s, wordOf(CleanupLevel::Medium)},
-                     {u"Alta — anche grammatica e riformulazioni"_s, wordOf(CleanupLevel::High)}},
+    form.radioGroup(tr("Livello di pulizia"),
+                    {{tr("Nessuna — testo grezzo di Whisper"), wordOf(CleanupLevel::None)},
+                     {tr("Leggera — solo punteggiatura e maiuscole"), wordOf(CleanupLevel::Light)},
+                     {tr("Media — anche filler rimossi (consigliata)"), wordOf(CleanupLevel::Medium)},
+                     {tr("Alta — anche grammatica e riformulazioni"), wordOf(CleanupLevel::High)}},
                     bindingTo(Settings::cleanupLevel));
-    model_ = &form.picker(u"Modello Ollama"_s, {}, bindingTo(Settings::cleanupModel));
-    form.stepper(u"Pulisci solo testi oltre "_s, u" caratteri"_s, {.from = 0, .to = 300, .by = 10},
+    model_ = &form.picker(tr("Modello Ollama"), {}, bindingTo(Settings::cleanupModel));
+    form.stepper(tr("Pulisci solo testi oltre "), tr(" caratteri"), {.from = 0, .to = 300, .by = 10},
                  bindingTo(Settings::cleanupMinChars));
     addCustomPrompt(form, actions);
 }
 
 void CleanupTab::addCustomPrompt(Form& form, const SettingsActions& actions) {
     const auto enabled = bindingTo(Settings::customPromptEnabled);
-    Toggle& toggle = form.toggle(u"Usa prompt personalizzato"_s, enabled);
+    Toggle& toggle = form.toggle(tr("Usa prompt personalizzato"), enabled);
     auto* explanation =
-        new Label(u"Il file sovrascrive i livelli qui sopra."_s, TextStyle::Caption, secondaryColour);
+        new Label(tr("Il file sovrascrive i livelli qui sopra."), TextStyle::Caption, secondaryColour);
     auto* open = makeButton(
-        u"Apri prompt.txt…"_s,
+        tr("Apri prompt.txt…"),
         [prepare = actions.preparePrompt] {
             prepare();
             Platform::current().workspace().open(QUrl::fromLocalFile(Config::promptFile()));

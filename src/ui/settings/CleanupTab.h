@@ -13,6 +13,8 @@ namespace parlivo {
 
 /// How the transcript is cleaned up, and by what.
 class CleanupTab : public FormPage {
+    Q_OBJECT
+
   public:
     explicit CleanupTab(const SettingsActions& actions, QWidget* parent = nullptr);
 

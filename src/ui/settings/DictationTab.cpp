@@ -31,21 +31,22 @@ Binding<QString> hotKeyPreset() {
 
 DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
     Form form(contents());
-    form.picker(u"Scorciatoia"_s, hotKeyOptions(), hotKeyPreset());
+    form.picker(tr("Scorciatoia"), hotKeyOptions(), hotKeyPreset());
     form.unlabelledRadioGroup(
-        u"Modalità di dettatura"_s,
-        {{u"Tieni premuto per parlare (push-to-talk)"_s, wordOf(DictationMode::PushToTalk)},
-         {u"Premi per iniziare, ripremi per fermare"_s, wordOf(DictationMode::Toggle)}},
+        tr("Modalità di dettatura"),
+        {{tr("Tieni premuto per parlare (push-to-talk)"), wordOf(DictationMode::PushToTalk)},
+         {tr("Premi per iniziare, ripremi per fermare"), wordOf(DictationMode::Toggle)}},
         bindingTo(Settings::dictationMode));
     form.divider();
-    form.picker(u"Lingua"_s,
-                {{u"Italiano"_s, u"it"_s}, {u"English"_s, u"en"_s}, {u"Rilevamento automatico"_s, u"auto"_s}},
-                bindingTo(Settings::language));
-    form.caption(u"La lingua fissa è più accurata del rilevamento automatico sulle frasi brevi."_s);
+    form.picker(
+        tr("Lingua"),
+        {{tr("Italiano"), u"it"_s}, {tr("English"), u"en"_s}, {tr("Rilevamento automatico"), u"auto"_s}},
+        bindingTo(Settings::language));
+    form.caption(tr("La lingua fissa è più accurata del rilevamento automatico sulle frasi brevi."));
     form.divider();
     const auto asrTier = bindingTo(Settings::asrTier);
     form.add(new TierPicker(
-        u"Qualità trascrizione"_s, ModelCatalog::asrTiers(), asrTier,
+        tr("Qualità trascrizione"), ModelCatalog::asrTiers(), asrTier,
         [asrTier, stop = actions.stopTranscriber] {
             asrTier.set(asrTier.get());
             stop();

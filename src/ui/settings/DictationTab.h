@@ -7,6 +7,8 @@ namespace parlivo {
 
 /// The hot key, the language and the recognition model.
 class DictationTab : public FormPage {
+    Q_OBJECT
+
   public:
     explicit DictationTab(const SettingsActions& actions, QWidget* parent = nullptr);
 };

@@ -6,6 +6,8 @@ namespace parlivo {
 
 /// The user's own terms.
 class DictionaryTab : public QWidget {
+    Q_OBJECT
+
   public:
     explicit DictionaryTab(QWidget* parent = nullptr);
 };

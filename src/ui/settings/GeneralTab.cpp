@@ -17,24 +17,24 @@ using namespace Qt::StringLiterals;
 GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
     : FormPage(parent), actions_(actions), launchAtLogin_(Platform::current().loginItem().isEnabled()) {
     Form form(contents());
-    form.toggle(u"Avvia Parlivo al login"_s, {.get = [this] { return launchAtLogin_; },
-                                              .set = [this](bool wanted) { setLaunchAtLogin(wanted); }});
-    form.toggle(u"Suoni di inizio/fine registrazione"_s, bindingTo(Settings::soundsEnabled));
-    form.toggle(u"Mostra il riquadro con la waveform"_s, bindingTo(Settings::overlayEnabled));
-    form.radioGroup(u"Velocità di scrittura"_s,
-                    {{u"Istantanea (incolla tutto insieme)"_s, wordOf(TypingSpeed::Instant)},
-                     {u"Veloce (~285 caratteri/s)"_s, wordOf(TypingSpeed::Fast)},
-                     {u"Naturale (~85 caratteri/s)"_s, wordOf(TypingSpeed::Natural)}},
+    form.toggle(tr("Avvia Parlivo al login"), {.get = [this] { return launchAtLogin_; },
+                                               .set = [this](bool wanted) { setLaunchAtLogin(wanted); }});
+    form.toggle(tr("Suoni di inizio/fine registrazione"), bindingTo(Settings::soundsEnabled));
+    form.toggle(tr("Mostra il riquadro con la waveform"), bindingTo(Settings::overlayEnabled));
+    form.radioGroup(tr("Velocità di scrittura"),
+                    {{tr("Istantanea (incolla tutto insieme)"), wordOf(TypingSpeed::Instant)},
+                     {tr("Veloce (~285 caratteri/s)"), wordOf(TypingSpeed::Fast)},
+                     {tr("Naturale (~85 caratteri/s)"), wordOf(TypingSpeed::Natural)}},
                     bindingTo(Settings::typingSpeed));
-    form.caption(
-        u"Con Istantanea il testo appare di colpo via clipboard; le altre modalità digitano lettera per lettera."_s);
+    form.caption(tr(
+        "Con Istantanea il testo appare di colpo via clipboard; le altre modalità digitano lettera per lettera."));
     form.divider();
-    form.toggle(u"Modalità debug (salva le trascrizioni nel log)"_s, bindingTo(Settings::debugMode));
+    form.toggle(tr("Modalità debug (salva le trascrizioni nel log)"), bindingTo(Settings::debugMode));
     form.caption(
-        u"Di norma il log non contiene mai i tuoi testi. Attivala solo per diagnosticare problemi."_s);
+        tr("Di norma il log non contiene mai i tuoi testi. Attivala solo per diagnosticare problemi."));
     form.divider();
     addModelsFolder(form);
-    form.button(u"Invia feedback…"_s, actions_.showFeedback);
+    form.button(tr("Invia feedback…"), actions_.showFeedback);
 }
 
 void GeneralTab::setLaunchAtLogin(bool wanted) {
@@ -49,16 +49,16 @@ void GeneralTab::setLaunchAtLogin(bool wanted) {
 }
 
 void GeneralTab::addModelsFolder(Form& form) {
-    form.text(u"Cartella modelli AI"_s);
+    form.text(tr("Cartella modelli AI"));
     modelsPath_ = new Label({}, TextStyle::Caption, secondaryColour);
     changeButton_ = makeButton(
-        u"Cambia…"_s, [this] { pickModelsFolder(); }, nullptr);
+        tr("Cambia…"), [this] { pickModelsFolder(); }, nullptr);
     form.row({modelsPath_, changeButton_});
     showModelsPath(Config::modelsDir());
 }
 
 void GeneralTab::pickModelsFolder() {
-    const auto folder = Dialogs::current().chooseFolder(Config::modelsDir(), u"Usa questa cartella"_s);
+    const auto folder = Dialogs::current().chooseFolder(Config::modelsDir(), tr("Usa questa cartella"));
     if (!folder) return;
     QDir().mkpath(*folder);
     changeButton_->setEnabled(false);

@@ -7,6 +7,8 @@ namespace parlivo {
 
 /// Sounds, typing, log, and where the models are kept.
 class GeneralTab : public FormPage {
+    Q_OBJECT
+
   public:
     explicit GeneralTab(const SettingsActions& actions, QWidget* parent = nullptr);
 

@@ -24,10 +24,10 @@ SettingsView::SettingsView(const SettingsActions& actions, QWidget* parent) : QT
     setUsesScrollButtons(false);
     // Without a frame of its own: the window is all tabs.
     setDocumentMode(true);
-    addTab(new GeneralTab(actions), u"Generale"_s);
-    addTab(new DictationTab(actions), u"Dettatura"_s);
-    addTab(new CleanupTab(actions), u"Pulizia AI"_s);
-    addTab(new DictionaryTab, u"Dizionario"_s);
+    addTab(new GeneralTab(actions), tr("Generale"));
+    addTab(new DictationTab(actions), tr("Dettatura"));
+    addTab(new CleanupTab(actions), tr("Pulizia AI"));
+    addTab(new DictionaryTab, tr("Dizionario"));
     drawIcons();
 }
 

@@ -8,6 +8,8 @@ namespace parlivo {
 
 /// The tabs of the settings.
 class SettingsView : public QTabWidget {
+    Q_OBJECT
+
   public:
     explicit SettingsView(const SettingsActions& actions, QWidget* parent = nullptr);
 

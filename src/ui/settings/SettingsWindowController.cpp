@@ -3,6 +3,7 @@
 #include "ui/settings/SettingsView.h"
 #include "ui/views/Windows.h"
 
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
@@ -17,6 +18,8 @@ namespace {
 constexpr QSize windowSize{520, 440};
 
 class SettingsWindow : public QWidget {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::SettingsWindow)
+
   public:
     explicit SettingsWindow(const SettingsActions& actions);
 
@@ -27,7 +30,7 @@ class SettingsWindow : public QWidget {
 SettingsWindow::SettingsWindow(const SettingsActions& actions)
     : QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                            Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint) {
-    setWindowTitle(u"Impostazioni Parlivo"_s);
+    setWindowTitle(tr("Impostazioni Parlivo"));
     setFixedSize(windowSize);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);

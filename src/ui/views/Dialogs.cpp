@@ -3,6 +3,7 @@
 #include "ui/views/Windows.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -26,6 +27,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 class DesktopDialogs : public Dialogs {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::Dialogs)
+
   public:
     int ask(const Alert& alert) override;
     std::optional<QString> chooseFolder(const QString& startingIn, const QString& prompt) override;
@@ -89,10 +92,10 @@ std::optional<QString> DesktopDialogs::chooseFolder(const QString& startingIn, c
     panel.setFileMode(QFileDialog::Directory);
     panel.setOption(QFileDialog::ShowDirsOnly);
     panel.setLabelText(QFileDialog::Accept, prompt);
-    panel.setLabelText(QFileDialog::Reject, u"Annulla"_s);
-    panel.setLabelText(QFileDialog::LookIn, u"Cerca in:"_s);
-    panel.setLabelText(QFileDialog::FileName, u"Cartella:"_s);
-    panel.setLabelText(QFileDialog::FileType, u"Tipo:"_s);
+    panel.setLabelText(QFileDialog::Reject, tr("Annulla"));
+    panel.setLabelText(QFileDialog::LookIn, tr("Cerca in:"));
+    panel.setLabelText(QFileDialog::FileName, tr("Cartella:"));
+    panel.setLabelText(QFileDialog::FileType, tr("Tipo:"));
     fitColumns(panel);
     if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return std::nullopt;
     return panel.selectedFiles().first();

@@ -1,5 +1,6 @@
 #include "ui/views/Progress.h"
 
+#include <QCoreApplication>
 #include <QProgressBar>
 
 #include <algorithm>
@@ -16,7 +17,7 @@ QProgressBar* makeProgressBar(QWidget* parent) {
     bar->setRange(0, steps);
     bar->setTextVisible(false);
     bar->setFixedHeight(thickness);
-    bar->setAccessibleName(QStringLiteral("Avanzamento del download"));
+    bar->setAccessibleName(QCoreApplication::translate("parlivo::Progress", "Avanzamento del download"));
     return bar;
 }
 

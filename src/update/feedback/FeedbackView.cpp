@@ -53,16 +53,16 @@ QWidget* FeedbackView::makeForm() {
     auto* column = new QVBoxLayout(form);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(8);
-    column->addWidget(new Label(u"Come valuti Parlivo?"_s, TextStyle::Headline, primaryColour, form));
+    column->addWidget(new Label(tr("Come valuti Parlivo?"), TextStyle::Headline, primaryColour, form));
     rating_ = new StarRating(form);
     column->addWidget(rating_);
     column->addWidget(
-        new Label(u"Cosa non va? Cosa miglioreresti?"_s, TextStyle::Caption, primaryColour, form));
+        new Label(tr("Cosa non va? Cosa miglioreresti?"), TextStyle::Caption, primaryColour, form));
     column->addWidget(makeTextField(*form));
-    email_ = new TextField(u"Email"_s, u"Email (facoltativa, se vuoi una risposta)"_s, form);
+    email_ = new TextField(tr("Email"), tr("Email (facoltativa, se vuoi una risposta)"), form);
     column->addWidget(email_);
     column->addWidget(new Label(
-        u"Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."_s,
+        tr("Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."),
         TextStyle::Caption, secondaryColour, form));
     errorLine_ = new Label({}, TextStyle::Caption, errorColour, form);
     column->addWidget(errorLine_);
@@ -76,7 +76,7 @@ QWidget* FeedbackView::makeTextField(QWidget& form) {
     text_ = new QPlainTextEdit(outline);
     text_->setFrameShape(QFrame::NoFrame);
     text_->setTabChangesFocus(true);
-    text_->setAccessibleName(u"Cosa non va? Cosa miglioreresti?"_s);
+    text_->setAccessibleName(tr("Cosa non va? Cosa miglioreresti?"));
     outline->fill(text_);
     outline->setFixedHeight(textHeight);
     connect(text_, &QPlainTextEdit::textChanged, this, [this] { refresh(); });
@@ -87,7 +87,7 @@ QWidget* FeedbackView::makeButtons(QWidget& form) {
     auto* line = new QWidget(&form);
     auto* row = new QHBoxLayout(line);
     row->setContentsMargins(0, 0, 0, 0);
-    row->addWidget(makeButton(u"Annulla"_s, onClose_, line));
+    row->addWidget(makeButton(tr("Annulla"), onClose_, line));
     row->addStretch(1);
     send_ = makeButton(
         {}, [this] { send(); }, line);
@@ -100,11 +100,11 @@ QWidget* FeedbackView::makeThanks() {
     auto* thanks = new QWidget(this);
     auto* column = new QVBoxLayout(thanks);
     column->setSpacing(12);
-    auto* title = new Label(u"Grazie davvero."_s, TextStyle::Title, primaryColour, thanks);
-    auto* line = new Label(u"Ogni feedback viene letto e orienta la prossima versione."_s, TextStyle::Body,
+    auto* title = new Label(tr("Grazie davvero."), TextStyle::Title, primaryColour, thanks);
+    auto* line = new Label(tr("Ogni feedback viene letto e orienta la prossima versione."), TextStyle::Body,
                            primaryColour, thanks);
     for (Label* words : {title, line}) words->setAlignment(Qt::AlignHCenter);
-    close_ = makeButton(u"Chiudi"_s, onClose_, thanks);
+    close_ = makeButton(tr("Chiudi"), onClose_, thanks);
     column->addStretch(1);
     column->addWidget(new SymbolView(u"heart.fill"_s, heartSize, errorColour, thanks), 0, Qt::AlignHCenter);
     column->addWidget(title);
@@ -115,7 +115,7 @@ QWidget* FeedbackView::makeThanks() {
 }
 
 void FeedbackView::refresh() {
-    send_->setText(sending_ ? u"Invio…"_s : u"Invia feedback"_s);
+    send_->setText(sending_ ? tr("Invio…") : tr("Invia feedback"));
     send_->setEnabled(!sending_ && !Text::trimmedBlanks(text_->toPlainText()).isEmpty());
     errorLine_->setText(error_.value_or(QString()));
     errorLine_->setVisible(error_.has_value());
@@ -155,7 +155,7 @@ void FeedbackView::answered(bool success) {
         close_->setDefault(true);
         close_->setFocus();
     } else {
-        error_ = u"Invio non riuscito — controlla la connessione e riprova."_s;
+        error_ = tr("Invio non riuscito — controlla la connessione e riprova.");
     }
     refresh();
 }

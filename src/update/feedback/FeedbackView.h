@@ -22,6 +22,8 @@ class TextField;
 /// Stars and a few lines for the makers, sent to the product's site. After a success it says thanks for the
 /// rest of its life.
 class FeedbackView : public QWidget {
+    Q_OBJECT
+
   public:
     explicit FeedbackView(std::function<void()> onClose, QWidget* parent = nullptr);
 

@@ -23,7 +23,7 @@ std::unique_ptr<QWidget> buildWindow() {
     auto window =
         std::make_unique<QDialog>(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                                Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
-    window->setWindowTitle(u"Il tuo parere su Parlivo"_s);
+    window->setWindowTitle(FeedbackWindowController::tr("Il tuo parere su Parlivo"));
     window->setFixedSize(windowSize);
     auto* column = new QVBoxLayout(window.get());
     column->setContentsMargins(20, 16, 20, 16);
@@ -55,11 +55,10 @@ void FeedbackWindowController::maybePromptAfterDictation() {
     // Before anything is shown, so that an invitation that was waved away counts too.
     Config::set(Settings::feedbackPromptLastShown, QDateTime::currentDateTimeUtc());
     const int chosen = Dialogs::current().ask(
-        {.message = u"Come ti trovi con Parlivo?"_s,
-         .informativeText =
-             u"La tua opinione guida le prossime versioni. Due righe su cosa va e cosa miglioreresti "
-             "valgono oro."_s,
-         .buttons = {u"Dì la tua"_s, u"Non ora"_s}});
+        {.message = tr("Come ti trovi con Parlivo?"),
+         .informativeText = tr(
+             "La tua opinione guida le prossime versioni. Due righe su cosa va e cosa miglioreresti valgono oro."),
+         .buttons = {tr("Dì la tua"), tr("Non ora")}});
     if (chosen == 0) show();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QWidget>
 
 #include <memory>
@@ -8,6 +9,8 @@ namespace parlivo {
 
 /// The one feedback window, and the occasional invitation to it. Main thread.
 class FeedbackWindowController {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::FeedbackWindowController)
+
   public:
     FeedbackWindowController();
     ~FeedbackWindowController();

@@ -54,12 +54,12 @@ class StarButton : public QRadioButton {
 };
 
 StarRating::StarRating(QWidget* parent) : QWidget(parent) {
-    setAccessibleName(u"Come valuti Parlivo?"_s);
+    setAccessibleName(tr("Come valuti Parlivo?"));
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(spacing);
     for (int position = 1; position <= starCount; ++position) {
-        const QString name = position == 1 ? u"1 stella"_s : u"%1 stelle"_s.arg(position);
+        const QString name = position == 1 ? tr("1 stella") : tr("%1 stelle").arg(position);
         auto* star = new StarButton(name, this);
         connect(star, &QRadioButton::toggled, this, [this, position](bool on) {
             if (on) rate(position);

@@ -11,6 +11,8 @@ class StarButton;
 /// One to five stars; none until the user chooses. To the keyboard and to a screen reader the stars are radio
 /// buttons.
 class StarRating : public QWidget {
+    Q_OBJECT
+
   public:
     explicit StarRating(QWidget* parent = nullptr);
 
