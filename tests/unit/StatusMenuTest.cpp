@@ -151,6 +151,26 @@ TEST_F(StatusMenuTest, ShowsTitlesLetterForLetter) {
     EXPECT_EQ(menu.title(), title);
 }
 
+TEST_F(StatusMenuTest, AMenuThatAPanelDrawsIsOursWhileWeShowIt) {
+    platform.statusItems().report(StatusItemPlace{Foreground::Light, Menus::DrawnByPanel});
+    menu.setTitle(QStringLiteral("⚠️ a_b.wav"));
+    menu.setUpdate(QStringLiteral("2.0_rc&1"));
+    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ a__b.wav"));
+    EXPECT_EQ(line(menu, 6)->text(), QStringLiteral("⬆️ Aggiorna a Parlivo 2.0__rc&&1…"));
+    menu.menu().popup({});  // as the left button does
+    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ a_b.wav"));
+    EXPECT_EQ(line(menu, 6)->text(), QStringLiteral("⬆️ Aggiorna a Parlivo 2.0_rc&&1…"));
+    menu.setTitle(QStringLiteral("⚠️ c_d.wav"));
+    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ c_d.wav"));
+    menu.menu().close();
+    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ c__d.wav"));
+}
+
+TEST_F(StatusMenuTest, ATabInATitleBeginsNoShortcut) {
+    menu.setTitle(QStringLiteral("⚠️ a\tb"));
+    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ a b"));
+}
+
 struct TintCase {
     Tint tint;
     Foreground foreground;

@@ -26,27 +26,29 @@ const auto programName = QStringLiteral("Parlivo");
 QString microphoneTitle(MicrophoneStatus status) {
     switch (status) {
         case MicrophoneStatus::Authorised:
-            return QStringLiteral("Microfono: ✅");
+            return StatusMenu::tr("Microfono: ✅");
         case MicrophoneStatus::NotAsked:
-            return QStringLiteral("Microfono: ⚠️ non richiesto — clicca");
+            return StatusMenu::tr("Microfono: ⚠️ non richiesto — clicca");
         case MicrophoneStatus::Denied:
-            return QStringLiteral("Microfono: ⛔️ negato — clicca");
+            return StatusMenu::tr("Microfono: ⛔️ negato — clicca");
     }
     return {};
 }
 
 QString accessibilityTitle(bool trusted) {
-    return trusted ? QStringLiteral("Accessibilità: ✅")
-                   : QStringLiteral("Accessibilità: ⛔️ manca — clicca");
+    return trusted ? StatusMenu::tr("Accessibilità: ✅")
+                   : StatusMenu::tr("Accessibilità: ⛔️ manca — clicca");
 }
 
 QString updateTitle(const QString& version) {
-    return QStringLiteral("⬆️ Aggiorna a Parlivo %1…").arg(version);
+    return StatusMenu::tr("⬆️ Aggiorna a Parlivo %1…").arg(version);
 }
 
 /// `text` as a menu shows it letter for letter. A menu of ours takes an ampersand for the mark of a shortcut,
 /// a panel's an underscore; on the way to the panel the toolkit turns the first ampersand into an underscore.
+/// What follows a tab would be taken for a shortcut's name.
 QString literal(QString text, StatusItemPlace::Menus menus) {
+    text.replace(QLatin1Char('\t'), QLatin1Char(' '));
     if (menus == StatusItemPlace::Menus::DrawnByUs)
         return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
     text.replace(QLatin1Char('_'), QStringLiteral("__"));
@@ -85,7 +87,7 @@ QColor plainColour(StatusItemPlace::Foreground foreground) {
 
 }  // namespace
 
-StatusMenu::StatusMenu(const Actions& actions) {
+StatusMenu::StatusMenu(const Actions& actions) : updateTitle_(tr("Aggiornamento disponibile…")) {
     build(actions);
     Platform::current().statusItems().watch([this](const auto& place) { placeChanged(place); });
 }
@@ -101,12 +103,12 @@ void StatusMenu::build(const Actions& actions) {
     microphoneLine_ = addLine(microphoneTitle(MicrophoneStatus::NotAsked), actions.openMicSettings);
     accessibilityLine_ = addLine(accessibilityTitle(false), actions.openAccessibilitySettings);
     menu_.addSeparator();
-    updateLine_ = addLine(QStringLiteral("Aggiornamento disponibile…"), actions.installUpdate);
+    updateLine_ = addLine(updateTitle_, actions.installUpdate);
     updateLine_->setVisible(false);
-    addLine(QStringLiteral("Impostazioni…"), actions.openSettings)->setShortcut(Qt::CTRL | Qt::Key_Comma);
-    addLine(QStringLiteral("Invia feedback…"), actions.openFeedback);
+    addLine(tr("Impostazioni…"), actions.openSettings)->setShortcut(Qt::CTRL | Qt::Key_Comma);
+    addLine(tr("Invia feedback…"), actions.openFeedback);
     menu_.addSeparator();
-    addLine(QStringLiteral("Esci da Parlivo"), actions.quit)->setShortcut(Qt::CTRL | Qt::Key_Q);
+    addLine(tr("Esci da Parlivo"), actions.quit)->setShortcut(Qt::CTRL | Qt::Key_Q);
     menu_.installEventFilter(this);
     if (actions.willOpen) connect(&menu_, &QMenu::aboutToShow, this, actions.willOpen);
 }
@@ -133,10 +135,12 @@ QAction* StatusMenu::addLine(const QString& text, const std::function<void()>& c
 bool StatusMenu::eventFilter(QObject* watched, QEvent* event) {
     if (watched != &menu_) return false;
     if (event->type() == QEvent::Show) {
+        drawTitles();
         lookAtPanel();
         keepTitleReadable();
         putMenuBesideIcon();
     }
+    if (event->type() == QEvent::Hide) drawTitles();
     if (event->type() == QEvent::KeyPress)
         return chooseByKey(QKeySequence(static_cast<QKeyEvent*>(event)->keyCombination()));
     return false;
@@ -172,7 +176,7 @@ void StatusMenu::placeChanged(const std::optional<StatusItemPlace>& place) {
         seen_ = StatusItemPlace::Foreground::Unknown;
         return;
     }
-    drawTitle();
+    drawTitles();
     drawIcon();
     if (item_) return;
     showItem();
@@ -194,11 +198,16 @@ void StatusMenu::showItem() {
 
 void StatusMenu::setTitle(const QString& title) {
     title_ = title;
-    drawTitle();
+    drawTitles();
 }
 
-void StatusMenu::drawTitle() {
-    statusLine_->setText(literal(title_, place_.value_or(StatusItemPlace()).menus));
+/// A panel that draws the menu itself leaves the left button to us, who then open the same menu as a window
+/// of ours.
+void StatusMenu::drawTitles() {
+    const auto menus =
+        menu_.isVisible() ? StatusItemPlace::Menus::DrawnByUs : place_.value_or(StatusItemPlace()).menus;
+    statusLine_->setText(literal(title_, menus));
+    updateLine_->setText(literal(updateTitle_, menus));
 }
 
 void StatusMenu::setIcon(const QString& symbol, Tint tint) {
@@ -243,7 +252,8 @@ void StatusMenu::setAccessibility(bool trusted) {
 }
 
 void StatusMenu::setUpdate(const std::optional<QString>& version) {
-    if (version) updateLine_->setText(updateTitle(*version));
+    if (version) updateTitle_ = updateTitle(*version);
+    drawTitles();
     updateLine_->setVisible(version.has_value());
 }
 

@@ -24,6 +24,8 @@ enum class Tint { None, Red, Orange, Purple, Blue };
 /// The item appears when the desktop has a place for it, disappears with that place and comes back; what was
 /// set meanwhile is there then. Main thread.
 class StatusMenu : public QObject {
+    Q_OBJECT
+
   public:
     struct Actions {
         std::function<void()> willOpen;
@@ -49,7 +51,7 @@ class StatusMenu : public QObject {
     void setIcon(const QString& symbol, Tint tint);
     void setMicrophone(MicrophoneStatus status);
     void setAccessibility(bool trusted);
-    /// The version on offer; nothing hides the line.
+    /// The version on offer; nullopt hides the line.
     void setUpdate(const std::optional<QString>& version);
 
     /// The menu and the icon as they stand, whether there is a place for them or not.
@@ -66,13 +68,14 @@ class StatusMenu : public QObject {
     QAction* addLine(const QString& text, const std::function<void()>& chosen);
     void placeChanged(const std::optional<StatusItemPlace>& place);
     void showItem();
-    void drawTitle();
+    void drawTitles();
     void drawIcon();
     void lookAtPanel();
     StatusItemPlace::Foreground foreground() const;
     QColor colour() const;
 
     QString title_;
+    QString updateTitle_;
     QString symbol_;
     Tint tint_ = Tint::None;
     std::optional<StatusItemPlace> place_;
