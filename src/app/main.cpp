@@ -18,6 +18,10 @@
 namespace parlivo {
 namespace {
 
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::main)
+};
+
 void print(std::FILE* stream, const QString& text) {
     std::fputs(text.toUtf8().constData(), stream);
     std::fputc('\n', stream);
@@ -28,18 +32,27 @@ int complain(const QString& message) {
     return 1;
 }
 
-/// Speaks to the running instance for a second start.
+/// Why a command did not arrive.
+QString refusal(RemoteControl::Delivery delivery) {
+    switch (delivery) {
+        case RemoteControl::Delivery::NoInstance:
+            return Texts::tr("non è in esecuzione");
+        case RemoteControl::Delivery::NoAnswer:
+            return Texts::tr("l'istanza in esecuzione non risponde");
+        case RemoteControl::Delivery::Refused:
+            return Texts::tr("l'istanza in esecuzione ha rifiutato il comando");
+        case RemoteControl::Delivery::Unavailable:
+        case RemoteControl::Delivery::Done:
+            break;
+    }
+    return Texts::tr("controllo non disponibile: questa sessione non ha un bus D-Bus");
+}
+
+/// Passes the commands of a second start to the running instance.
 int forward(const std::vector<RemoteCommand>& commands) {
     for (const RemoteCommand command : commands) {
-        switch (Platform::current().remoteControl().send(command)) {
-            case RemoteControl::Delivery::Done:
-                break;
-            case RemoteControl::Delivery::NoInstance:
-                return complain(QCoreApplication::translate("parlivo::main", "non è in esecuzione"));
-            case RemoteControl::Delivery::Unavailable:
-                return complain(QCoreApplication::translate(
-                    "parlivo::main", "controllo non disponibile: questa sessione non ha un bus D-Bus"));
-        }
+        const auto delivery = Platform::current().remoteControl().send(command);
+        if (delivery != RemoteControl::Delivery::Done) return complain(refusal(delivery));
     }
     return 0;
 }
@@ -75,8 +88,7 @@ int claimAndRun(const CommandLine& line, const std::optional<QString>& problem) 
     if (Platform::current().remoteControl().claim() == RemoteControl::Claim::Another) {
         return forward(line.commands.empty() ? std::vector{RemoteCommand::ShowSettings} : line.commands);
     }
-    if (!line.canStart())
-        return complain(QCoreApplication::translate("parlivo::main", "non è in esecuzione"));
+    if (!line.canStart()) return complain(Texts::tr("non è in esecuzione"));
     if (problem) return complain(*problem);
     const int result = runApplication(line);
     HttpSession::end();

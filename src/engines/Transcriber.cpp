@@ -77,20 +77,15 @@ QByteArray fieldsAfterFile(const Form& form) {
     return fields + form.field("response_format", QStringLiteral("json")) + form.closing();
 }
 
-[[noreturn]] void failToRead(const QFile& file) {
-    throw Error(QStringLiteral("File"), file.error(),
-                file.fileName() + QStringLiteral(": ") + file.errorString());
-}
-
 /// head + the file's bytes + tail. A long recording is copied once, from the file to its place.
 QByteArray enclose(const QByteArray& head, const QString& path, const QByteArray& tail) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) failToRead(file);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) throw Error::file(file);
     QByteArray body = head;
     body.reserve(head.size() + file.size() + tail.size());
     body.resize(head.size() + file.size());
     const qint64 count = file.read(body.data() + head.size(), file.size());
-    if (count < 0) failToRead(file);
+    if (count < 0) throw Error::file(file);
     body.truncate(head.size() + count);
     return body += tail;
 }

@@ -29,6 +29,8 @@ class RemoteControl {
         Done,
         Unavailable,  ///< this session has no way to reach a running instance
         NoInstance,   ///< none runs
+        NoAnswer,     ///< the running instance did not answer in time
+        Refused,      ///< the running instance, or the way to it, answered with an error
     };
 
     virtual ~RemoteControl() = default;

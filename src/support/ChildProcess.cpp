@@ -4,6 +4,7 @@
 #include "support/Error.h"
 #include "support/LoopJobs.h"
 
+#include <QCoreApplication>
 #include <QMutex>
 #include <QProcess>
 #include <QThread>
@@ -85,7 +86,9 @@ class ChildProcessThread : private LoopJobs {
         process->setProcessEnvironment(conditions.environment);
         process->start();
         if (!process->waitForStarted()) {
-            throw Error(QStringLiteral("Process"), process->error(), process->errorString());
+            throw Error(QStringLiteral("Process"), process->error(),
+                        QCoreApplication::translate("parlivo::ChildProcess", "impossibile avviare %1")
+                            .arg(program.path));
         }
         auto child = std::make_shared<ChildProcess::Shared>();
         child->processId = process->processId();

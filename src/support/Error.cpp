@@ -1,37 +1,78 @@
 #include "support/Error.h"
 
+#include <QCoreApplication>
+
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 namespace parlivo {
 
 namespace {
 
-/// What users meet is told in their language; the rest as the system says it.
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::Error)
+};
+
+/// The reasons that a user may meet. The system's own texts are in the language of its locale, or in English.
 QString reason(int errnoValue) {
     switch (errnoValue) {
         case ENOSPC:
         case EDQUOT:
-            return QStringLiteral("spazio su disco esaurito");
+            return Texts::tr("spazio su disco esaurito");
         case EFBIG:
-            return QStringLiteral("file troppo grande per questo disco");
+            return Texts::tr("file troppo grande per questo disco");
         case EACCES:
         case EPERM:
-            return QStringLiteral("permesso negato");
+            return Texts::tr("permesso negato");
         case EROFS:
-            return QStringLiteral("disco di sola lettura");
+            return Texts::tr("disco di sola lettura");
         case ENOENT:
-            return QStringLiteral("la cartella o il file non esiste");
+            return Texts::tr("la cartella o il file non esiste");
+        case EEXIST:
+            return Texts::tr("esiste già");
         case ENOTDIR:
-            return QStringLiteral("la posizione non è una cartella");
+            return Texts::tr("la posizione non è una cartella");
         case EISDIR:
-            return QStringLiteral("al suo posto c'è una cartella");
+            return Texts::tr("al suo posto c'è una cartella");
+        case ENOTEMPTY:
+            return Texts::tr("la cartella non è vuota");
+        case ENAMETOOLONG:
+            return Texts::tr("il nome è troppo lungo");
+        case ELOOP:
+            return Texts::tr("troppi collegamenti simbolici");
         case EIO:
-            return QStringLiteral("errore del disco");
+            return Texts::tr("errore del disco");
+        case EMFILE:
+        case ENFILE:
+            return Texts::tr("troppi file aperti");
+        case ENOMEM:
+            return Texts::tr("memoria esaurita");
+        case EBUSY:
+        case ETXTBSY:
+            return Texts::tr("è in uso");
         default:
-            // strerrordesc_np would be cleaner, but only strerror is portable; its text is copied at once.
-            return QString::fromLocal8Bit(std::strerror(errnoValue));
+            return Texts::tr("errore di sistema %1").arg(errnoValue);
+    }
+}
+
+QString reason(QFileDevice::FileError error) {
+    switch (error) {
+        case QFileDevice::PermissionsError:
+            return Texts::tr("permesso negato");
+        case QFileDevice::ResourceError:
+            return Texts::tr("spazio su disco o memoria esauriti");
+        case QFileDevice::OpenError:
+            return Texts::tr("impossibile aprire il file");
+        case QFileDevice::ReadError:
+            return Texts::tr("errore di lettura");
+        case QFileDevice::WriteError:
+            return Texts::tr("errore di scrittura");
+        case QFileDevice::RemoveError:
+            return Texts::tr("impossibile eliminare il file");
+        case QFileDevice::RenameError:
+            return Texts::tr("impossibile rinominare il file");
+        default:
+            return Texts::tr("errore del file %1").arg(static_cast<int>(error));
     }
 }
 
@@ -53,6 +94,11 @@ Error::Error(QString domain, int code, QString description)
 
 Error Error::system(int errnoValue, const QString& subject) {
     return {QStringLiteral("POSIX"), errnoValue, subject + QStringLiteral(": ") + reason(errnoValue)};
+}
+
+Error Error::file(const QFileDevice& file) {
+    return {QStringLiteral("File"), file.error(),
+            file.fileName() + QStringLiteral(": ") + reason(file.error())};
 }
 
 bool Error::is(ErrorCode code) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFileDevice>
 #include <QString>
 
 #include <exception>
@@ -31,6 +32,10 @@ class Error : public std::exception {
     /// A failed system call: domain "POSIX", the errno value and what it means to the user, preceded by
     /// `subject`.
     static Error system(int errnoValue, const QString& subject);
+
+    /// A failed operation of a file: domain "File", Qt's code for it and what it means to the user, preceded
+    /// by the file's name.
+    static Error file(const QFileDevice& file);
 
     const QString& domain() const { return domain_; }
     int code() const { return code_; }

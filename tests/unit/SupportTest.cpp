@@ -6,6 +6,7 @@
 #include "support/Text.h"
 
 #include <QCoreApplication>
+#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -83,6 +84,31 @@ TEST(ErrorTest, CarriesDomainCodeAndText) {
     EXPECT_EQ(system.domain(), QStringLiteral("POSIX"));
     EXPECT_EQ(system.code(), ENOENT);
     EXPECT_FALSE(system.is(ErrorCode::ConversionFailed)) << "the same number in another domain";
+}
+
+TEST(ErrorTest, ReasonsAreItalianWhateverTheSystemSpeaks) {
+    const auto reason = [](int code) {
+        return Error::system(code, QStringLiteral("/x")).localizedDescription();
+    };
+    EXPECT_EQ(reason(ENOSPC), QStringLiteral("/x: spazio su disco esaurito"));
+    EXPECT_EQ(reason(EEXIST), QStringLiteral("/x: esiste già"));
+    EXPECT_EQ(reason(EMFILE), QStringLiteral("/x: troppi file aperti"));
+    EXPECT_EQ(reason(EDOM), QStringLiteral("/x: errore di sistema %1").arg(EDOM)) << "one of the rare";
+    EXPECT_EQ(reason(99999), QStringLiteral("/x: errore di sistema 99999"));
+}
+
+TEST(ErrorTest, AFilesFailureIsItalianAndNamesTheFile) {
+    QFile missing(QStringLiteral("/nonexistent/file"));
+    ASSERT_FALSE(missing.open(QIODevice::ReadOnly));
+    const Error error = Error::file(missing);
+    EXPECT_EQ(error.domain(), QStringLiteral("File"));
+    EXPECT_EQ(error.code(), QFileDevice::OpenError);
+    EXPECT_EQ(error.localizedDescription(), QStringLiteral("/nonexistent/file: impossibile aprire il file"));
+    QFile full(QStringLiteral("/dev/full"));
+    ASSERT_TRUE(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    EXPECT_EQ(full.write("x"), -1);
+    EXPECT_EQ(Error::file(full).localizedDescription(),
+              QStringLiteral("/dev/full: spazio su disco o memoria esauriti"));
 }
 
 TEST(SerialQueueTest, RunsJobsInOrderOnOneThread) {

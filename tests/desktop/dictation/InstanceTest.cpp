@@ -77,6 +77,16 @@ TEST_F(InstanceTest, WithoutARunningProgramThereIsNothingToCommand) {
     EXPECT_EQ(outcome.errors, QStringLiteral("Parlivo: non è in esecuzione\n"));
 }
 
+TEST_F(InstanceTest, AProgramThatDoesNotAnswerIsNotTakenForAMissingBus) {
+    const Program program;
+    ASSERT_TRUE(program.waitUntilUp());
+    program.signal(SIGSTOP);
+    const Outcome outcome = Program::call({QStringLiteral("--toggle")});
+    program.signal(SIGCONT);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, QStringLiteral("Parlivo: l'istanza in esecuzione non risponde\n"));
+}
+
 TEST_F(InstanceTest, TheCommandLineAnswersWithoutStartingAnything) {
     EXPECT_EQ(Program::call({QStringLiteral("--version")}).output,
               QStringLiteral("Parlivo " PARLIVO_TEST_VERSION "\n"));

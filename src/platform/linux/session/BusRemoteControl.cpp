@@ -5,6 +5,7 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDir>
 
@@ -63,8 +64,12 @@ BusRemoteControl::~BusRemoteControl() {
 }
 
 RemoteControl::Claim BusRemoteControl::claim() {
-    const bool first = busServes() ? bus().registerService(service) : lock_.take();
-    return first ? Claim::Only : Claim::Another;
+    if (busServes()) {
+        if (bus().registerService(service)) return Claim::Only;
+        if (bus().interface()->isServiceRegistered(service)) return Claim::Another;
+    }
+    // There is no bus, or it refuses the name.
+    return lock_.take() ? Claim::Only : Claim::Another;
 }
 
 void BusRemoteControl::serve(RemoteTarget target) {
@@ -83,7 +88,19 @@ RemoteControl::Delivery BusRemoteControl::send(RemoteCommand command) {
     if (!bus().interface()->isServiceRegistered(service)) return Delivery::NoInstance;
     const auto call = QDBusMessage::createMethodCall(service, path, interfaceName, methodOf(command));
     const QDBusMessage reply = bus().call(call, QDBus::Block, replyTimeout);
-    return reply.type() == QDBusMessage::ReplyMessage ? Delivery::Done : Delivery::Unavailable;
+    if (reply.type() == QDBusMessage::ReplyMessage) return Delivery::Done;
+    switch (QDBusError(reply).type()) {
+        case QDBusError::NoReply:
+        case QDBusError::TimedOut:
+        case QDBusError::Timeout:
+            return Delivery::NoAnswer;
+        case QDBusError::ServiceUnknown:
+            return Delivery::NoInstance;
+        case QDBusError::Disconnected:
+            return Delivery::Unavailable;
+        default:
+            return Delivery::Refused;
+    }
 }
 
 }  // namespace parlivo

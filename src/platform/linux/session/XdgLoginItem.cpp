@@ -107,10 +107,7 @@ bool XdgLoginItem::isEnabled() {
 void XdgLoginItem::setEnabled(bool enabled) {
     if (enabled) return write();
     QFile entry(entryPath());
-    if (entry.exists() && !entry.remove()) {
-        throw Error(QStringLiteral("File"), entry.error(),
-                    entryPath() + QStringLiteral(": ") + entry.errorString());
-    }
+    if (entry.exists() && !entry.remove()) throw Error::file(entry);
 }
 
 void XdgLoginItem::write() const {
@@ -126,7 +123,7 @@ void XdgLoginItem::write() const {
                              "Terminal=false\n")
                              .arg(toEntry(quoted(program_)));
     if (!entry.open(QIODevice::WriteOnly) || entry.write(text.toUtf8()) < 0 || !entry.commit()) {
-        throw Error(QStringLiteral("File"), entry.error(), path + QStringLiteral(": ") + entry.errorString());
+        throw Error::file(entry);
     }
 }
 
