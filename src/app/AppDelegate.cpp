@@ -1,6 +1,6 @@
 #include "app/AppDelegate.h"
 
-#include "app/Leftovers.h"
+#include "app/StaleFiles.h"
 #include "models/ModelPaths.h"
 #include "models/ModelsMove.h"
 #include "platform/Platform.h"
@@ -34,7 +34,7 @@ void playIfWanted(const QString& sound) {
     if (soundsOn()) Platform::current().sounds().play(sound);
 }
 
-QString verdict(bool granted) {
+QString answerWord(bool granted) {
     return granted ? QStringLiteral("OK") : QStringLiteral("NEGATO");
 }
 
@@ -48,7 +48,7 @@ AppDelegate::AppDelegate(Collaborators collaborators, AudioRecorder::Now now)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
-    pipelineQueue_.async(removeLeftovers);
+    pipelineQueue_.async(removeStaleFiles);
     ModelsMove::recover();
     setupStatusItem();
     const QPointer self(this);
@@ -86,7 +86,7 @@ void AppDelegate::installHotKey() {
     hotKey_.applyCurrentPreset();
     connect(&SettingsNotifier::shared(), &SettingsNotifier::pvHotkeyChanged, this,
             [this] { hotKey_.applyCurrentPreset(); });
-    // A microphone that goes away ends the recording with what it has: nobody should talk on into nothing.
+    // When the microphone is unplugged, the recording ends as if the key had been released.
     recorder_.onInterrupted = [this] { stopAndProcess(); };
 }
 
@@ -106,8 +106,7 @@ void AppDelegate::keyDown() {
 }
 
 void AppDelegate::keyUp() {
-    // Any other mode than these two starts on the press and is ended by no key: a deliberate one-sided
-    // fallback.
+    // An unknown mode starts a recording on the key press and never ends it by key; that is intended.
     if (Config::get(Settings::dictationMode) == DictationMode::PushToTalk) stopAndProcess();
 }
 
@@ -151,15 +150,15 @@ void AppDelegate::startRecording() {
 
 void AppDelegate::stopAndProcess() {
     if (state_ != State::recording) return;
-    // The job owns the recording: a job that the program's end drops deletes it too. It claims the file
-    // before the recorder lets go of it, so that at no moment it looks like a dead program's.
+    // The job owns the recording, so that a job that is dropped at the program's end deletes it too. It locks
+    // the file before the recorder unlocks it, so that the file never looks stale.
     auto recording = std::make_shared<ScopedFile>(recorder_.currentURL().value());
     if (!recorder_.stop()) {
         setState(State::idle);
         overlay_.hide();
         return;
     }
-    // Handed over before sound and icon: the engine works while they are seen to.
+    // Queued before the sound is played and the icon is drawn, so that the engine works meanwhile.
     pipelineQueue_.async([this, recording = std::move(recording)] { step_.run(*recording); });
     playIfWanted(QStringLiteral("Pop"));
     setState(State::transcribing);
@@ -220,9 +219,9 @@ void AppDelegate::menuWillOpen() {
 void AppDelegate::requestPermissions() {
     auto& permissions = Platform::current().permissions();
     permissions.requestMicrophone(
-        [](bool granted) { Log::info(QStringLiteral("permesso microfono: ") + verdict(granted)); });
+        [](bool granted) { Log::info(QStringLiteral("permesso microfono: ") + answerWord(granted)); });
     const bool trusted = permissions.accessibilityTrusted(Permissions::Prompt::Yes);
-    Log::info(QStringLiteral("permesso accessibilità: ") + verdict(trusted));
+    Log::info(QStringLiteral("permesso accessibilità: ") + answerWord(trusted));
 }
 
 void AppDelegate::setState(State state) {

@@ -43,11 +43,11 @@ class AppDelegate : public QObject {
     /// A command from outside: a second start, a script on the bus.
     void perform(RemoteCommand command);
 
-    /// A passing message in the menu's first line: the first 80 characters, for 8 seconds.
+    /// Shows the first 80 characters of a message in the menu's first line, for 8 seconds.
     void showError(const QString& message);
 
     State state() const { return state_; }
-    /// The menu's first line as it stands.
+    /// The current first line of the menu.
     QString statusLine() const;
 
   private:
@@ -73,7 +73,7 @@ class AppDelegate : public QObject {
     DictationOverlay overlay_;
     State state_ = State::idle;
     PipelineStep step_;
-    /// Last: its end waits for the running step, which uses everything above.
+    /// The last member: its destructor waits for the running step, which uses the others.
     SerialQueue pipelineQueue_{QStringLiteral("parlivo.pipeline")};
 };
 

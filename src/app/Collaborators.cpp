@@ -27,8 +27,9 @@ void endEngines() {
     LlamaRunner::shutdown();
 }
 
-/// The windows, which stay once they have been shown, and the updater. Whatever uses them holds them.
-struct Holdings {
+/// The windows, which are kept once they have been shown, and the updater. Every function below shares the
+/// ownership.
+struct Owned {
     ModelsMover modelsMover;
     OnboardingWindowController onboarding;
     FeedbackWindowController feedback;
@@ -46,7 +47,7 @@ struct Holdings {
 }  // namespace
 
 Collaborators Collaborators::real() {
-    const auto held = std::make_shared<Holdings>();
+    const auto owned = std::make_shared<Owned>();
     return {
         .ensureTranscriber = Transcriber::ensureServer,
         .ensureCleaner = LlamaRunner::ensureServer,
@@ -57,25 +58,25 @@ Collaborators Collaborators::real() {
         .paste = Injector::paste,
         .stopEngines = endEngines,
         .showOnboarding =
-            [held](const std::function<void()>& onFinished) {
-                held->onboarding.onFinished = onFinished;
-                held->onboarding.show();
+            [owned](const std::function<void()>& onFinished) {
+                owned->onboarding.onFinished = onFinished;
+                owned->onboarding.show();
             },
         .startUpdater =
-            [held](const std::function<void()>& onStateChange) {
-                held->updater.onStateChange = onStateChange;
-                held->updater.start();
+            [owned](const std::function<void()>& onStateChange) {
+                owned->updater.onStateChange = onStateChange;
+                owned->updater.start();
             },
         .availableVersion =
-            [held] {
-                const auto& available = held->updater.available;
+            [owned] {
+                const auto& available = owned->updater.available;
                 return available ? std::optional(available->version) : std::nullopt;
             },
-        .promptAndInstall = [held] { held->updater.promptAndInstall(); },
+        .promptAndInstall = [owned] { owned->updater.promptAndInstall(); },
         .showWhatsNew = WhatsNew::showIfPending,
-        .showSettings = [held] { held->settings.show(); },
-        .showFeedback = [held] { held->feedback.show(); },
-        .maybePromptForFeedback = [held] { held->feedback.maybePromptAfterDictation(); },
+        .showSettings = [owned] { owned->settings.show(); },
+        .showFeedback = [owned] { owned->feedback.show(); },
+        .maybePromptForFeedback = [owned] { owned->feedback.maybePromptAfterDictation(); },
     };
 }
 

@@ -7,8 +7,8 @@
 
 namespace parlivo {
 
-/// What AppDelegate asks of the engines, the keyboard and the windows. `real()` wires them up; a test puts in
-/// its own, so that the rules of a dictation can be watched one by one.
+/// What AppDelegate asks of the engines, the keyboard and the windows. `real()` returns the program's own; a
+/// test passes functions of its own.
 struct Collaborators {
     // On the pipeline queue; blocking.
     std::function<void()> ensureTranscriber;

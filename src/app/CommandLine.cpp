@@ -40,26 +40,26 @@ QString line(const QString& name, const QString& meaning) {
 }  // namespace
 
 bool CommandLine::canStart() const {
-    return wish == Wish::Start ||
-           (wish == Wish::Command && std::all_of(commands.begin(), commands.end(), [](RemoteCommand c) {
+    return action == Action::Start ||
+           (action == Action::Command && std::all_of(commands.begin(), commands.end(), [](RemoteCommand c) {
                 return c == RemoteCommand::ShowSettings || c == RemoteCommand::ShowFeedback;
             }));
 }
 
-std::variant<CommandLine, CommandLineFault> parseCommandLine(const QStringList& arguments) {
+std::variant<CommandLine, CommandLineError> parseCommandLine(const QStringList& arguments) {
     CommandLine result;
     for (const QString& argument : arguments) {
         if (argument == QLatin1String("--help") || argument == QLatin1String("-h")) {
-            return CommandLine{CommandLine::Wish::ShowHelp, {}};
+            return CommandLine{CommandLine::Action::ShowHelp, {}};
         }
-        if (argument == QLatin1String("--version")) return CommandLine{CommandLine::Wish::ShowVersion, {}};
+        if (argument == QLatin1String("--version")) return CommandLine{CommandLine::Action::ShowVersion, {}};
         const auto* found = std::find_if(options.begin(), options.end(), [&](const Option& option) {
             return argument == QStringView(option.name);
         });
         if (found == options.end()) {
-            return CommandLineFault{Texts::tr("opzione sconosciuta: %1 (vedi --help)").arg(argument)};
+            return CommandLineError{Texts::tr("opzione sconosciuta: %1 (vedi --help)").arg(argument)};
         }
-        result.wish = CommandLine::Wish::Command;
+        result.action = CommandLine::Action::Command;
         result.commands.push_back(found->command);
     }
     return result;

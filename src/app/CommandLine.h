@@ -13,27 +13,27 @@ namespace parlivo {
 
 /// What the user asked for on the command line.
 struct CommandLine {
-    enum class Wish {
+    enum class Action {
         Start,  ///< no arguments: start, or bring the running instance forward
         ShowHelp,
         ShowVersion,
         Command,  ///< `commands`, for the running instance
     };
-    Wish wish = Wish::Start;
+    Action action = Action::Start;
     std::vector<RemoteCommand> commands;
 
-    /// Whether the commands make sense for a program that is only just starting: windows do, key edges do
-    /// not.
+    /// Whether the commands make sense for a program that is just starting: opening windows does, key presses
+    /// and releases do not.
     bool canStart() const;
 };
 
-/// What is wrong with a command line, in Italian.
-struct CommandLineFault {
+/// Why a command line is refused; the message is Italian.
+struct CommandLineError {
     QString message;
 };
 
 /// `arguments` without the program's name.
-std::variant<CommandLine, CommandLineFault> parseCommandLine(const QStringList& arguments);
+std::variant<CommandLine, CommandLineError> parseCommandLine(const QStringList& arguments);
 
 /// The text of --help, Italian.
 QString commandLineHelp();

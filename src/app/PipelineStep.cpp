@@ -17,7 +17,8 @@ namespace parlivo {
 
 namespace {
 
-/// Texts of more characters than this are pasted whatever the typing speed: nobody waits that long.
+/// Texts of more characters than this are pasted whatever the typing speed is: typing them would take too
+/// long.
 constexpr qsizetype typingCeiling = 1500;
 
 bool debugMode() {
@@ -71,7 +72,7 @@ void PipelineStep::run(ScopedFile& recording) {
 
 QString PipelineStep::transcribe(ScopedFile& recording) {
     const ScopedFile wav(collaborators_.convert(recording.path()));
-    // The voice is kept no longer than it takes to convert it.
+    // The recording is deleted as soon as it is converted.
     recording.remove();
     Log::info(QStringLiteral("audio convertito: %1 byte").arg(QFileInfo(wav.path()).size()));
     return collaborators_.transcribe(wav.path());

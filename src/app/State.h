@@ -9,14 +9,14 @@
 
 namespace parlivo {
 
-/// Where a dictation stands. One at a time; changed by AppDelegate alone, on the main thread.
+/// The state of a dictation. Changed by AppDelegate only, on the main thread.
 enum class State : std::uint8_t { idle, recording, transcribing, cleaning, typing };
 
 /// The first line of the menu. The idle text names ⌥Spazio whatever preset is chosen.
 QString statusText(State state);
-/// The inverse; nothing for a text that is no state's.
+/// The inverse; nullopt if the text is that of no state.
 std::optional<State> stateOf(const QString& statusText);
-/// The name of the case, as the bus tells it.
+/// The name of the case, as it is announced on the bus.
 QString caseName(State state);
 
 /// What the status item shows.

@@ -7,7 +7,7 @@
 #include "support/HttpSession.h"
 #include "support/MainQueue.h"
 #include "ui/views/AppIcon.h"
-#include "ui/views/Language.h"
+#include "ui/views/Translation.h"
 
 #include <QApplication>
 
@@ -27,7 +27,7 @@ void print(std::FILE* stream, const QString& text) {
     std::fputc('\n', stream);
 }
 
-int complain(const QString& message) {
+int fail(const QString& message) {
     print(stderr, QStringLiteral("Parlivo: ") + message);
     return 1;
 }
@@ -49,10 +49,10 @@ QString refusal(RemoteControl::Delivery delivery) {
 }
 
 /// Passes the commands of a second start to the running instance.
-int forward(const std::vector<RemoteCommand>& commands) {
+int sendToRunningInstance(const std::vector<RemoteCommand>& commands) {
     for (const RemoteCommand command : commands) {
         const auto delivery = Platform::current().remoteControl().send(command);
-        if (delivery != RemoteControl::Delivery::Done) return complain(refusal(delivery));
+        if (delivery != RemoteControl::Delivery::Done) return fail(refusal(delivery));
     }
     return 0;
 }
@@ -66,13 +66,13 @@ RemoteTarget targetOf(AppDelegate& delegate) {
     };
 }
 
-/// The one instance, from start to end.
+/// Runs the only instance from start to end.
 int runApplication(const CommandLine& line) {
     AppDelegate delegate;
     Platform& platform = Platform::current();
     platform.onTerminationRequest([] { QCoreApplication::quit(); });
-    // Inside the event loop: the notes of a new version wait for the user, who may want to quit instead, or
-    // whose other programs may call meanwhile.
+    // Runs inside the event loop, because the what's-new notice waits for the user, and the program must
+    // react to quit requests and to the bus meanwhile.
     MainQueue::async([&] {
         platform.remoteControl().serve(targetOf(delegate));
         delegate.applicationDidFinishLaunching();
@@ -83,13 +83,14 @@ int runApplication(const CommandLine& line) {
     return result;
 }
 
-/// Only one instance starts; any other passes its wish on and ends.
-int claimAndRun(const CommandLine& line, const std::optional<QString>& problem) {
+/// Only one instance runs; a second one sends its commands to the first and ends.
+int runOnlyInstance(const CommandLine& line, const std::optional<QString>& problem) {
     if (Platform::current().remoteControl().claim() == RemoteControl::Claim::Another) {
-        return forward(line.commands.empty() ? std::vector{RemoteCommand::ShowSettings} : line.commands);
+        return sendToRunningInstance(line.commands.empty() ? std::vector{RemoteCommand::ShowSettings}
+                                                           : line.commands);
     }
-    if (!line.canStart()) return complain(Texts::tr("non è in esecuzione"));
-    if (problem) return complain(*problem);
+    if (!line.canStart()) return fail(Texts::tr("non è in esecuzione"));
+    if (problem) return fail(*problem);
     const int result = runApplication(line);
     HttpSession::end();
     ChildProcess::endAll();
@@ -97,7 +98,8 @@ int claimAndRun(const CommandLine& line, const std::optional<QString>& problem) 
     return result;
 }
 
-/// With a screen the full application; a mere messenger needs none and starts faster without.
+/// A QApplication if windows may be shown; a second start that only sends commands needs none and starts
+/// faster without.
 std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool withScreen) {
     QCoreApplication::setApplicationName(QStringLiteral("Parlivo"));
     if (!withScreen) return std::make_unique<QCoreApplication>(argc, argv);
@@ -105,7 +107,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool w
     QApplication::setDesktopFileName(QStringLiteral("it.parlivo.Parlivo"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(appIcon());
-    speakItalian();
+    installTranslation();
     return application;
 }
 
@@ -113,25 +115,25 @@ int run(int& argc, char** argv) {
     QStringList arguments;
     for (int i = 1; i < argc; ++i) arguments.append(QString::fromLocal8Bit(argv[i]));
     const auto parsed = parseCommandLine(arguments);
-    if (const auto* fault = std::get_if<CommandLineFault>(&parsed)) return complain(fault->message);
+    if (const auto* error = std::get_if<CommandLineError>(&parsed)) return fail(error->message);
     const auto& line = std::get<CommandLine>(parsed);
     Platform::install(makePlatform());
     ChildProcess::setChildSetup(Platform::current().childSetup());
     ChildProcess::setEnvironment(Platform::current().childEnvironment());
-    switch (line.wish) {
-        case CommandLine::Wish::ShowHelp:
+    switch (line.action) {
+        case CommandLine::Action::ShowHelp:
             print(stdout, commandLineHelp());
             return 0;
-        case CommandLine::Wish::ShowVersion:
+        case CommandLine::Action::ShowVersion:
             print(stdout, QStringLiteral("Parlivo ") + Config::appVersion());
             return 0;
-        case CommandLine::Wish::Start:
-        case CommandLine::Wish::Command:
+        case CommandLine::Action::Start:
+        case CommandLine::Action::Command:
             break;
     }
     const auto problem = line.canStart() ? Platform::current().startProblem() : std::nullopt;
     const auto application = makeApplication(argc, argv, line.canStart() && !problem);
-    const int result = claimAndRun(line, problem);
+    const int result = runOnlyInstance(line, problem);
     Platform::install(nullptr);
     return result;
 }

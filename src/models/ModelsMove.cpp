@@ -59,7 +59,7 @@ bool copyBlocks(QFile& source, QFile& copy) {
     return false;
 }
 
-/// A copy whose bytes are known to be on the disk.
+/// Copies and flushes to the disk; false on any error.
 bool copyDurably(const QString& from, const QString& to) {
     QFile source(from);
     QFile copy(to);
@@ -90,7 +90,7 @@ void rollback(const QStringList& names, const QString& from, const QString& to) 
         const QString there = QDir(to).filePath(name);
         QFile::remove(there + temporarySuffix);
         removeDuplicate(there, here);
-        // Where it could only be renamed.
+        // The file system has no hard links, so the file was renamed.
         if (!exists(here) && exists(there)) renameTo(there, here);
     }
 }

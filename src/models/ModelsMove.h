@@ -19,7 +19,8 @@ namespace parlivo {
 /// folder tells the next start what was under way. (Only on a file system without hard links, a model that
 /// moves within it leaves its old place at once.)
 ///
-/// One thread at a time, not the main one: across file systems this copies, which takes its time.
+/// To be used by one thread at a time, not the main one: across file systems the files are copied, which may
+/// take minutes.
 class ModelsMove {
   public:
     ModelsMove(const QString& from, const QString& to);

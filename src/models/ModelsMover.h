@@ -9,8 +9,8 @@
 
 namespace parlivo {
 
-/// Moves the models from one folder to another in the background, where gigabytes on their way to another
-/// disk hold nobody up. Main thread.
+/// Moves the models to another folder on a queue of its own, because copying gigabytes to another disk takes
+/// minutes. To be used on the main thread.
 class ModelsMover {
   public:
     /// Moves the models of the folder in force into `to`, stores `to` as the folder in force and then calls
@@ -20,7 +20,7 @@ class ModelsMover {
 
   private:
     Lifetime lifetime_;
-    /// Last: a move that still runs is waited for before anything else goes.
+    /// The last member: its destructor waits for a move that still runs.
     SerialQueue queue_{QStringLiteral("parlivo.models")};
 };
 

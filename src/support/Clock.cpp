@@ -27,16 +27,16 @@ void observe(std::chrono::milliseconds stated) {
     if (observation().observer) observation().observer(stated);
 }
 
-/// Every wait of the process sleeps on this one pair, so that the end of the program reaches all of them. The
-/// waits are few (one a queue), so a shared wake-up costs nothing.
-struct Bell {
+/// All waits of the process use this one condition variable, so that the end of the program reaches all of
+/// them. There are few waits (one for each queue), so waking all of them costs little.
+struct WaitState {
     std::mutex mutex;
-    std::condition_variable rung;
+    std::condition_variable changed;
     bool interrupted = false;  // under mutex
 };
 
-Bell& bell() {
-    static Bell instance;
+WaitState& waitState() {
+    static WaitState instance;
     return instance;
 }
 
@@ -67,52 +67,52 @@ bool sleepFor(std::chrono::milliseconds stated) {
 }
 
 bool sleepUntil(TimePoint moment) {
-    std::unique_lock lock(bell().mutex);
-    return !bell().rung.wait_until(lock, moment, [] { return bell().interrupted; });
+    std::unique_lock lock(waitState().mutex);
+    return !waitState().changed.wait_until(lock, moment, [] { return waitState().interrupted; });
 }
 
 void interruptAll() {
     {
-        const std::lock_guard lock(bell().mutex);
-        bell().interrupted = true;
+        const std::lock_guard lock(waitState().mutex);
+        waitState().interrupted = true;
     }
-    bell().rung.notify_all();
+    waitState().changed.notify_all();
 }
 
 bool interrupted() {
-    const std::lock_guard lock(bell().mutex);
-    return bell().interrupted;
+    const std::lock_guard lock(waitState().mutex);
+    return waitState().interrupted;
 }
 
 void resume() {
-    const std::lock_guard lock(bell().mutex);
-    bell().interrupted = false;
+    const std::lock_guard lock(waitState().mutex);
+    waitState().interrupted = false;
 }
 
-// A signal shares the bell's lock: that makes "raised or interrupted" one condition to wait for.
+// A signal uses the lock of the shared wait state, so that "raised or interrupted" is one condition.
 void Signal::raise() {
     {
-        const std::lock_guard lock(bell().mutex);
+        const std::lock_guard lock(waitState().mutex);
         raised_ = true;
     }
-    bell().rung.notify_all();
+    waitState().changed.notify_all();
 }
 
 bool Signal::waitUntil(TimePoint end) {
-    std::unique_lock lock(bell().mutex);
-    bell().rung.wait_until(lock, end, [this] { return raised_ || bell().interrupted; });
+    std::unique_lock lock(waitState().mutex);
+    waitState().changed.wait_until(lock, end, [this] { return raised_ || waitState().interrupted; });
     return raised_;
 }
 
 bool Signal::wait() {
-    std::unique_lock lock(bell().mutex);
-    bell().rung.wait(lock, [this] { return raised_ || bell().interrupted; });
+    std::unique_lock lock(waitState().mutex);
+    waitState().changed.wait(lock, [this] { return raised_ || waitState().interrupted; });
     return raised_;
 }
 
 void Signal::waitUninterrupted() {
-    std::unique_lock lock(bell().mutex);
-    bell().rung.wait(lock, [this] { return raised_; });
+    std::unique_lock lock(waitState().mutex);
+    waitState().changed.wait(lock, [this] { return raised_; });
 }
 
 }  // namespace parlivo::Clock

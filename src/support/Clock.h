@@ -18,14 +18,14 @@ TimePoint now();
 /// A stated duration as it is really waited for: multiplied by the scale (1 unless a test says otherwise).
 std::chrono::milliseconds scaled(std::chrono::milliseconds stated);
 
-/// Makes a stated second last `factor` seconds. For tests of long deadlines.
+/// Makes a stated second last `factor` seconds; for tests of long deadlines.
 void setScale(double factor);
 
-/// Called with every duration that is asked for, as it is stated, on the thread that asks; none to stop. For
-/// tests of exact limits.
+/// Sets a function that is called with every requested duration before it is scaled, on the requesting
+/// thread; an empty function removes it. For tests of exact limits.
 void setObserver(std::function<void(std::chrono::milliseconds stated)> observer);
 
-/// Waits for a stated duration. False when the program's end interrupted the wait.
+/// Waits for a stated duration. Returns false if the program's end interrupted the wait.
 bool sleepFor(std::chrono::milliseconds stated);
 /// Waits until a moment of the real clock (not scaled: used where the pace itself is the product). False as
 /// above.
@@ -50,7 +50,7 @@ class Signal {
     bool waitUntil(TimePoint end);
     /// False when the program's end came first.
     bool wait();
-    /// Waits even through the program's end; only for a peer that is known to be about to raise.
+    /// Waits even through the program's end; only for a thread that is known to raise the signal soon.
     void waitUninterrupted();
 
   private:
@@ -60,7 +60,7 @@ class Signal {
 /// The program ends: every wait returns at once, now and from now on.
 void interruptAll();
 bool interrupted();
-/// Waits work again. For tests, which end more than once in a process.
+/// Waits work again; for tests, which simulate the program's end more than once in a process.
 void resume();
 
 }  // namespace parlivo::Clock

@@ -23,8 +23,8 @@ class LoopJobs : public QObject {
     LoopJobs(const LoopJobs&) = delete;
     LoopJobs& operator=(const LoopJobs&) = delete;
 
-    /// Queues a job and returns at once; jobs run in the order they came. Any thread. Jobs that wait when
-    /// this object dies are forgotten.
+    /// Queues a job and returns at once; jobs run in the order they came. Any thread. Jobs that still wait
+    /// when this object is destroyed never run.
     void post(Job job);
 
     /// Runs a job there and returns once it has run. Not on the thread itself. The job must not throw.

@@ -21,15 +21,15 @@ Job guarded(const Lifetime::Token& owner, Job job) {
     };
 }
 
-/// A job that one thread waits for. Whoever claims it first decides: the main thread runs it or the waiter
-/// abandons it.
+/// A job that another thread waits for. The thread that sets `claimed` first decides: the main thread runs
+/// the job, or the waiting thread abandons it.
 struct Rendezvous {
     std::atomic<bool> claimed = false;
     Clock::Signal done;
 };
 
-/// Made by the first who asks, on whatever thread. It outlives the application, whose last events may still
-/// post; what is posted after its end is forgotten.
+/// Created by the first caller, on any thread. It outlives the application object, whose last events may
+/// still post jobs; jobs that are posted after its end never run.
 LoopJobs& jobs() {
     static const auto queue = [] {
         auto made = std::make_unique<LoopJobs>();
@@ -72,7 +72,8 @@ bool sync(const Job& job) {
         meeting->done.raise();
     });
     if (meeting->done.wait()) return true;
-    // Interrupted. If the main thread is already at it, it uses the caller's variables: let it finish.
+    // Interrupted. If the main thread is already running the job, which uses the caller's variables, wait for
+    // its end.
     if (!meeting->claimed.exchange(true)) return false;
     meeting->done.waitUninterrupted();
     return true;

@@ -17,18 +17,18 @@ using Job = std::function<void()>;
 
 /// Runs `job` on the main thread, after what is already queued there.
 void async(Job job);
-/// The same, unless the owner behind `owner` is gone by then.
+/// The same, unless `owner` has expired by then.
 void async(const Lifetime::Token& owner, Job job);
 
-/// Runs `job` on the main thread once `delay` has passed, unless the owner is gone by then.
+/// Runs `job` on the main thread once `delay` has passed, unless `owner` has expired by then.
 void after(std::chrono::milliseconds delay, const Lifetime::Token& owner, Job job);
 
 /// Whether the caller runs on the main thread.
 bool isCurrent();
 
-/// Runs `job` on the main thread and waits for it; at once when the caller is there already. Returns false,
-/// with the job abandoned, when the program ends meanwhile: the main thread may then be waiting for the
-/// caller.
+/// Runs `job` on the main thread and waits for it; on the main thread itself it runs at once. Returns false,
+/// without having run the job, if the program ends meanwhile: the main thread may then be waiting for the
+/// calling thread.
 bool sync(const Job& job);
 
 }  // namespace parlivo::MainQueue

@@ -22,7 +22,7 @@ class SerialQueue {
   public:
     using Job = std::function<void()>;
     enum class AtEnd {
-        DropWaiting,    ///< the destructor forgets the jobs that have not begun
+        DropWaiting,    ///< the destructor drops the jobs that have not started
         FinishWaiting,  ///< the destructor lets them all run
     };
 

@@ -9,15 +9,15 @@
 
 namespace parlivo {
 
-/// Who is told about a download, on the main thread.
+/// The callbacks of a download, on the main thread.
 struct FetchObserver {
     std::function<void(double fraction, qint64 written, qint64 total)> onProgress;
-    /// Once: nothing when the file is in its place, whole.
+    /// Called once, with nullopt if the file is complete and in its place.
     std::function<void(const std::optional<Error>& error)> onCompletion;
 };
 
-/// Begins to fetch a model. What it returns keeps the download alive, and calls it off when let go, which the
-/// observer may do from its own callbacks.
+/// Starts to fetch a model. The download lives as long as the returned pointer and is cancelled when that is
+/// released, which the observer may do from its own callbacks.
 using ModelFetch =
     std::function<std::shared_ptr<void>(const ModelCatalog::Entry& entry, FetchObserver observer)>;
 

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int barWidth = 90;
 constexpr int checkSize = 16;
-constexpr int smallButtonRoom = 28;
+constexpr int smallButtonPadding = 28;
 
 }  // namespace
 
@@ -100,7 +100,7 @@ QWidget* TierPicker::trailingOf(const ModelCatalog::Entry& entry, bool selected)
     QPushButton* button = makeButton(
         tr("Scarica"), [this, entry] { download(entry); }, this);
     button->setFont(textFont(TextStyle::Caption));
-    button->setFixedWidth(button->fontMetrics().horizontalAdvance(button->text()) + smallButtonRoom);
+    button->setFixedWidth(button->fontMetrics().horizontalAdvance(button->text()) + smallButtonPadding);
     return button;
 }
 

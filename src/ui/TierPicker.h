@@ -20,14 +20,15 @@ namespace parlivo {
 class ChoiceRow;
 class Label;
 
-/// Chooses one model tier out of a list and downloads it in place. Choosing counts at once, whether the file
-/// is there or not; downloading is a separate act, offered for the chosen tier. A download goes on out of
-/// sight when another tier is chosen meanwhile.
+/// Chooses one model tier out of a list and downloads it in place. A choice is stored at once, whether the
+/// file is there or not; downloading is a separate action, offered for the chosen tier. A download goes on,
+/// without its progress bar, when another tier is chosen meanwhile.
 class TierPicker : public QWidget {
     Q_OBJECT
 
   public:
-    /// `onChanged` follows every choice, even of what was chosen already, and every end of a download.
+    /// `onChanged` is called after every choice, also of the tier that was chosen already, and after every
+    /// end of a download.
     TierPicker(const QString& title, std::vector<ModelCatalog::Entry> tiers, Binding<QString> selection,
                std::function<void()> onChanged, ModelFetch fetch, QWidget* parent = nullptr);
 
@@ -48,8 +49,8 @@ class TierPicker : public QWidget {
     std::function<void()> onChanged_;
     ModelFetch fetch_;
 
-    /// There is one progress to a picker: that of the download begun last, of the tier of this id. One that
-    /// was begun before goes on out of sight.
+    /// The tier whose progress is shown: that of the download that was started last. One that was started
+    /// before goes on without a progress bar.
     std::optional<QString> downloading_;
     double progress_ = 0;
     std::optional<QString> error_;

@@ -15,7 +15,7 @@ void WhatsNew::showIfPending() {
     const QString lastSeen = Config::get(Settings::lastSeenVersion);
     // A changelog that is not due stays stored: a first start has nothing to compare with.
     if (changelog && !lastSeen.isEmpty() && lastSeen != current) {
-        // First, so that a notice that was cut off does not come back.
+        // Removed first, so that the notice is shown only once even if the program is killed meanwhile.
         Config::remove(Settings::pendingChangelog);
         Dialogs::current().ask(
             {.message = QCoreApplication::translate("parlivo::WhatsNew", "Parlivo %1 — Cosa c'è di nuovo")

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What changed, told once after an update.
+/// The notice of what changed, shown once after an update.
 namespace parlivo::WhatsNew {
 
 /// Shows the changelog that an update left behind, if another version ran here before, and waits until the

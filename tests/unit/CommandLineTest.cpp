@@ -5,7 +5,7 @@
 namespace parlivo {
 namespace {
 
-std::variant<CommandLine, CommandLineFault> parse(const char* arguments) {
+std::variant<CommandLine, CommandLineError> parse(const char* arguments) {
     return parseCommandLine(QString::fromLatin1(arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts));
 }
 
@@ -14,7 +14,7 @@ CommandLine parsed(const char* arguments) {
 }
 
 TEST(CommandLineTest, NoArgumentsStart) {
-    EXPECT_EQ(parsed("").wish, CommandLine::Wish::Start);
+    EXPECT_EQ(parsed("").action, CommandLine::Action::Start);
     EXPECT_TRUE(parsed("").canStart());
 }
 
@@ -34,16 +34,16 @@ TEST(CommandLineTest, WindowsCanBeAskedOfAProgramThatOnlyStarts) {
 }
 
 TEST(CommandLineTest, HelpAndVersionWinOverCommands) {
-    EXPECT_EQ(parsed("--press --help").wish, CommandLine::Wish::ShowHelp);
-    EXPECT_EQ(parsed("--version --quit").wish, CommandLine::Wish::ShowVersion);
+    EXPECT_EQ(parsed("--press --help").action, CommandLine::Action::ShowHelp);
+    EXPECT_EQ(parsed("--version --quit").action, CommandLine::Action::ShowVersion);
 }
 
 TEST(CommandLineTest, AnUnknownOptionIsNamed) {
     for (const char* wrong : {"--pres", "press", "--press=1", "-x", "--settings boh"}) {
         const auto result = parse(wrong);
-        ASSERT_TRUE(std::holds_alternative<CommandLineFault>(result)) << wrong;
+        ASSERT_TRUE(std::holds_alternative<CommandLineError>(result)) << wrong;
         EXPECT_TRUE(
-            std::get<CommandLineFault>(result).message.startsWith(QStringLiteral("opzione sconosciuta: ")));
+            std::get<CommandLineError>(result).message.startsWith(QStringLiteral("opzione sconosciuta: ")));
     }
 }
 

@@ -47,7 +47,7 @@ QString updateTitle(const QString& version) {
 /// `text` as a menu shows it letter for letter. A menu of ours takes an ampersand for the mark of a shortcut,
 /// a panel's an underscore; on the way to the panel the toolkit turns the first ampersand into an underscore.
 /// What follows a tab would be taken for a shortcut's name.
-QString literal(QString text, StatusItemPlace::Menus menus) {
+QString escaped(QString text, StatusItemPlace::Menus menus) {
     text.replace(QLatin1Char('\t'), QLatin1Char(' '));
     if (menus == StatusItemPlace::Menus::DrawnByUs)
         return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
@@ -72,7 +72,7 @@ std::optional<SystemColour> tintColour(Tint tint) {
     return {};
 }
 
-/// What plain symbols are drawn in. The strength is that of the menu bar's own items.
+/// The colour of symbols without a tint, as that of a menu bar's own items.
 QColor plainColour(StatusItemPlace::Foreground foreground) {
     switch (foreground) {
         case StatusItemPlace::Foreground::Dark:
@@ -97,36 +97,36 @@ StatusMenu::~StatusMenu() {
 }
 
 void StatusMenu::build(const Actions& actions) {
-    statusLine_ = addLine({}, {});
-    statusLine_->setEnabled(false);
+    statusMenuItem_ = addItem({}, {});
+    statusMenuItem_->setEnabled(false);
     menu_.addSeparator();
-    microphoneLine_ = addLine(microphoneTitle(MicrophoneStatus::NotAsked), actions.openMicSettings);
-    accessibilityLine_ = addLine(accessibilityTitle(false), actions.openAccessibilitySettings);
+    micMenuItem_ = addItem(microphoneTitle(MicrophoneStatus::NotAsked), actions.openMicSettings);
+    axMenuItem_ = addItem(accessibilityTitle(false), actions.openAccessibilitySettings);
     menu_.addSeparator();
-    updateLine_ = addLine(updateTitle_, actions.installUpdate);
-    updateLine_->setVisible(false);
-    addLine(tr("Impostazioni…"), actions.openSettings)->setShortcut(Qt::CTRL | Qt::Key_Comma);
-    addLine(tr("Invia feedback…"), actions.openFeedback);
+    updateMenuItem_ = addItem(updateTitle_, actions.installUpdate);
+    updateMenuItem_->setVisible(false);
+    addItem(tr("Impostazioni…"), actions.openSettings)->setShortcut(Qt::CTRL | Qt::Key_Comma);
+    addItem(tr("Invia feedback…"), actions.openFeedback);
     menu_.addSeparator();
-    addLine(tr("Esci da Parlivo"), actions.quit)->setShortcut(Qt::CTRL | Qt::Key_Q);
+    addItem(tr("Esci da Parlivo"), actions.quit)->setShortcut(Qt::CTRL | Qt::Key_Q);
     menu_.installEventFilter(this);
     if (actions.willOpen) connect(&menu_, &QMenu::aboutToShow, this, actions.willOpen);
 }
 
-/// The first line is dimmed because it cannot be chosen, yet it is there to be read. The desktop's colours
-/// may have changed since the last time.
-void StatusMenu::keepTitleReadable() {
-    constexpr float strength = 0.65F;
+/// The first line is disabled, so it is drawn paler, but must stay readable. Called at each opening, because
+/// the desktop's colours may have changed.
+void StatusMenu::applyTitleColour() {
+    constexpr float opacity = 0.65F;
     QPalette palette = QApplication::palette(&menu_);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         QColor colour = palette.color(QPalette::Active, role);
-        colour.setAlphaF(strength);
+        colour.setAlphaF(opacity);
         palette.setColor(QPalette::Disabled, role, colour);
     }
     menu_.setPalette(palette);
 }
 
-QAction* StatusMenu::addLine(const QString& text, const std::function<void()>& chosen) {
+QAction* StatusMenu::addItem(const QString& text, const std::function<void()>& chosen) {
     QAction* line = menu_.addAction(text);
     if (chosen) connect(line, &QAction::triggered, this, chosen);
     return line;
@@ -136,19 +136,19 @@ bool StatusMenu::eventFilter(QObject* watched, QEvent* event) {
     if (watched != &menu_) return false;
     if (event->type() == QEvent::Show) {
         drawTitles();
-        lookAtPanel();
-        keepTitleReadable();
-        putMenuBesideIcon();
+        observeForeground();
+        applyTitleColour();
+        placeMenuBesideIcon();
     }
     if (event->type() == QEvent::Hide) drawTitles();
     if (event->type() == QEvent::KeyPress)
-        return chooseByKey(QKeySequence(static_cast<QKeyEvent*>(event)->keyCombination()));
+        return triggerShortcut(QKeySequence(static_cast<QKeyEvent*>(event)->keyCombination()));
     return false;
 }
 
-/// The key equivalents work while the menu is open. A pop-up menu is no window, so nobody else looks for
-/// them there.
-bool StatusMenu::chooseByKey(const QKeySequence& pressed) {
+/// Triggers the item with that shortcut while the menu is open. Qt does not do so, because a pop-up menu has
+/// no active window.
+bool StatusMenu::triggerShortcut(const QKeySequence& pressed) {
     for (QAction* line : menu_.actions()) {
         if (line->shortcut().isEmpty() || line->shortcut() != pressed) continue;
         menu_.close();
@@ -158,8 +158,8 @@ bool StatusMenu::chooseByKey(const QKeySequence& pressed) {
     return false;
 }
 
-/// Where the icon's place is known, which is in X trays only.
-void StatusMenu::putMenuBesideIcon() {
+/// Only in X trays the icon's place is known.
+void StatusMenu::placeMenuBesideIcon() {
     const QRect icon = item_ ? item_->geometry() : QRect();
     const QScreen* const screen = icon.isEmpty() ? nullptr : QApplication::screenAt(icon.center());
     if (!screen) return;
@@ -173,23 +173,24 @@ void StatusMenu::placeChanged(const std::optional<StatusItemPlace>& place) {
     place_ = place;
     if (!place_) {
         item_.reset();
-        seen_ = StatusItemPlace::Foreground::Unknown;
+        observedForeground_ = StatusItemPlace::Foreground::Unknown;
         return;
     }
     drawTitles();
     drawIcon();
     if (item_) return;
     showItem();
-    // Docking takes the panel a moment; what was seen too early is put right at the next state or opening.
+    // The panel takes a moment to dock the icon. What is observed too early is corrected at the next state or
+    // opening.
     constexpr std::chrono::seconds afterDocking{1};
-    QTimer::singleShot(afterDocking, item_.get(), [this] { lookAtPanel(); });
+    QTimer::singleShot(afterDocking, item_.get(), [this] { observeForeground(); });
 }
 
 void StatusMenu::showItem() {
     item_ = std::make_unique<QSystemTrayIcon>(icon_);
     item_->setToolTip(programName);
     item_->setContextMenu(&menu_);
-    // Panels keep the menu for the other button; here any click opens it.
+    // Panels open the menu with the right button only; here the left one opens it too.
     connect(item_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::Trigger) menu_.popup(QCursor::pos());
     });
@@ -206,14 +207,14 @@ void StatusMenu::setTitle(const QString& title) {
 void StatusMenu::drawTitles() {
     const auto menus =
         menu_.isVisible() ? StatusItemPlace::Menus::DrawnByUs : place_.value_or(StatusItemPlace()).menus;
-    statusLine_->setText(literal(title_, menus));
-    updateLine_->setText(literal(updateTitle_, menus));
+    statusMenuItem_->setText(escaped(title_, menus));
+    updateMenuItem_->setText(escaped(updateTitle_, menus));
 }
 
 void StatusMenu::setIcon(const QString& symbol, Tint tint) {
     symbol_ = symbol;
     tint_ = tint;
-    lookAtPanel();
+    observeForeground();
     drawIcon();
 }
 
@@ -222,18 +223,18 @@ void StatusMenu::drawIcon() {
     if (item_) item_->setIcon(icon_);
 }
 
-/// Many trays do not tell their colours; then a look at the screen must do.
-void StatusMenu::lookAtPanel() {
+/// Many trays do not publish their colours; then the colour behind the icon is read from the screen.
+void StatusMenu::observeForeground() {
     const QRect icon = item_ ? item_->geometry() : QRect();
     if (icon.isEmpty() || (place_ && place_->foreground != StatusItemPlace::Foreground::Unknown)) return;
     const auto now = Platform::current().statusItems().foregroundAt(icon);
-    const auto seen = now == StatusItemPlace::Foreground::Unknown ? seen_ : now;
-    if (std::exchange(seen_, seen) != seen) drawIcon();
+    const auto seen = now == StatusItemPlace::Foreground::Unknown ? observedForeground_ : now;
+    if (std::exchange(observedForeground_, seen) != seen) drawIcon();
 }
 
 StatusItemPlace::Foreground StatusMenu::foreground() const {
     const auto told = place_.value_or(StatusItemPlace()).foreground;
-    return told == StatusItemPlace::Foreground::Unknown ? seen_ : told;
+    return told == StatusItemPlace::Foreground::Unknown ? observedForeground_ : told;
 }
 
 QColor StatusMenu::colour() const {
@@ -244,17 +245,17 @@ QColor StatusMenu::colour() const {
 }
 
 void StatusMenu::setMicrophone(MicrophoneStatus status) {
-    microphoneLine_->setText(microphoneTitle(status));
+    micMenuItem_->setText(microphoneTitle(status));
 }
 
 void StatusMenu::setAccessibility(bool trusted) {
-    accessibilityLine_->setText(accessibilityTitle(trusted));
+    axMenuItem_->setText(accessibilityTitle(trusted));
 }
 
 void StatusMenu::setUpdate(const std::optional<QString>& version) {
     if (version) updateTitle_ = updateTitle(*version);
     drawTitles();
-    updateLine_->setVisible(version.has_value());
+    updateMenuItem_->setVisible(version.has_value());
 }
 
 }  // namespace parlivo

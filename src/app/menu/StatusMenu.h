@@ -18,11 +18,11 @@ namespace parlivo {
 
 enum class Tint { None, Red, Orange, Purple, Blue };
 
-/// The status item and its menu: what the user sees of a program without a window. It shows what it is told
-/// and passes on what is chosen.
+/// The status item and its menu: all that the user normally sees of the program. It shows what it is given
+/// and reports what is chosen.
 ///
-/// The item appears when the desktop has a place for it, disappears with that place and comes back; what was
-/// set meanwhile is there then. Main thread.
+/// The item appears when the desktop has a place for it and disappears with that place; what is set meanwhile
+/// is shown when it comes back. Main thread.
 class StatusMenu : public QObject {
     Q_OBJECT
 
@@ -54,23 +54,23 @@ class StatusMenu : public QObject {
     /// The version on offer; nullopt hides the line.
     void setUpdate(const std::optional<QString>& version);
 
-    /// The menu and the icon as they stand, whether there is a place for them or not.
+    /// The current menu and icon, whether there is a place for them or not.
     QMenu& menu() { return menu_; }
     const QMenu& menu() const { return menu_; }
     const QIcon& icon() const { return icon_; }
 
   private:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    bool chooseByKey(const QKeySequence& pressed);
-    void putMenuBesideIcon();
+    bool triggerShortcut(const QKeySequence& pressed);
+    void placeMenuBesideIcon();
     void build(const Actions& actions);
-    void keepTitleReadable();
-    QAction* addLine(const QString& text, const std::function<void()>& chosen);
+    void applyTitleColour();
+    QAction* addItem(const QString& text, const std::function<void()>& chosen);
     void placeChanged(const std::optional<StatusItemPlace>& place);
     void showItem();
     void drawTitles();
     void drawIcon();
-    void lookAtPanel();
+    void observeForeground();
     StatusItemPlace::Foreground foreground() const;
     QColor colour() const;
 
@@ -79,15 +79,15 @@ class StatusMenu : public QObject {
     QString symbol_;
     Tint tint_ = Tint::None;
     std::optional<StatusItemPlace> place_;
-    StatusItemPlace::Foreground seen_ =
+    StatusItemPlace::Foreground observedForeground_ =
         StatusItemPlace::Foreground::Unknown;  // where the place does not tell
     QIcon icon_;
 
     QMenu menu_;
-    QAction* statusLine_ = nullptr;
-    QAction* microphoneLine_ = nullptr;
-    QAction* accessibilityLine_ = nullptr;
-    QAction* updateLine_ = nullptr;
+    QAction* statusMenuItem_ = nullptr;
+    QAction* micMenuItem_ = nullptr;
+    QAction* axMenuItem_ = nullptr;
+    QAction* updateMenuItem_ = nullptr;
     std::unique_ptr<QSystemTrayIcon> item_;
 };
 

@@ -44,7 +44,7 @@ OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchMod
       onDone_(std::move(onDone)),
       modelsPath_(Config::modelsDir()),
       asrChoice_(Config::get(Settings::asrTier)),
-      // Whatever is stored: the first run proposes the full cleanup.
+      // The first run proposes the full cleanup, whatever is stored.
       cleanupChoice_(u"full"_s),
       downloads_(std::move(fetchModel), [this] { showDownloads(); }),
       micGranted_(isMicrophoneAuthorised()),
@@ -54,7 +54,7 @@ OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchMod
     column_->setSpacing(0);
     column_->addWidget(makeFooter());
     showStep();
-    connect(&axTimer_, &QTimer::timeout, this, [this] { lookForAccessibility(); });
+    connect(&axTimer_, &QTimer::timeout, this, [this] { pollAccessibility(); });
     axTimer_.start(Clock::scaled(1s));
 }
 
@@ -76,14 +76,14 @@ void OnboardingView::next() {
 void OnboardingView::showStep() {
     downloadPage_ = nullptr;
     permissionPage_ = nullptr;
-    // The old page may be the one whose button leads here.
+    // Deleted later, because a button of the old page may lead here.
     if (page_) {
         page_->hide();
         page_->deleteLater();
     }
     page_ = makePage();
     page_->setContentsMargins(pagePadding, pagePadding, pagePadding, pagePadding);
-    OnboardingWindow::dress(*page_);
+    OnboardingWindow::applyStyle(*page_);
     column_->insertWidget(0, page_, 1);
     page_->show();
     updateFooter();
@@ -175,7 +175,7 @@ QWidget* OnboardingView::makeFooter() {
     row->addStretch(1);
     row->addWidget(skip_);
     row->addWidget(main_);
-    OnboardingWindow::dress(*footer);
+    OnboardingWindow::applyStyle(*footer);
     return footer;
 }
 
@@ -208,7 +208,7 @@ void OnboardingView::askForMicrophone() {
     });
 }
 
-void OnboardingView::lookForAccessibility() {
+void OnboardingView::pollAccessibility() {
     axGranted_ = isAccessibilityTrusted();
     if (step_ == Step::accessibility) permissionPage_->setGranted(axGranted_);
 }

@@ -44,7 +44,7 @@ class OnboardingView : public QWidget {
     void pickFolder();
     void showDownloads();
     void askForMicrophone();
-    void lookForAccessibility();
+    void pollAccessibility();
 
     const std::function<void()> onDone_;
     Step step_ = Step::welcome;

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize windowSize{580, 520};
-constexpr int edgeStrength = 40;  // of 255
+constexpr int edgeAlpha = 40;  // of 255
 
 /// Everything in the window's two colours, whatever the desktop's own are.
 QPalette palette() {
@@ -29,9 +29,9 @@ QPalette palette() {
     return colours;
 }
 
-/// Buttons and bars, since no desktop's style was made for cream. Each is given this by itself: below a
-/// widget with a style sheet the window's palette would not be inherited.
-QString appearance() {
+/// For buttons and bars, because no desktop's style fits a cream background. It is set on each of them,
+/// because widgets below one with a style sheet do not inherit the window's palette.
+QString styleSheetText() {
     return u"QPushButton { color: #38322b; background: #fbf9f4; border: 1px solid #c9c1b2; border-radius: "
            u"8px;"
            "  padding: 6px 16px; }"
@@ -61,8 +61,8 @@ OnboardingWindow::OnboardingWindow() : QDialog(nullptr, Qt::Window | Qt::Framele
     qApp->installEventFilter(this);
 }
 
-void OnboardingWindow::dress(const QWidget& part) {
-    const QString look = appearance();
+void OnboardingWindow::applyStyle(const QWidget& part) {
+    const QString look = styleSheetText();
     for (auto* button : part.findChildren<QPushButton*>()) button->setStyleSheet(look);
     for (auto* bar : part.findChildren<QProgressBar*>()) bar->setStyleSheet(look);
 }
@@ -75,7 +75,7 @@ QColor OnboardingWindow::ink() {
     return QColor(56, 50, 43);
 }
 
-/// The end of the program asks every window to close before it goes on.
+/// At its end the application asks every window to close.
 bool OnboardingWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == qApp && event->type() == QEvent::Quit) quitting_ = true;
     return QDialog::eventFilter(watched, event);
@@ -93,7 +93,7 @@ void OnboardingWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), cream());
     QColor edge = ink();
-    edge.setAlpha(edgeStrength);
+    edge.setAlpha(edgeAlpha);
     painter.setPen(edge);
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }

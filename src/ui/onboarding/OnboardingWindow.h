@@ -4,8 +4,7 @@
 
 namespace parlivo {
 
-/// A window all of one piece, without a title bar: moved by its background, and not to be closed by the user,
-/// only by the program and its end.
+/// A window without a title bar, which is moved by its background. Only the program closes it, not the user.
 class OnboardingWindow : public QDialog {
   public:
     OnboardingWindow();
@@ -13,10 +12,10 @@ class OnboardingWindow : public QDialog {
     static QColor cream();
     static QColor ink();
 
-    /// Gives the buttons and bars of a part of the window their look.
-    static void dress(const QWidget& part);
+    /// Sets the style sheets of the buttons and bars in a part of the window.
+    static void applyStyle(const QWidget& part);
 
-    /// Escape, which would leave any other dialog.
+    /// Escape does nothing here.
     void reject() override {}
 
   protected:

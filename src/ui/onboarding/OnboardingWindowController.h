@@ -9,7 +9,7 @@
 
 namespace parlivo {
 
-/// The first-run window. It has no way out but its last page. Main thread.
+/// The first-run window. Only its last page closes it. Main thread.
 class OnboardingWindowController {
   public:
     explicit OnboardingWindowController(ModelFetch fetchModel = fetchFromHost);
@@ -17,7 +17,7 @@ class OnboardingWindowController {
     OnboardingWindowController(const OnboardingWindowController&) = delete;
     OnboardingWindowController& operator=(const OnboardingWindowController&) = delete;
 
-    /// Called once, when the user has come to the end.
+    /// Called once, when the user has finished the first run.
     std::function<void()> onFinished;
 
     /// Builds the window on the first call, then brings it to the front.

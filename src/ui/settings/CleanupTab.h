@@ -18,7 +18,7 @@ class CleanupTab : public FormPage {
   public:
     explicit CleanupTab(const SettingsActions& actions, QWidget* parent = nullptr);
 
-    /// The names in an answer of Ollama's /api/tags, in ascending order; nothing when it is no such answer.
+    /// The names in an answer of Ollama's /api/tags, in ascending order; nullopt if it is no such answer.
     static std::optional<QStringList> modelNames(const QByteArray& body);
 
   protected:

@@ -4,7 +4,7 @@
 
 namespace parlivo {
 
-/// The application's own icon, crisp at every size; a null icon when the bundle has none. Main thread.
+/// The application's own icon, crisp at every size; a null icon if the bundle has none. Main thread.
 QIcon appIcon();
 
 }  // namespace parlivo

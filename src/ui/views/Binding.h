@@ -8,7 +8,7 @@
 
 namespace parlivo {
 
-/// A value that a control shows and changes. Reading is always fresh; nothing is kept between.
+/// A value that a control shows and changes. Every read takes the current value; nothing is cached.
 template <typename Value>
 struct Binding {
     std::function<Value()> get;

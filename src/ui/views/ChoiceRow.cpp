@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int circleSize = 16;
-constexpr float hoverStrength = 0.06F;
+constexpr float hoverOpacity = 0.06F;
 constexpr double cornerRadius = 6;
 
 }  // namespace
@@ -47,23 +47,23 @@ ChoiceRow::ChoiceRow(const QString& label, const QString& detail, Colours colour
 /// A screen reader toggles without a click; a click on the chosen row toggles nothing.
 void ChoiceRow::toggledTo(bool selected) {
     showSelection(selected);
-    if (!selected || byProgram_) return;
-    told_ = true;
+    if (!selected || settingSelection_) return;
+    choiceReported_ = true;
     if (onChosen) onChosen();
 }
 
 void ChoiceRow::clickedOn() {
-    if (!std::exchange(told_, false) && onChosen) onChosen();
+    if (!std::exchange(choiceReported_, false) && onChosen) onChosen();
 }
 
 void ChoiceRow::setSelected(bool selected) {
-    byProgram_ = true;
+    settingSelection_ = true;
     // A row of an exclusive group cannot be turned off by itself.
     setAutoExclusive(false);
     setChecked(selected);
     setAutoExclusive(true);
-    byProgram_ = false;
-    if (const QWidget* group = parentWidget()) leadTabToChoice(*group);
+    settingSelection_ = false;
+    if (const QWidget* group = parentWidget()) giveTabFocusToChecked(*group);
 }
 
 void ChoiceRow::showSelection(bool selected) {
@@ -75,7 +75,7 @@ void ChoiceRow::showSelection(bool selected) {
 }
 
 void ChoiceRow::setTrailing(QWidget* trailing) {
-    // Not deleted at once: it may be the very button whose click leads here.
+    // Deleted later, because it may be the button whose click leads here.
     if (trailing_) {
         trailing_->hide();
         trailing_->deleteLater();
@@ -105,7 +105,7 @@ void ChoiceRow::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     if (underMouse() || isDown()) {
         QColor tint = primaryColour(palette());
-        tint.setAlphaF(hoverStrength);
+        tint.setAlphaF(hoverOpacity);
         painter.setPen(Qt::NoPen);
         painter.setBrush(tint);
         painter.drawRoundedRect(rect(), cornerRadius, cornerRadius);

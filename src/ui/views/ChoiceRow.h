@@ -47,8 +47,8 @@ class ChoiceRow : public QRadioButton {
     SymbolView* circle_;
     QHBoxLayout* line_;
     QWidget* trailing_ = nullptr;
-    bool byProgram_ = false;
-    bool told_ = false;  ///< of the choice that a click is just making
+    bool settingSelection_ = false;
+    bool choiceReported_ = false;  ///< whether toggledTo() has reported the choice of the current click
 };
 
 }  // namespace parlivo

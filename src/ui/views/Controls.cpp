@@ -18,7 +18,7 @@ namespace {
 constexpr int fieldMargin = 3;
 
 /// Whoever scrolls a page past a control does not mean to change it.
-bool isMeant(const QWidget& control, QWheelEvent& wheel) {
+bool acceptsWheel(const QWidget& control, QWheelEvent& wheel) {
     if (control.hasFocus()) return true;
     wheel.ignore();
     return false;
@@ -26,7 +26,7 @@ bool isMeant(const QWidget& control, QWheelEvent& wheel) {
 
 }  // namespace
 
-void leadTabToChoice(const QWidget& group) {
+void giveTabFocusToChecked(const QWidget& group) {
     const auto buttons = group.findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly);
     const bool chosen = std::ranges::any_of(buttons, &QRadioButton::isChecked);
     for (QRadioButton* button : buttons) {
@@ -83,13 +83,13 @@ RadioGroup::RadioGroup(const QString& name, const std::vector<Option>& options, 
 void RadioGroup::refresh() {
     const QString current = value_.get();
     for (const auto& [button, value] : buttons_) {
-        const QSignalBlocker silence(button);
+        const QSignalBlocker blocker(button);
         // A button of an exclusive group cannot be turned off by itself.
         button->setAutoExclusive(false);
         button->setChecked(value == current);
         button->setAutoExclusive(true);
     }
-    leadTabToChoice(*this);
+    giveTabFocusToChecked(*this);
 }
 
 void RadioGroup::showEvent(QShowEvent* event) {
@@ -136,7 +136,7 @@ void Picker::changeEvent(QEvent* event) {
 }
 
 void Picker::wheelEvent(QWheelEvent* event) {
-    if (isMeant(*this, *event)) QComboBox::wheelEvent(event);
+    if (acceptsWheel(*this, *event)) QComboBox::wheelEvent(event);
 }
 
 TextField::TextField(const QString& name, const QString& placeholder, QWidget* parent) : QLineEdit(parent) {
@@ -168,7 +168,7 @@ Stepper::Stepper(const QString& before, const QString& after, Steps steps, Bindi
 }
 
 void Stepper::refresh() {
-    const QSignalBlocker silence(this);
+    const QSignalBlocker blocker(this);
     setValue(value_.get());
 }
 
@@ -178,7 +178,7 @@ void Stepper::showEvent(QShowEvent* event) {
 }
 
 void Stepper::wheelEvent(QWheelEvent* event) {
-    if (isMeant(*this, *event)) QSpinBox::wheelEvent(event);
+    if (acceptsWheel(*this, *event)) QSpinBox::wheelEvent(event);
 }
 
 TextEditor::TextEditor(const QString& name, Binding<QString> value, QWidget* parent)
@@ -192,7 +192,7 @@ TextEditor::TextEditor(const QString& name, Binding<QString> value, QWidget* par
 void TextEditor::refresh() {
     const QString current = value_.get();
     if (current == toPlainText()) return;  // the cursor stays where it is
-    const QSignalBlocker silence(this);
+    const QSignalBlocker blocker(this);
     setPlainText(current);
 }
 

@@ -24,9 +24,9 @@ struct Option {
     QString value;
 };
 
-/// Makes Tab come to the chosen one of the radio buttons in `group`, from where the arrows lead to the
-/// others; to the first when none is chosen. Left alone, Qt comes to the first in any case.
-void leadTabToChoice(const QWidget& group);
+/// Makes Tab move the focus to the checked radio button in `group`, or to the first one if none is checked;
+/// the arrow keys move between them. Qt by itself always moves to the first.
+void giveTabFocusToChecked(const QWidget& group);
 
 class Toggle : public QCheckBox {
   public:
@@ -62,7 +62,7 @@ class RadioGroup : public QWidget {
     std::vector<Button> buttons_;
 };
 
-/// A pop-up list. A stored value that is not among the options is shown pale, without being one of them.
+/// A pop-up list. A stored value that is not among the options is shown as a pale placeholder.
 class Picker : public QComboBox {
   public:
     Picker(const QString& name, const std::vector<Option>& options, Binding<QString> value,
@@ -79,7 +79,7 @@ class Picker : public QComboBox {
     Binding<QString> value_;
 };
 
-/// One line of text with `placeholder` in place of none.
+/// One line of text; `placeholder` is shown while it is empty.
 class TextField : public QLineEdit {
   public:
     TextField(const QString& name, const QString& placeholder, QWidget* parent = nullptr);

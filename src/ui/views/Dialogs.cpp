@@ -74,7 +74,7 @@ int DesktopDialogs::ask(const Alert& alert) {
 }
 
 /// The folder itself, or the nearest above it that is there.
-QString existing(QString folder) {
+QString nearestExisting(QString folder) {
     while (!QFileInfo::exists(folder) && !QDir(folder).isRoot()) folder = QFileInfo(folder).path();
     return folder;
 }
@@ -88,7 +88,7 @@ void fitColumns(const QFileDialog& panel) {
 }
 
 std::optional<QString> DesktopDialogs::chooseFolder(const QString& startingIn, const QString& prompt) {
-    QFileDialog panel(QApplication::activeWindow(), prompt, existing(startingIn));
+    QFileDialog panel(QApplication::activeWindow(), prompt, nearestExisting(startingIn));
     panel.setFileMode(QFileDialog::Directory);
     panel.setOption(QFileDialog::ShowDirsOnly);
     panel.setLabelText(QFileDialog::Accept, prompt);
@@ -101,7 +101,7 @@ std::optional<QString> DesktopDialogs::chooseFolder(const QString& startingIn, c
     return panel.selectedFiles().first();
 }
 
-std::unique_ptr<Dialogs>& slot() {
+std::unique_ptr<Dialogs>& installed() {
     static std::unique_ptr<Dialogs> dialogs;
     return dialogs;
 }
@@ -109,12 +109,12 @@ std::unique_ptr<Dialogs>& slot() {
 }  // namespace
 
 Dialogs& Dialogs::current() {
-    if (!slot()) slot() = std::make_unique<DesktopDialogs>();
-    return *slot();
+    if (!installed()) installed() = std::make_unique<DesktopDialogs>();
+    return *installed();
 }
 
 void Dialogs::install(std::unique_ptr<Dialogs> dialogs) {
-    slot() = std::move(dialogs);
+    installed() = std::move(dialogs);
 }
 
 }  // namespace parlivo

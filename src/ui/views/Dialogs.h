@@ -16,22 +16,22 @@ struct Alert {
     QStringList buttons;
 };
 
-/// What only the user can answer. Main thread; every operation waits for the answer, with the program going
-/// on meanwhile. A test installs its own, which answers by itself.
+/// Modal questions to the user. Main thread; every operation runs an event loop until the user has answered.
+/// A test installs its own, which answers at once.
 class Dialogs {
   public:
     virtual ~Dialogs() = default;
 
-    /// Brings the program to the front and returns the index of the button that was chosen; the last one's
-    /// when the alert was closed otherwise.
+    /// Brings the program to the front and returns the index of the button that was chosen; that of the last
+    /// one if the alert was closed without a button.
     virtual int ask(const Alert& alert) = 0;
 
-    /// An existing or freshly made folder, as an absolute path; nothing when the user thought better of it.
-    /// `prompt` stands on the button that chooses.
+    /// An existing or newly created folder, as an absolute path; nullopt if the user cancels. `prompt` is the
+    /// label of the button that confirms.
     virtual std::optional<QString> chooseFolder(const QString& startingIn, const QString& prompt) = 0;
 
     static Dialogs& current();
-    /// Nothing puts the desktop's own back.
+    /// nullptr restores the desktop's own.
     static void install(std::unique_ptr<Dialogs> dialogs);
 };
 

@@ -11,13 +11,13 @@ namespace parlivo {
 
 namespace {
 
-constexpr QSize buttonRoom{16, 2};
+constexpr QSize buttonPadding{16, 2};
 
-/// Some styles draw the edge of a button close to its words.
-class RoomyButton : public QPushButton {
+/// Some styles leave too little space around a button's text.
+class PaddedButton : public QPushButton {
   public:
     using QPushButton::QPushButton;
-    QSize sizeHint() const override { return QPushButton::sizeHint() + buttonRoom; }
+    QSize sizeHint() const override { return QPushButton::sizeHint() + buttonPadding; }
 };
 
 }  // namespace
@@ -52,7 +52,7 @@ void FormPage::fitHeight() {
 }
 
 QPushButton* makeButton(const QString& label, std::function<void()> action, QWidget* parent) {
-    auto* button = new RoomyButton(label, parent);
+    auto* button = new PaddedButton(label, parent);
     button->setAutoDefault(true);
     QObject::connect(button, &QPushButton::clicked, button, std::move(action));
     return button;

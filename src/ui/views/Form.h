@@ -33,7 +33,7 @@ class FormPage : public QScrollArea {
 /// A push button that Return presses too while it has the focus.
 QPushButton* makeButton(const QString& label, std::function<void()> action, QWidget* parent);
 
-/// Fills a widget from top to bottom, each line a statement.
+/// Fills a widget with controls, from top to bottom.
 class Form {
   public:
     explicit Form(QWidget& host);
@@ -41,8 +41,7 @@ class Form {
     Label& text(const QString& text);
     Label& caption(const QString& text);
     Toggle& toggle(const QString& label, Binding<bool> value);
-    /// `label` stands above the options; without one the options speak for themselves, and `name` is what a
-    /// screen reader says.
+    /// `label` stands above the options. A group without a label has a `name`, which a screen reader says.
     RadioGroup& radioGroup(const QString& label, const std::vector<Option>& options, Binding<QString> value);
     RadioGroup& unlabelledRadioGroup(const QString& name, const std::vector<Option>& options,
                                      Binding<QString> value);
@@ -50,13 +49,13 @@ class Form {
     Stepper& stepper(const QString& before, const QString& after, Stepper::Steps steps, Binding<int> value);
     QPushButton& button(const QString& label, std::function<void()> action);
     void divider();
-    /// A widget that brings its own look; it is given the form's host as parent.
+    /// Adds any other widget, which gets the form's host as its parent.
     template <typename Widget>
     Widget& add(Widget* widget) {
         addWidget(widget);
         return *widget;
     }
-    /// Widgets side by side; the first takes the room that is left.
+    /// Widgets side by side; the first takes the space that is left.
     QWidget& row(std::initializer_list<QWidget*> widgets);
 
   private:

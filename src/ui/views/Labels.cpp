@@ -12,10 +12,10 @@ namespace parlivo {
 
 namespace {
 
-constexpr int darkBelow = 128;  // of 255
-constexpr float secondaryStrength = 0.65F;
-constexpr float placeholderStrength = 0.5F;
-constexpr double indicatorStrength = 0.22;
+constexpr int darkLightness = 128;  // of 255
+constexpr float secondaryOpacity = 0.65F;
+constexpr float placeholderOpacity = 0.5F;
+constexpr double indicatorOpacity = 0.22;
 
 double scaleOf(TextStyle style) {
     switch (style) {
@@ -63,7 +63,7 @@ QFont monospacedFont(TextStyle style) {
 }
 
 bool isDark(const QPalette& palette) {
-    return palette.color(QPalette::Window).lightness() < darkBelow;
+    return palette.color(QPalette::Window).lightness() < darkLightness;
 }
 
 QColor primaryColour(const QPalette& palette) {
@@ -72,7 +72,7 @@ QColor primaryColour(const QPalette& palette) {
 
 QColor secondaryColour(const QPalette& palette) {
     QColor colour = primaryColour(palette);
-    colour.setAlphaF(secondaryStrength);
+    colour.setAlphaF(secondaryOpacity);
     return colour;
 }
 
@@ -86,7 +86,7 @@ QColor successColour(const QPalette& palette) {
 
 void applyPlaceholderColour(QWidget& control) {
     QColor pale = control.palette().color(QPalette::Text);
-    pale.setAlphaF(placeholderStrength);
+    pale.setAlphaF(placeholderOpacity);
     if (control.palette().color(QPalette::PlaceholderText) == pale) return;
     QPalette own;
     own.setColor(QPalette::PlaceholderText, pale);
@@ -97,7 +97,7 @@ void applyIndicatorColour(QWidget& control) {
     if (!isDark(control.palette())) return;
     const QColor ground = control.palette().color(QPalette::Window);
     const QColor text = control.palette().color(QPalette::WindowText);
-    const auto mix = [](int from, int to) { return from + qRound((to - from) * indicatorStrength); };
+    const auto mix = [](int from, int to) { return from + qRound((to - from) * indicatorOpacity); };
     const QColor fill(mix(ground.red(), text.red()), mix(ground.green(), text.green()),
                       mix(ground.blue(), text.blue()));
     if (control.palette().color(QPalette::Base) == fill) return;

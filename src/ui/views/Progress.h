@@ -5,7 +5,7 @@ class QWidget;
 
 namespace parlivo {
 
-/// A thin bar without words, for a fraction.
+/// A thin progress bar without text.
 QProgressBar* makeProgressBar(QWidget* parent);
 
 /// Shows a fraction; one beyond 1 is a full bar.

@@ -8,10 +8,10 @@
 namespace parlivo::SymbolIcon {
 
 /// The symbol `name` of the bundle's folder "symbols" in one colour, `size` device pixels square, on a
-/// transparent ground. A null image when there is no such symbol. Main thread.
+/// transparent background. A null image if there is no such symbol. Main thread.
 QImage image(const QString& name, const QColor& colour, int size);
 
-/// The same at every size that panels and windows ask for. A null icon when there is no such symbol.
+/// The same at every size that panels and windows ask for. A null icon if there is no such symbol.
 QIcon icon(const QString& name, const QColor& colour);
 
 }  // namespace parlivo::SymbolIcon

@@ -7,8 +7,8 @@
 
 namespace parlivo {
 
-/// Draws a symbol of the bundle, crisp at every scale of the screen. Decoration: what it says must be said in
-/// words beside it. Nothing is drawn when there is no such symbol.
+/// Draws a symbol of the bundle, crisp at every scale of the screen. For decoration: its meaning must also be
+/// given in words. An unknown symbol draws nothing.
 class SymbolView : public QWidget {
   public:
     /// `size` in points, both ways.

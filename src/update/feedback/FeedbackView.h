@@ -19,8 +19,8 @@ class Label;
 class StarRating;
 class TextField;
 
-/// Stars and a few lines for the makers, sent to the product's site. After a success it says thanks for the
-/// rest of its life.
+/// Stars and a few lines for the makers, sent to the product's site. After a success it shows its thanks for
+/// as long as it lives.
 class FeedbackView : public QWidget {
     Q_OBJECT
 

@@ -52,7 +52,7 @@ void FeedbackWindowController::show() {
 
 void FeedbackWindowController::maybePromptAfterDictation() {
     if (!isInvitationDue()) return;
-    // Before anything is shown, so that an invitation that was waved away counts too.
+    // Stored before the alert is shown, so that a dismissed invitation counts too.
     Config::set(Settings::feedbackPromptLastShown, QDateTime::currentDateTimeUtc());
     const int chosen = Dialogs::current().ask(
         {.message = tr("Come ti trovi con Parlivo?"),

@@ -21,8 +21,8 @@ class FeedbackWindowController {
     void show();
     QWidget* window() const { return window_.get(); }
 
-    /// After each dictation: invites the user once he has some experience, at most every 30 days, and never
-    /// again after he has sent something. Waits for the answer.
+    /// After each dictation: invites the user from the 20th dictation on, at most every 30 days, and never
+    /// again after feedback was sent. Waits for the answer.
     void maybePromptAfterDictation();
 
   private:

@@ -1,4 +1,4 @@
-#include "app/Leftovers.h"
+#include "app/StaleFiles.h"
 
 #include "audio/LeftoverRecordings.h"
 #include "models/Downloader.h"
@@ -6,7 +6,7 @@
 
 namespace parlivo {
 
-void removeLeftovers() {
+void removeStaleFiles() {
     removeLeftoverRecordings();
     removeUpdateLeftovers();
     Downloader::removeLeftovers();

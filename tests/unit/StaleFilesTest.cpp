@@ -1,4 +1,4 @@
-#include "app/Leftovers.h"
+#include "app/StaleFiles.h"
 #include "audio/CaptureFile.h"
 #include "support/Claim.h"
 #include "support/PlatformTest.h"
@@ -20,7 +20,7 @@ namespace {
 using namespace Qt::StringLiterals;
 
 /// What a start does to the files that it finds among the temporary ones.
-class LeftoversTest : public PlatformTest {
+class StaleFilesTest : public PlatformTest {
   protected:
     QString path(const QString& name) const { return platform.directories().temporary() + u'/' + name; }
     QString make(const QString& name) const {
@@ -37,7 +37,7 @@ class LeftoversTest : public PlatformTest {
     }
 };
 
-TEST_F(LeftoversTest, WhatNobodyClaimsGoes) {
+TEST_F(StaleFilesTest, WhatNobodyClaimsGoes) {
     make(recording(u"caf"_s));
     make(recording(u"wav"_s));
     const QString uuid = freshUuid();
@@ -47,11 +47,11 @@ TEST_F(LeftoversTest, WhatNobodyClaimsGoes) {
     const QString update = u"parlivo-update-"_s + freshUuid();
     QDir().mkpath(path(update + u"/Parlivo.app/Contents"_s));
     make(update + u"/Parlivo.app/Contents/Info.plist"_s);
-    removeLeftovers();
+    removeStaleFiles();
     EXPECT_EQ(files(), QStringList());
 }
 
-TEST_F(LeftoversTest, WhatHasAnotherNameOrKindStays) {
+TEST_F(StaleFilesTest, WhatHasAnotherNameOrKindStays) {
     const QString uuid = freshUuid();
     QStringList others{
         u"parlivo-"_s + uuid + u".mp3"_s,           u"parlivo-"_s + uuid + u".caf.bak"_s,
@@ -67,12 +67,12 @@ TEST_F(LeftoversTest, WhatHasAnotherNameOrKindStays) {
     QFile::link(path(others.first()), path(link));
     ASSERT_EQ(mkfifo(qPrintable(path(pipe)), 0600), 0);
     others += {folder, link, pipe};
-    removeLeftovers();
+    removeStaleFiles();
     others.sort();
     EXPECT_EQ(files(), others);
 }
 
-TEST_F(LeftoversTest, WhatBelongsToAnotherUserStays) {
+TEST_F(StaleFilesTest, WhatBelongsToAnotherUserStays) {
     const QString name = recording(u"caf"_s);
     make(name);
     if (::chown(qPrintable(path(name)), 65534, 65534) != 0) {
@@ -80,43 +80,43 @@ TEST_F(LeftoversTest, WhatBelongsToAnotherUserStays) {
         ASSERT_NE(::geteuid(), 0U);
         ASSERT_EQ(::chmod(qPrintable(path(name)), 0), 0);
     }
-    removeLeftovers();
+    removeStaleFiles();
     EXPECT_EQ(files(), QStringList(name));
 }
 
-TEST_F(LeftoversTest, ARecordingUnderWayStaysUntilItIsClosed) {
+TEST_F(StaleFilesTest, ARecordingUnderWayStaysUntilItIsClosed) {
     const QString name = recording(u"caf"_s);
     {
         const CaptureFile file(path(name), {48'000, 1});
-        removeLeftovers();
+        removeStaleFiles();
         EXPECT_EQ(files(), QStringList(name));
     }
-    removeLeftovers();
+    removeStaleFiles();
     EXPECT_EQ(files(), QStringList());
 }
 
-TEST_F(LeftoversTest, ARecordingThatWaitsToBeRecognisedStays) {
+TEST_F(StaleFilesTest, ARecordingThatWaitsToBeRecognisedStays) {
     const QString uuid = freshUuid();
     const QString capture = u"parlivo-"_s + uuid + u".caf"_s;
     const QString wav = u"parlivo-"_s + uuid + u".wav"_s;
     ScopedFile held(make(capture));
     make(wav);
-    removeLeftovers();
+    removeStaleFiles();
     EXPECT_EQ(files(), QStringList({capture, wav})) << "a WAV in the making is as safe as its capture file";
     const ScopedFile converted(path(wav));
     held.remove();
-    removeLeftovers();
+    removeStaleFiles();
     EXPECT_EQ(files(), QStringList(wav));
 }
 
-TEST_F(LeftoversTest, ADeletedFileIsHeldOpenByNobody) {
+TEST_F(StaleFilesTest, ADeletedFileIsHeldOpenByNobody) {
     ScopedFile file(make(recording(u"caf"_s)));
     file.remove();
     for (const QString& descriptor : QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System))
         EXPECT_FALSE(QFile::symLinkTarget(u"/proc/self/fd/"_s + descriptor).contains(u"parlivo-"_s));
 }
 
-TEST_F(LeftoversTest, TheFilesOfAKilledProcessAreFree) {
+TEST_F(StaleFilesTest, TheFilesOfAKilledProcessAreFree) {
     const QString name = recording(u"caf"_s);
     const QString ready = path(u"pronto"_s);
     const pid_t other = fork();
@@ -127,18 +127,18 @@ TEST_F(LeftoversTest, TheFilesOfAKilledProcessAreFree) {
         while (true) pause();
     }
     ASSERT_TRUE(desktop::waitFor([&] { return QFile::exists(ready); }));
-    removeLeftovers();
+    removeStaleFiles();
     EXPECT_TRUE(QFile::exists(path(name))) << "its process lives";
     kill(other, SIGKILL);
     waitpid(other, nullptr, 0);
-    removeLeftovers();
+    removeStaleFiles();
     EXPECT_FALSE(QFile::exists(path(name)));
 }
 
-TEST_F(LeftoversTest, NoneIsLostThatIsMadeWhileOthersClean) {
+TEST_F(StaleFilesTest, NoneIsLostThatIsMadeWhileOthersClean) {
     std::atomic<bool> done = false;
     std::jthread other([&] {
-        while (!done) removeLeftovers();
+        while (!done) removeStaleFiles();
     });
     for (int i = 0; i < 300; ++i) {
         const QString capture = path(recording(u"caf"_s));
@@ -154,9 +154,9 @@ TEST_F(LeftoversTest, NoneIsLostThatIsMadeWhileOthersClean) {
     done = true;
 }
 
-TEST_F(LeftoversTest, WithoutATemporaryFolderNothingHappens) {
+TEST_F(StaleFilesTest, WithoutATemporaryFolderNothingHappens) {
     QDir(platform.directories().temporary()).removeRecursively();
-    removeLeftovers();
+    removeStaleFiles();
     EXPECT_FALSE(QFile::exists(platform.directories().temporary()));
 }
 

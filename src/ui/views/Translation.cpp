@@ -1,4 +1,4 @@
-#include "ui/views/Language.h"
+#include "ui/views/Translation.h"
 
 #include "platform/Platform.h"
 
@@ -10,7 +10,7 @@
 
 namespace parlivo {
 
-void speakItalian() {
+void installTranslation() {
     QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
     const auto file = Platform::current().bundle().resource(QStringLiteral("translations/qtbase_it.qm"));
     if (!file) return;
