@@ -10,34 +10,45 @@ set(CMAKE_AUTOMOC ON)
 set(PARLIVO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
 option(PARLIVO_FUZZ "Build for libFuzzer, which needs clang" OFF)
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
-                    -Wold-style-cast -Wcast-align
-                    -Werror)
+# What every target of ours is compiled and linked with: rooms hand it on, all others link it by name.
+add_library(parlivo_options INTERFACE)
+target_compile_options(parlivo_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-align
+    -Werror)
 # Implicit conversions between QString and char* hide encodings; cast them by name.
-add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS
-                        QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+target_compile_definitions(parlivo_options INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 
 if(PARLIVO_SANITIZE)
-    add_compile_options(-fsanitize=${PARLIVO_SANITIZE} -fno-omit-frame-pointer -g)
-    add_link_options(-fsanitize=${PARLIVO_SANITIZE})
+    target_compile_options(parlivo_options INTERFACE -fsanitize=${PARLIVO_SANITIZE} -fno-omit-frame-pointer -g)
+    target_link_options(parlivo_options INTERFACE -fsanitize=${PARLIVO_SANITIZE})
     # The optimiser's flow analysis is unreliable under instrumentation.
-    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-error=maybe-uninitialized>)
+    target_compile_options(parlivo_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-error=maybe-uninitialized>)
 else()
-    add_compile_options(-fstack-protector-strong -fstack-clash-protection -fcf-protection)
-    add_compile_definitions($<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
-    add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)
+    target_compile_options(parlivo_options INTERFACE -fstack-protector-strong)
+    # glibc's checks of buffer sizes need the optimiser.
+    target_compile_definitions(parlivo_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+    if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+        target_compile_options(parlivo_options INTERFACE -fstack-clash-protection)
+        target_link_options(parlivo_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+    endif()
+    # Control-flow protection is a feature of x86 processors (Intel CET).
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
+        target_compile_options(parlivo_options INTERFACE -fcf-protection)
+    endif()
 endif()
 
 if(PARLIVO_FUZZ)
     # A finding ends the run, whatever it is.
-    add_compile_options(-fsanitize=fuzzer-no-link -fno-sanitize-recover=all)
+    target_compile_options(parlivo_options INTERFACE -fsanitize=fuzzer-no-link -fno-sanitize-recover=all)
 endif()
 
-# parlivo_room(name SOURCES ... ROOMS ... LIBRARIES ...): one library a room; what a room may use is what it links.
+# parlivo_room(name SOURCES ... ROOMS ... LIBRARIES ...): one library a room. ROOMS are those that the table in
+# docs/architecture.md gives to its folder; `tools/lint rooms` compares them.
 function(parlivo_room name)
     cmake_parse_arguments(ROOM "" "" "SOURCES;ROOMS;LIBRARIES" ${ARGN})
     add_library(parlivo_${name} STATIC ${ROOM_SOURCES})
-    target_include_directories(parlivo_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+    target_include_directories(parlivo_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     list(TRANSFORM ROOM_ROOMS PREPEND parlivo_)
-    target_link_libraries(parlivo_${name} PUBLIC ${ROOM_ROOMS} ${ROOM_LIBRARIES})
+    target_link_libraries(parlivo_${name} PUBLIC parlivo_options ${ROOM_ROOMS} ${ROOM_LIBRARIES})
 endfunction()

@@ -1,7 +1,9 @@
 # What `cmake --install` puts in place: the bundle as a whole, and around it what a desktop looks for. Nothing in
 # it names the prefix, so that all of it can be moved together.
 
-set(bundle_home lib/parlivo/Parlivo.app/Contents)
+include(GNUInstallDirs)
+
+set(bundle_home ${CMAKE_INSTALL_LIBDIR}/parlivo/Parlivo.app/Contents)
 set(desktop_id it.parlivo.Parlivo)
 
 install(TARGETS Parlivo RUNTIME DESTINATION ${bundle_home}/MacOS)
@@ -17,15 +19,20 @@ foreach(file ${bundled})
     endif()
 endforeach()
 
-install(CODE [[
-    set(programs "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin")
-    file(MAKE_DIRECTORY "${programs}")
-    file(CREATE_LINK ../lib/parlivo/Parlivo.app/Contents/MacOS/Parlivo "${programs}/parlivo" SYMBOLIC)]])
+# The command is a link into the bundle, relative so that a moved prefix keeps it.
+cmake_path(SET command_folder NORMALIZE /${CMAKE_INSTALL_BINDIR})
+cmake_path(SET program NORMALIZE /${bundle_home}/MacOS/Parlivo)
+cmake_path(RELATIVE_PATH program BASE_DIRECTORY ${command_folder})
+install(CODE "
+    set(commands \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
+    file(MAKE_DIRECTORY \"\${commands}\")
+    file(CREATE_LINK ${program} \"\${commands}/parlivo\" SYMBOLIC)")
 
-configure_file(resources/desktop/${desktop_id}.metainfo.xml.in ${CMAKE_BINARY_DIR}/${desktop_id}.metainfo.xml @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/${desktop_id}.metainfo.xml DESTINATION share/metainfo)
-install(FILES resources/desktop/${desktop_id}.desktop DESTINATION share/applications)
-install(FILES resources/icons/${desktop_id}.svg DESTINATION share/icons/hicolor/scalable/apps)
-install(DIRECTORY ${icon_theme} DESTINATION share/icons)
-install(FILES docs/parlivo.1 DESTINATION share/man/man1)
-install(FILES README.md docs/manual.md CHANGELOG.md DESTINATION share/doc/parlivo)
+set(metainfo ${PROJECT_BINARY_DIR}/${desktop_id}.metainfo.xml)
+configure_file(resources/desktop/${desktop_id}.metainfo.xml.in ${metainfo} @ONLY)
+install(FILES ${metainfo} DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+install(FILES resources/desktop/${desktop_id}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES resources/icons/${desktop_id}.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
+install(DIRECTORY ${icon_theme} DESTINATION ${CMAKE_INSTALL_DATADIR}/icons)
+install(FILES docs/parlivo.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES README.md docs/manual.md docs/third-party.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/parlivo)
