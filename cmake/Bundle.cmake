@@ -1,9 +1,9 @@
 # The relocatable folder Parlivo.app, put together in the build folder: program, resources, Info.plist, engines.
 
-set(PARLIVO_BUNDLE ${CMAKE_BINARY_DIR}/Parlivo.app)
+set(PARLIVO_BUNDLE ${PROJECT_BINARY_DIR}/Parlivo.app)
 set(bundle_resources ${PARLIVO_BUNDLE}/Contents/Resources)
 
-configure_file(${CMAKE_SOURCE_DIR}/resources/Info.plist.in ${PARLIVO_BUNDLE}/Contents/Info.plist @ONLY)
+configure_file(${PROJECT_SOURCE_DIR}/resources/Info.plist.in ${PARLIVO_BUNDLE}/Contents/Info.plist @ONLY)
 set_target_properties(Parlivo PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PARLIVO_BUNDLE}/Contents/MacOS)
 
 # bundle_resource(source destination): keeps Contents/Resources/destination equal to the file.
@@ -16,19 +16,19 @@ function(bundle_resource source destination)
 endfunction()
 
 foreach(folder symbols icons sounds help)
-    file(GLOB_RECURSE files CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}/resources
-         ${CMAKE_SOURCE_DIR}/resources/${folder}/*)
+    file(GLOB_RECURSE files CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/resources
+         ${PROJECT_SOURCE_DIR}/resources/${folder}/*)
     foreach(file ${files})
-        bundle_resource(${CMAKE_SOURCE_DIR}/resources/${file} ${file})
+        bundle_resource(${PROJECT_SOURCE_DIR}/resources/${file} ${file})
     endforeach()
 endforeach()
 
 # The application's icon as pictures, for desktops that want them (freedesktop.org's icon theme "hicolor").
-add_executable(render_icon ${CMAKE_SOURCE_DIR}/tools/RenderIcon.cpp)
-target_link_libraries(render_icon PRIVATE Qt6::Svg)
+add_executable(render_icon ${PROJECT_SOURCE_DIR}/tools/RenderIcon.cpp)
+target_link_libraries(render_icon PRIVATE parlivo_options Qt6::Svg)
 set(icon_sizes 16 22 24 32 48 64 128 256 512)
 set(icon_theme ${bundle_resources}/icons/hicolor)
-set(icon_drawing ${CMAKE_SOURCE_DIR}/resources/icons/it.parlivo.Parlivo.svg)
+set(icon_drawing ${PROJECT_SOURCE_DIR}/resources/icons/it.parlivo.Parlivo.svg)
 list(TRANSFORM icon_sizes REPLACE "(.+)" "${icon_theme}/\\1x\\1/apps/it.parlivo.Parlivo.png" OUTPUT_VARIABLE icon_pictures)
 add_custom_command(OUTPUT ${icon_pictures}
                    COMMAND render_icon ${icon_drawing} ${icon_theme} it.parlivo.Parlivo ${icon_sizes}
@@ -44,6 +44,8 @@ if(NOT EXISTS ${qt_translations}/qtbase_it.qm)
 endif()
 bundle_resource(${qt_translations}/qtbase_it.qm translations/qtbase_it.qm)
 
+bundle_resource(${PROJECT_SOURCE_DIR}/LICENSE licenses/Parlivo/LICENSE)
+bundle_resource(${PROJECT_SOURCE_DIR}/docs/third-party.md licenses/third-party.md)
 if(PARLIVO_ENGINES)
     foreach(engine whisper-server llama-server)
         if(NOT EXISTS ${PARLIVO_ENGINES}/${engine})
