@@ -48,7 +48,7 @@ class Table {
         std::printf("| %s | %s | %s | %s |", what.c_str(),
                     target ? ("≤ " + quantity(*target, unit)).c_str() : "",
                     quantity(samples.median(), unit).c_str(), quantity(samples.quantile(0.95), unit).c_str());
-        if (!rival_.empty()) printRival(unit, samples, rival);
+        if (!rival_.empty()) printComparison(unit, samples, rival);
         std::printf(" %s |\n", verdict(samples, target));
         std::fflush(stdout);
     }
@@ -64,7 +64,7 @@ class Table {
         return unit.empty() ? text : text + ' ' + unit;
     }
 
-    static void printRival(const std::string& unit, const Samples& samples, const Samples& rival) {
+    static void printComparison(const std::string& unit, const Samples& samples, const Samples& rival) {
         // Of numbers around nothing there is no ratio.
         const bool comparable = !rival.empty() && rival.median() > 0 && samples.median() > 0;
         std::printf(" %s | %s |", rival.empty() ? "" : quantity(rival.median(), unit).c_str(),

@@ -45,7 +45,7 @@ class Parlivo : public Typist {
 class Xdotool : public Typist {
   public:
     Xdotool() = default;
-    ~Xdotool() override { letGoOfModifiers(); }
+    ~Xdotool() override { releaseModifiers(); }
     Xdotool(const Xdotool&) = delete;
     Xdotool& operator=(const Xdotool&) = delete;
 
@@ -65,7 +65,7 @@ class Xdotool : public Typist {
 
   private:
     /// It presses again what the user has let go of, and leaves it down.
-    static void letGoOfModifiers() {
+    static void releaseModifiers() {
         desktop::Keyboard keyboard(desktop::Keyboard::Device::Synthetic);
         using namespace desktop::Key;
         for (const auto key : {leftAlt, leftControl, leftShift, leftSuper}) keyboard.tap(key);

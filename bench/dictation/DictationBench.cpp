@@ -37,7 +37,7 @@ QString textOf(qsizetype characters) {
 }
 
 /// The user of Parlivo.
-class WithParlivo : public Dictating {
+class WithParlivo : public DictationMethod {
   public:
     explicit WithParlivo(Program& program) : program_(program) {}
     void press() override {
@@ -58,7 +58,7 @@ class WithParlivo : public Dictating {
 
 /// The user of a script, which some program of the desktop starts and tells when the key is pressed and
 /// released.
-class ByHand : public Dictating {
+class ByHand : public DictationMethod {
   public:
     ByHand(QString script, std::chrono::milliseconds delay) : script_(std::move(script)), delay_(delay) {}
     void press() override {
@@ -78,12 +78,12 @@ class ByHand : public Dictating {
 /// From the start until the item is on the panel, the key is grabbed and the bus answers.
 double timeToReady(const QString& bundle, const NotifierWatcher& panel) {
     const auto before = panel.items().size();
-    const auto begin = Clockwork::now();
+    const auto begin = SteadyClock::now();
     Program program(bundle);
     require(waitFor([&] { return panel.items().size() > before; }), "no item came onto the panel");
     // Asked before the panel has the item, the program might be waiting for the panel, which is this thread.
     require(program.waitUntilUp(), "the program does not come up");
-    const auto ready = Clockwork::now();
+    const auto ready = SteadyClock::now();
     program.signal(SIGTERM);
     require(program.waitForExit() == 0, "the program does not end");
     return milliseconds(ready - begin);
@@ -109,7 +109,7 @@ struct Length {
     double targetToRequest;
 };
 
-void measureDictations(Table& table, Testbed& testbed, Dictating& parlivo, Dictating& byHand,
+void measureDictations(Table& table, Testbed& testbed, DictationMethod& parlivo, DictationMethod& byHand,
                        const Length& length) {
     Both toRequest;
     Both toFirstKey;
@@ -135,12 +135,12 @@ void measureDictations(Table& table, Testbed& testbed, Dictating& parlivo, Dicta
 
 struct Pacing {
     const char* speed;
-    Clockwork::duration pause;
+    SteadyClock::duration pause;
     qsizetype characters;
     std::chrono::milliseconds byHand;  ///< xdotool takes whole milliseconds
 };
 
-void measurePace(Table& table, Testbed& testbed, Dictating& parlivo, const QString& script,
+void measurePace(Table& table, Testbed& testbed, DictationMethod& parlivo, const QString& script,
                  const Pacing& pacing) {
     constexpr int rounds = 3;
     constexpr auto tap = 400ms;
@@ -191,7 +191,7 @@ void printNotes() {
 }
 
 int run(const QString& script, int rounds, int longRounds) {
-    putHeadphonesOn();
+    separateSpeakerFromMicrophone();
     home::settle();
     // Without engines of its own: the program takes the one that answers, and nothing else keeps the machine
     // busy.

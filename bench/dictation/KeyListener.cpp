@@ -34,10 +34,10 @@ void KeyListener::selectPresses() {
 }
 
 void KeyListener::listen(const std::stop_token& end) {
-    constexpr int glance = 100;  // ms
+    constexpr int pollInterval = 100;  // ms
     pollfd socket{xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
     while (!end.stop_requested()) {
-        poll(&socket, 1, glance);
+        poll(&socket, 1, pollInterval);
         takeEvents();
     }
 }

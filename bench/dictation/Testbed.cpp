@@ -26,7 +26,7 @@ std::chrono::duration<double> lengthOfSound(const QByteArray& body) {
 
 }  // namespace
 
-double milliseconds(Clockwork::duration duration) {
+double milliseconds(SteadyClock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
@@ -34,42 +34,42 @@ void require(bool condition, const char* what) {
     if (!condition) throw std::runtime_error(what);
 }
 
-Recogniser::Recogniser() : server_(recogniserPort) {
+TimedRecogniser::TimedRecogniser() : server_(recogniserPort) {
     server_.on("/", StubReply::body("<html>", 200, "text/html"));
     server_.on("/inference", [this](const StubServer::Request& request) {
         const auto length = lengthOfSound(request.body);
         const std::lock_guard lock(mutex_);
-        request_ = Request{request.arrived, Clockwork::now(), length};
+        request_ = Request{request.arrived, SteadyClock::now(), length};
         return reply_;
     });
 }
 
-void Recogniser::understand(const QString& text) {
+void TimedRecogniser::setTranscript(const QString& text) {
     const std::lock_guard lock(mutex_);
     reply_ = StubReply::json({{QStringLiteral("text"), text}});
 }
 
-std::optional<Recogniser::Request> Recogniser::take() {
+std::optional<TimedRecogniser::Request> TimedRecogniser::take() {
     const std::lock_guard lock(mutex_);
     return std::exchange(request_, std::nullopt);
 }
 
-double Dictation::paceError(Clockwork::duration pause) const {
+double Dictation::paceError(SteadyClock::duration pause) const {
     const auto steps = static_cast<double>(keys.size() - 1);
     const double taken = milliseconds(keys.back() - keys.front());
     return 100 * std::abs(taken / (steps * milliseconds(pause)) - 1);
 }
 
-Dictation Testbed::dictate(Dictating& way, std::chrono::milliseconds hold, const QString& text) {
-    recogniser_.understand(text);
+Dictation Testbed::dictate(DictationMethod& way, std::chrono::milliseconds hold, const QString& text) {
+    recogniser_.setTranscript(text);
     received_ += text;
     Dictation dictation;
-    dictation.pressed = Clockwork::now();
+    dictation.pressed = SteadyClock::now();
     way.press();
     desktop::letPass(hold);
-    dictation.released = Clockwork::now();
+    dictation.released = SteadyClock::now();
     way.release();
-    std::optional<Recogniser::Request> request;
+    std::optional<TimedRecogniser::Request> request;
     require(desktop::waitFor([&] { return (request = recogniser_.take()).has_value(); }), "no request came");
     dictation.request = *request;
     require(desktop::waitFor([&] { return way.isOver(); }), "the dictation does not end");

@@ -14,25 +14,25 @@
 
 namespace parlivo::bench {
 
-using Clockwork = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
 /// Milliseconds as a number.
-double milliseconds(Clockwork::duration duration);
+double milliseconds(SteadyClock::duration duration);
 /// Throws std::runtime_error: a measurement of what did not work is none.
 void require(bool condition, const char* what);
 
 /// A recogniser that answers at once and notes what was sent to it and when.
-class Recogniser {
+class TimedRecogniser {
   public:
     struct Request {
-        Clockwork::time_point arrived;  ///< its last byte
-        Clockwork::time_point answered;
+        SteadyClock::time_point arrived;  ///< its last byte
+        SteadyClock::time_point answered;
         std::chrono::duration<double> recording{};  ///< how long the sound is
     };
 
-    Recogniser();
+    TimedRecogniser();
     /// What it understands from now on.
-    void understand(const QString& text);
+    void setTranscript(const QString& text);
     /// The last request, once.
     std::optional<Request> take();
 
@@ -44,9 +44,9 @@ class Recogniser {
 };
 
 /// A way to dictate: presses and releases a key, and tells when it is all over.
-class Dictating {
+class DictationMethod {
   public:
-    virtual ~Dictating() = default;
+    virtual ~DictationMethod() = default;
     virtual void press() = 0;
     virtual void release() = 0;
     virtual bool isOver() = 0;
@@ -54,10 +54,10 @@ class Dictating {
 
 /// One dictation, seen from outside.
 struct Dictation {
-    Clockwork::time_point pressed;
-    Clockwork::time_point released;
-    Recogniser::Request request;
-    std::vector<Clockwork::time_point> keys;  ///< the presses that typed the text
+    SteadyClock::time_point pressed;
+    SteadyClock::time_point released;
+    TimedRecogniser::Request request;
+    std::vector<SteadyClock::time_point> keys;  ///< the presses that typed the text
 
     double toRequest() const { return milliseconds(request.arrived - released); }
     double toFirstKey() const { return milliseconds(keys.front() - request.answered); }
@@ -65,7 +65,7 @@ struct Dictation {
     /// off at the key's release, it is what is missing at the beginning.
     double unrecorded() const { return milliseconds(released - pressed) - 1'000 * request.recording.count(); }
     /// How far the pace of the keys is from `pause` between any two, in per cent.
-    double paceError(Clockwork::duration pause) const;
+    double paceError(SteadyClock::duration pause) const;
 };
 
 /// The desk at which all dictate: the recogniser that they ask, the window that they type into.
@@ -75,10 +75,10 @@ class Testbed {
 
     /// Holds the key for so long. `text`, which is understood, must arrive whole; its characters need no
     /// Shift.
-    Dictation dictate(Dictating& way, std::chrono::milliseconds hold, const QString& text);
+    Dictation dictate(DictationMethod& way, std::chrono::milliseconds hold, const QString& text);
 
   private:
-    Recogniser recogniser_;
+    TimedRecogniser recogniser_;
     desktop::Receiver receiver_;
     KeyListener listener_;
     QString received_;

@@ -15,7 +15,7 @@ import tempfile
 import time
 import unittest
 
-PATIENCE = 60
+TIMEOUT = 60
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 MANUAL = (PROJECT / "docs/manual.md").read_text()
 MANUAL_PAGE = (PROJECT / "docs/parlivo.1").read_text()
@@ -70,13 +70,13 @@ class DocsTest(unittest.TestCase):
 
     def run_shell(self, line, **more):
         return subprocess.run(["bash", "-c", line], cwd=self.folder.name, env=self.environment, capture_output=True,
-                              text=True, timeout=PATIENCE, **more)
+                              text=True, timeout=TIMEOUT, **more)
 
     def start_program(self):
         program = subprocess.Popen(["parlivo"], env=self.environment)
-        self.addCleanup(program.wait, PATIENCE)
+        self.addCleanup(program.wait, TIMEOUT)
         self.addCleanup(self.run_shell, "parlivo --quit")
-        end = time.monotonic() + PATIENCE
+        end = time.monotonic() + TIMEOUT
         while self.run_shell("parlivo --release").returncode != 0:
             self.assertLess(time.monotonic(), end, "the program does not answer")
             time.sleep(0.1)
@@ -98,7 +98,7 @@ class DocsTest(unittest.TestCase):
         self.assertIn("`parlivo --quit` ends", MANUAL)
         self.start_program()
         self.assertEqual(self.run_shell("parlivo --quit").returncode, 0)
-        end = time.monotonic() + PATIENCE
+        end = time.monotonic() + TIMEOUT
         while self.run_shell("parlivo --release").returncode == 0:
             self.assertLess(time.monotonic(), end, "the program does not end")
 

@@ -205,7 +205,7 @@ void Pasteboard::restore(const PasteboardTexts& texts) {
     for (auto entry = texts.begin(); entry != texts.end(); ++entry) contents_[entry.key()] = entry.value();
 }
 
-void Pasteboard::takenOver(const PasteboardTexts& texts) {
+void Pasteboard::selectionTaken(const PasteboardTexts& texts) {
     const std::lock_guard lock(mutex_);
     contents_ = texts;
     ours_ = false;

@@ -154,7 +154,7 @@ class Pasteboard : public parlivo::Pasteboard {
     void restore(const PasteboardTexts& texts) override;
 
     /// What the user (or another program) put there.
-    void takenOver(const PasteboardTexts& texts);
+    void selectionTaken(const PasteboardTexts& texts);
 
     struct Set {
         QString text;

@@ -47,7 +47,7 @@ class Receiver {
     /// ms.
     QString text() const;
     /// Waits until the field holds this text. False when it does not come to that.
-    bool waitForText(const QString& expected, std::chrono::milliseconds limit = patience) const;
+    bool waitForText(const QString& expected, std::chrono::milliseconds limit = defaultTimeout) const;
 
     /// Gives the window the focus again.
     void focus() const;

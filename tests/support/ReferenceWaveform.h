@@ -35,7 +35,7 @@ struct Line {
     double u = 0;
     double ph = 0;
 
-    double ordinate(const Moment& m, double x) const {
+    double yAt(const Moment& m, double x) const {
         const double w = m.size.width();
         const double h = m.size.height();
         const double s = (x / w - 0.045) / 0.91;
@@ -73,7 +73,7 @@ inline std::vector<double> abscissae(double width, double step) {
 inline QPainterPath path(const Moment& m, const Line& line, double step) {
     QPainterPath result;
     for (const double x : abscissae(m.size.width(), step)) {
-        const QPointF point(x, m.size.height() - line.ordinate(m, x));
+        const QPointF point(x, m.size.height() - line.yAt(m, x));
         if (result.elementCount() == 0)
             result.moveTo(point);
         else

@@ -16,7 +16,7 @@ using x11::owned;
 namespace {
 
 constexpr qsizetype pieceSize = qsizetype{64} * 1024;
-constexpr int glance = 20;  // ms
+constexpr int pollInterval = 20;  // ms
 
 xcb_window_t rootOf(xcb_connection_t* connection) {
     return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
@@ -34,7 +34,7 @@ SelectionOwner::SelectionOwner(PasteboardPlace place, Manner manner, QByteArray 
     xcb_create_window(c, 0, window_, rootOf(c), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
                       XCB_COPY_FROM_PARENT, 0, nullptr);
     xcb_set_selection_owner(c, window_, selection_, XCB_CURRENT_TIME);
-    if (!stillOwns()) throw Error(QStringLiteral("desktop test"), 3, QStringLiteral("no selection"));
+    if (!ownsSelection()) throw Error(QStringLiteral("desktop test"), 3, QStringLiteral("no selection"));
     thread_ = std::thread([this] { serve(); });
 }
 
@@ -43,7 +43,7 @@ SelectionOwner::~SelectionOwner() {
     thread_.join();
 }
 
-bool SelectionOwner::stillOwns() const {
+bool SelectionOwner::ownsSelection() const {
     auto* const c = connection_.get();
     const auto reply =
         owned(xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, selection_), nullptr));
@@ -54,7 +54,7 @@ void SelectionOwner::serve() {
     auto* const c = connection_.get();
     while (!ending_) {
         pollfd descriptor{xcb_get_file_descriptor(c), POLLIN, 0};
-        poll(&descriptor, 1, glance);
+        poll(&descriptor, 1, pollInterval);
         while (const auto event = owned(xcb_poll_for_event(c))) {
             switch (event->response_type & 0x7f) {
                 case XCB_SELECTION_REQUEST:

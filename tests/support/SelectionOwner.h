@@ -31,7 +31,7 @@ class SelectionOwner {
     SelectionOwner& operator=(const SelectionOwner&) = delete;
 
     /// Whether no other program has taken it since.
-    bool stillOwns() const;
+    bool ownsSelection() const;
 
   private:
     /// What is still to be given, piece by piece.

@@ -22,7 +22,7 @@ class AppDelegateStorm : public AppDelegateTest {
         store(Settings::dictationMode, QStringLiteral("ptt"));
         decideWhatFails();
         for (int left = 5 + upTo(10); left > 0; --left) happen();
-        comeToRest();
+        waitUntilIdle();
     }
 
   private:
@@ -67,7 +67,7 @@ class AppDelegateStorm : public AppDelegateTest {
         Q_EMIT SettingsNotifier::shared().pvHotkeyChanged();
     }
 
-    void comeToRest() {
+    void waitUntilIdle() {
         platform.hotKeys().release();
         if (delegate->state() == State::recording) delegate->perform(RemoteCommand::Toggle);
         spinUntil([this] { return delegate->state() == State::idle; });

@@ -176,7 +176,7 @@ TEST_F(HttpSessionTest, SilenceEndsWithTheRequestsTimeout) {
     Clock::setScale(0.001);
     EXPECT_TRUE(sent(impatient).transportError);
     Clock::setScale(0);
-    EXPECT_TRUE(sent(impatient).transportError) << "a scale of nothing is no endless patience";
+    EXPECT_TRUE(sent(impatient).transportError) << "a scale of nothing is no endless wait";
 }
 
 }  // namespace

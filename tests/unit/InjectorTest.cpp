@@ -31,7 +31,7 @@ class InjectorTest : public PlatformTest {
     }
 
     void userCopies(const QString& clipboard, const QString& selection) {
-        platform.pasteboard().takenOver(
+        platform.pasteboard().selectionTaken(
             {{PasteboardPlace::Clipboard, clipboard}, {PasteboardPlace::PrimarySelection, selection}});
     }
 
@@ -157,7 +157,8 @@ TEST_F(PasteTest, WhatWasThereComesBackInEachPlace) {
 }
 
 TEST_F(PasteTest, WhereNoTextWasThePastedOneStays) {
-    platform.pasteboard().takenOver({{PasteboardPlace::PrimarySelection, QStringLiteral("evidenziato")}});
+    platform.pasteboard().selectionTaken(
+        {{PasteboardPlace::PrimarySelection, QStringLiteral("evidenziato")}});
     Injector::paste(newText);
     passRestoreTime();
     EXPECT_EQ(clipboard(), newText) << "an image was there, and is lost";

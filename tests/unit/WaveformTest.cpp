@@ -35,7 +35,7 @@ void expectLine(std::span<const QPointF> points, const reference::Moment& moment
     ASSERT_EQ(points.size(), abscissae.size());
     for (std::size_t index = 0; index < points.size(); ++index) {
         EXPECT_EQ(points[index].x(), abscissae[index]);
-        const double fromBottom = line.ordinate(moment, abscissae[index]);
+        const double fromBottom = line.yAt(moment, abscissae[index]);
         ASSERT_NEAR(points[index].y(), moment.size.height() - fromBottom, 1e-9)
             << "x " << abscissae[index] << ", t " << moment.seconds << ", level " << moment.level;
     }

@@ -122,7 +122,7 @@ TEST_F(ClipboardTest, RestoresEachPlaceOnlyWhileItIsOurs) {
     setText(dictated, Pasteboard::History::Omit);
     const SelectionOwner other(clipboard, Manner::Text, "nuovo");
     restore(before);
-    EXPECT_TRUE(other.stillOwns());
+    EXPECT_TRUE(other.ownsSelection());
     EXPECT_EQ(seenByOthers(clipboard), "nuovo");
     EXPECT_EQ(seenByOthers(primary), "evidenziato");
     EXPECT_EQ(seenByOthers(primary, "x-kde-passwordManagerHint"), "secret") << "it may have been one before";
@@ -190,7 +190,7 @@ TEST_F(ClipboardTest, WhatTheUserCopiesRightAfterAPasteStays) {
     ASSERT_TRUE(receiver.waitForText(dictated)) << receiver.text().toStdString();
     const SelectionOwner other(clipboard, Manner::Text, "nuovo");
     EXPECT_TRUE(comesToHold(primary, "evidenziato"));
-    EXPECT_TRUE(other.stillOwns());
+    EXPECT_TRUE(other.ownsSelection());
 }
 
 TEST_F(ClipboardTest, AStalledOwnerDelaysAPasteButDoesNotPreventIt) {

@@ -25,7 +25,7 @@ class CleanupTest : public ProgramTest {
     void expectTyped(const demo::Phrase& spoken, const QString& text) {
         const QString before = receiver_->text();
         dictate(*program_, spoken);
-        EXPECT_TRUE(receiver_->waitForText(before + text, enginePatience)) << qPrintable(receiver_->text());
+        EXPECT_TRUE(receiver_->waitForText(before + text, engineTimeout)) << qPrintable(receiver_->text());
         expectNothingLeft(*program_);
     }
 

@@ -22,7 +22,7 @@ TEST_P(WholeDictation, WhatIsSpokenIsTyped) {
     ASSERT_TRUE(Program::waitUntilServed(recogniserUrl));
 
     dictate(program, phrase(QStringLiteral("s04")));
-    EXPECT_TRUE(receiver.waitForText(QStringLiteral("Perché non vieni con noi?"), enginePatience))
+    EXPECT_TRUE(receiver.waitForText(QStringLiteral("Perché non vieni con noi?"), engineTimeout))
         << qPrintable(receiver.text());
     expectNothingLeft(program);
     expectStates(program, wholeDictation);
@@ -45,7 +45,7 @@ TEST_F(DictationTest, WithADictionaryOfTenThousandTermsTheRealEngineStillAnswers
     const Receiver receiver(Receiver::Kind::Qt);
     ASSERT_TRUE(program.waitUntilUp());
     dictate(program, phrase(QStringLiteral("s05")));
-    EXPECT_TRUE(receiver.waitForText(QStringLiteral("La città è molto bella."), enginePatience))
+    EXPECT_TRUE(receiver.waitForText(QStringLiteral("La città è molto bella."), engineTimeout))
         << qPrintable(receiver.text()) << qPrintable(program.statusText());
 }
 
@@ -58,7 +58,7 @@ TEST_F(DictationTest, DictatedTextIsNowhereAfterwards) {
         // The receiver's own file is gone with it.
         const Receiver receiver(Receiver::Kind::Xterm);
         dictate(program, phrase(QStringLiteral("s16")));
-        ASSERT_TRUE(receiver.waitForText(QStringLiteral("Buona notte e sogni d'oro."), enginePatience))
+        ASSERT_TRUE(receiver.waitForText(QStringLiteral("Buona notte e sogni d'oro."), engineTimeout))
             << qPrintable(receiver.text());
         expectNothingLeft(program);
     }

@@ -67,7 +67,7 @@ class EngineFault : public ProgramTest {
     /// The real engine, with the demonstration's model.
     void expectRecovery(const Program& program, const Receiver& receiver) {
         dictate(program, phrase(QStringLiteral("s08")));
-        EXPECT_TRUE(receiver.waitForText(QStringLiteral("Apri il documento."), enginePatience))
+        EXPECT_TRUE(receiver.waitForText(QStringLiteral("Apri il documento."), engineTimeout))
             << qPrintable(program.statusText());
         expectNothingLeft(program);
     }

@@ -24,7 +24,7 @@ class IndicatorFault : public ProgramTest {
     /// Dictates, and lets `happen` while the key is held.
     void expectDictation(const Program& program, const QString& text, const std::function<void()>& happen) {
         const QString before = receiver_.text();
-        stub_.hear(text);
+        stub_.setTranscript(text);
         press();
         ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(program.statusText());
         happen();
@@ -96,7 +96,7 @@ TEST_F(IndicatorFault, NoSessionBus) {
     const TrayHost tray;
     const Program program(builtBundle(), environment);
     ASSERT_TRUE(waitFor([&] { return tray.icon().has_value(); })) << "the tray needs no bus";
-    stub_.hear(QStringLiteral("senza bus"));
+    stub_.setTranscript(QStringLiteral("senza bus"));
     press();
     ASSERT_TRUE(waitFor([] { return !recordingStreams().isEmpty(); }));
     letPass(std::chrono::milliseconds(400));

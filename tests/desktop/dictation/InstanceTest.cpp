@@ -134,7 +134,7 @@ TEST_F(InstanceTest, AskedToEndItLeavesEverythingAsItWas) {
     ASSERT_TRUE(program.waitUntilUp());
     ASSERT_TRUE(Program::waitUntilServed(QStringLiteral("http://127.0.0.1:8765/")));
     dictate(program, phrase(QStringLiteral("s05")));
-    ASSERT_TRUE(receiver.waitForText(QStringLiteral("La città è molto bella."), enginePatience))
+    ASSERT_TRUE(receiver.waitForText(QStringLiteral("La città è molto bella."), engineTimeout))
         << qPrintable(receiver.text());
     EXPECT_NE(keyboardMap(), keys) << "the accents need keys of their own";
 

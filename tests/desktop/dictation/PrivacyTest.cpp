@@ -78,7 +78,7 @@ TEST_F(PrivacyTest, WithBothEnginesNobodyOutsideIsAskedAndNobodyOutsideCanAsk) {
     ASSERT_TRUE(Program::waitUntilServed(QStringLiteral("http://127.0.0.1:8766/health")));
     const auto& spoken = phrase(QStringLiteral("f13"));
     dictate(program, spoken);
-    EXPECT_TRUE(receiver.waitForText(spoken.clean.value(QStringLiteral("light")), enginePatience))
+    EXPECT_TRUE(receiver.waitForText(spoken.clean.value(QStringLiteral("light")), engineTimeout))
         << qPrintable(receiver.text()) << qPrintable(program.statusText());
     expectNothingLeft(program);
 

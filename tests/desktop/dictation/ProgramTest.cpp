@@ -23,7 +23,7 @@ StubRecogniser::StubRecogniser() : StubServer(recogniserPort) {
     on("/", StubReply::body("<html>", 200, "text/html"));
 }
 
-void StubRecogniser::hear(const QString& text) {
+void StubRecogniser::setTranscript(const QString& text) {
     answer(StubReply::json({{QStringLiteral("text"), text}}));
 }
 
@@ -67,7 +67,7 @@ void ProgramTest::expectComplaint(const Program& program, const QString& complai
 void ProgramTest::expectDictation(const Program& program, const Receiver& receiver, StubRecogniser& stub,
                                   const QString& text) {
     const QString before = receiver.text();
-    stub.hear(text);
+    stub.setTranscript(text);
     dictateSilence(program);
     EXPECT_TRUE(receiver.waitForText(before + text)) << qPrintable(receiver.text()) << '\n'
                                                      << qPrintable(program.statusText());

@@ -23,15 +23,15 @@ inline const Chord optionSpace{Key::leftAlt, Key::space};
 
 /// How long the real engines may take on a machine that is busy with everything else: their threads wait for
 /// each other by spinning.
-inline constexpr std::chrono::seconds enginePatience{100};
+inline constexpr std::chrono::seconds engineTimeout{100};
 
 /// A stand-in for a running whisper-server: the program takes whatever answers on the port for one.
 class StubRecogniser : public StubServer {
   public:
     StubRecogniser();
-    explicit StubRecogniser(const QString& text) : StubRecogniser() { hear(text); }
+    explicit StubRecogniser(const QString& text) : StubRecogniser() { setTranscript(text); }
     /// What it makes of every recording from now on.
-    void hear(const QString& text);
+    void setTranscript(const QString& text);
     void answer(const StubReply& reply) { on("/inference", reply); }
     std::size_t recordings() const { return requests("/inference").size(); }
 };
@@ -39,7 +39,7 @@ class StubRecogniser : public StubServer {
 /// The whole program on a desktop of its own, worked by the user's hands and voice.
 class ProgramTest : public testing::Test {
   protected:
-    ProgramTest() { putHeadphonesOn(); }
+    ProgramTest() { separateSpeakerFromMicrophone(); }
     /// A failed test shows what the program logged.
     void TearDown() override;
 

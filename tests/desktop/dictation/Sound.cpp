@@ -31,7 +31,7 @@ void Voice::speak() const {
     run(QStringLiteral("paplay"), {QStringLiteral("--device=cavo"), wav_});
 }
 
-void putHeadphonesOn() {
+void separateSpeakerFromMicrophone() {
     soundServer::pactl({QStringLiteral("load-module"), QStringLiteral("module-null-sink"),
                         QStringLiteral("sink_name=cuffie")});
     soundServer::pactl({QStringLiteral("set-default-sink"), QStringLiteral("cuffie")});

@@ -21,7 +21,7 @@ class Voice {
 };
 
 /// Lets the program's own sounds go where the microphone does not hear them.
-void putHeadphonesOn();
+void separateSpeakerFromMicrophone();
 
 /// The streams that record at present.
 QStringList recordingStreams();

@@ -49,7 +49,7 @@ TEST_F(SoundFault, NoSoundServer) {
 }
 
 TEST_F(SoundFault, AMicrophonePulledOutEndsTheRecordingWithWhatItHas) {
-    stub_.hear(QStringLiteral("fin qui"));
+    stub_.setTranscript(QStringLiteral("fin qui"));
     press();
     ASSERT_TRUE(program_.waitForState(QStringLiteral("recording")));
     letPass(std::chrono::milliseconds(500));
@@ -63,7 +63,7 @@ TEST_F(SoundFault, AMicrophonePulledOutEndsTheRecordingWithWhatItHas) {
 }
 
 TEST_F(SoundFault, ASoundServerThatDiesEndsTheRecordingWithWhatItHas) {
-    stub_.hear(QStringLiteral("fin qui"));
+    stub_.setTranscript(QStringLiteral("fin qui"));
     press();
     ASSERT_TRUE(program_.waitForState(QStringLiteral("recording")));
     letPass(std::chrono::milliseconds(500));

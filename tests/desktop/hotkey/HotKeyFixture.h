@@ -53,7 +53,7 @@ class HotKeyTest : public testing::Test {
         registration = std::get<std::unique_ptr<HotKeyRegistration>>(std::move(result));
     }
 
-    bool edges(int expectedPresses, int expectedReleases, std::chrono::milliseconds limit = patience) {
+    bool edges(int expectedPresses, int expectedReleases, std::chrono::milliseconds limit = defaultTimeout) {
         return waitFor([&] { return presses >= expectedPresses && releases >= expectedReleases; }, limit) &&
                presses == expectedPresses && releases == expectedReleases;
     }

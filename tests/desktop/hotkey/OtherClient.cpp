@@ -81,7 +81,7 @@ void OtherClient::watchKeys() {
 }
 
 bool OtherClient::waitForKey(xcb_keycode_t key) {
-    const auto end = std::chrono::steady_clock::now() + patience;
+    const auto end = std::chrono::steady_clock::now() + defaultTimeout;
     while (std::chrono::steady_clock::now() < end) {
         const x11::EventHandle event(xcb_poll_for_event(connection_.get()));
         if (!event) {

@@ -111,25 +111,25 @@ TEST(SoundTest, BlocksAreWholeButTheLast) {
 /// A second listener that notes when each piece of sound arrived. A microphone hears at an even pace, so the
 /// piece that was least delayed tells by when each sample has been spoken at the latest. A server on a busy
 /// machine may leave a piece out, though: only the pieces around a moment tell of it, and only if they agree.
-class Witness {
+class StreamObserver {
   public:
-    Witness() : connection_(PulseConnection::open(Clock::now() + patience)) {
+    StreamObserver() : connection_(PulseConnection::open(Clock::now() + defaultTimeout)) {
         const PulseConnection::Lock lock(*connection_);
         constexpr pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, Speaker::sampleRate, 1};
         stream_.reset(pa_stream_new(connection_->context(), "witness", &spec, nullptr));
-        pa_stream_set_read_callback(stream_.get(), &Witness::readable, this);
+        pa_stream_set_read_callback(stream_.get(), &StreamObserver::readable, this);
         const auto any = static_cast<std::uint32_t>(-1);
         const pa_buffer_attr buffer{any, any, any, any, PulseCapture::fragmentFrames * sizeof(float)};
         pa_stream_connect_record(stream_.get(), nullptr, &buffer, PA_STREAM_ADJUST_LATENCY);
     }
-    ~Witness() {
+    ~StreamObserver() {
         const PulseConnection::Lock lock(*connection_);
         pa_stream_set_read_callback(stream_.get(), nullptr, nullptr);
         pa_stream_disconnect(stream_.get());
         stream_.reset();
     }
-    Witness(const Witness&) = delete;
-    Witness& operator=(const Witness&) = delete;
+    StreamObserver(const StreamObserver&) = delete;
+    StreamObserver& operator=(const StreamObserver&) = delete;
 
     bool hears(std::size_t frames) const {
         return waitFor([&] {
@@ -175,7 +175,7 @@ class Witness {
     }
 
     static void readable(pa_stream* stream, std::size_t, void* pointer) {
-        auto& self = *static_cast<Witness*>(pointer);
+        auto& self = *static_cast<StreamObserver*>(pointer);
         const void* data = nullptr;
         std::size_t bytes = 0;
         while (pa_stream_peek(stream, &data, &bytes) == 0 && bytes > 0) {
@@ -197,7 +197,7 @@ class Witness {
 
 /// By how many samples a recording that ended after `delay` goes on beyond what had certainly been spoken by
 /// then. Nothing when the microphone stumbled meanwhile.
-std::optional<double> surplusOfRecording(const Witness& witness, std::chrono::milliseconds delay) {
+std::optional<double> surplusOfRecording(const StreamObserver& witness, std::chrono::milliseconds delay) {
     Listener listener;
     if (!listener.hears(Speaker::period + AudioCapture::blockFrames)) return std::nullopt;
     letPass(delay);
@@ -212,7 +212,7 @@ std::optional<double> surplusOfRecording(const Witness& witness, std::chrono::mi
 TEST(SoundTest, WhatWasSpokenBeforeTheEndIsNotLost) {
     const Speaker speaker;
     ASSERT_TRUE(Listener().hearsSound());
-    const Witness witness;
+    const StreamObserver witness;
     ASSERT_TRUE(witness.hears(oneSecond));
     int measured = 0;
     for (int attempt = 0; attempt < 40 && measured < 10; ++attempt) {

@@ -86,7 +86,7 @@ class Soak : public ProgramTest {
 
     /// The text is in the field, exactly; then the field is emptied for the next one.
     void expectArrived(const QString& text) {
-        ASSERT_TRUE(receiver_->waitForText(text, enginePatience))
+        ASSERT_TRUE(receiver_->waitForText(text, engineTimeout))
             << "expected " << text.size() << ": " << qPrintable(text.left(30)) << "\n     got "
             << receiver_->text().size() << ": " << qPrintable(receiver_->text().left(30)) << '\n'
             << qPrintable(program_->statusText());
@@ -109,7 +109,7 @@ class Soak : public ProgramTest {
     }
     static PasteboardTexts selections() {
         const QList places{PasteboardPlace::Clipboard, PasteboardPlace::PrimarySelection};
-        return x11::SelectionReader::open()->read(places, patience);
+        return x11::SelectionReader::open()->read(places, defaultTimeout);
     }
 
     void expectNoGrowth(const Footprint& before) {
@@ -146,7 +146,7 @@ class StubSoak : public Soak {
                    {QStringLiteral("typingSpeed"), QString::fromLatin1(manner.speed)},
                    {QStringLiteral("cleanupLevel"), QString::fromLatin1(cleaned ? "medium" : "none")}});
         const QString text = textOf(number, manner.length);
-        engines_.hear(cleaned ? text.toLower() : text);
+        engines_.setTranscript(cleaned ? text.toLower() : text);
         engines_.clean(text);
         hold(manner);
         expectArrived(text);

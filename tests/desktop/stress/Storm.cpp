@@ -58,12 +58,12 @@ const std::vector<Storm::Action>& Storm::actions() {
         {"tap", 6, &Storm::tap},
         {"hold", 6, &Storm::hold},
         {"press", 3, &Storm::pressAndKeep},
-        {"let go", 3, &Storm::letGo},
+        {"let go", 3, &Storm::releaseKeys},
         {"bus press", 2, &Storm::busPress},
         {"bus release", 2, &Storm::busRelease},
         {"bus toggle", 2, &Storm::busToggle},
-        {"second start", 1, &Storm::secondStart},
-        {"plain second start", 0.1, &Storm::plainSecondStart},
+        {"second start", 1, &Storm::startSecondInstance},
+        {"plain second start", 0.1, &Storm::startSecondInstanceWithoutOption},
         {"mode", 3, &Storm::changeMode},
         {"speed", 2, &Storm::changeSpeed},
         {"preset", 0.3, &Storm::changePreset},
@@ -83,7 +83,7 @@ Storm::Storm() {
     qputenv("RECEIVER_WITHOUT_MENU", "yes");
     home::settle(
         {{QStringLiteral("cleanupTier"), QStringLiteral("light")}, {QStringLiteral("feedbackGiven"), true}});
-    engines_.hear(word);
+    engines_.setTranscript(word);
     program_ = std::make_unique<Program>(engines_.bundle());
     receiver_ = std::make_unique<Receiver>(Receiver::Kind::Qt);
 }
@@ -127,12 +127,12 @@ void Storm::stepPreset(xcb_keycode_t key) {
 
 void Storm::changePreset() {
     // A held modifier would make something else of the arrow keys.
-    letGo();
+    releaseKeys();
     showWindow("ShowSettings");
     ASSERT_TRUE(waitForActiveWindow(settingsTitle));
-    const bool down = preset() == 0 || (preset() < 3 && chance());
+    const bool down = preset() == 0 || (preset() < 3 && coinFlip());
     stepPreset(keyboard_.keyOf(down ? XKB_KEY_Down : XKB_KEY_Up));
-    if (chance()) receiver_->focus();
+    if (coinFlip()) receiver_->focus();
 }
 
 void Storm::run(std::uint32_t seed) {
@@ -142,7 +142,7 @@ void Storm::run(std::uint32_t seed) {
     textMayBeElsewhere_ = false;
     textsBefore_ = texts();
     home::set({{mode, QStringLiteral("ptt")}, {speed, QStringLiteral("fast")}});
-    const int length = 5 + upTo(10);
+    const int length = 5 + randomUpTo(10);
     std::vector<double> weights;
     for (const Action& action : actions()) weights.push_back(action.weight);
     std::discrete_distribution<std::size_t> choice(weights.begin(), weights.end());
@@ -151,11 +151,11 @@ void Storm::run(std::uint32_t seed) {
         happened_ += std::string(action.name) + ", ";
         (this->*action.happen)();
     }
-    comeToRest();
+    waitUntilIdle();
     if (HasFailure()) std::cerr << "seed " << seed << ": " << happened_ << std::endl;
 }
 
-int Storm::upTo(int limit) {
+int Storm::randomUpTo(int limit) {
     // Not std::uniform_int_distribution, whose numbers differ from library to library.
     return static_cast<int>(random_() % (static_cast<unsigned>(limit) + 1));
 }
@@ -165,29 +165,29 @@ void Storm::pressKeys() {
     const QString state = program_->state();
     if (state != QLatin1String("idle") && state != QLatin1String("recording")) textMayBeElsewhere_ = true;
     // Fingers leave a key before they press it again.
-    if (keysDown_) letGo();
+    if (keysDown_) releaseKeys();
     press(chord_);
     keysDown_ = true;
 }
 
 void Storm::tap() {
     pressKeys();
-    letGo();
+    releaseKeys();
 }
 
 void Storm::hold() {
     pressKeys();
-    letPass(std::chrono::milliseconds(upTo(500)));
+    letPass(std::chrono::milliseconds(randomUpTo(500)));
     // The modifier may come up first.
-    if (chance()) release(Chord(chord_.rbegin(), chord_.rend()));
-    letGo();
+    if (coinFlip()) release(Chord(chord_.rbegin(), chord_.rend()));
+    releaseKeys();
 }
 
 void Storm::pressAndKeep() {
     pressKeys();
 }
 
-void Storm::letGo() {
+void Storm::releaseKeys() {
     release(chord_);
     keysDown_ = false;
 }
@@ -206,14 +206,14 @@ void Storm::busToggle() {
     EXPECT_TRUE(program_->invoke("Toggle"));
 }
 
-void Storm::secondStart() {
+void Storm::startSecondInstance() {
     const QStringList options{QStringLiteral("--press"), QStringLiteral("--release"),
                               QStringLiteral("--toggle")};
     recordingMayStay_ = true;
-    EXPECT_EQ(Program::call({options.at(upTo(2))}, engines_.bundle()).status, 0);
+    EXPECT_EQ(Program::call({options.at(randomUpTo(2))}, engines_.bundle()).status, 0);
 }
 
-void Storm::plainSecondStart() {
+void Storm::startSecondInstanceWithoutOption() {
     textMayBeElsewhere_ = true;
     EXPECT_EQ(Program::call({}, engines_.bundle()).status, 0);
 }
@@ -221,12 +221,12 @@ void Storm::plainSecondStart() {
 void Storm::changeMode() {
     const QStringList modes{QStringLiteral("ptt"), QStringLiteral("toggle"), QStringLiteral("unknown")};
     recordingMayStay_ = true;
-    home::set(mode, modes.at(upTo(2)));
+    home::set(mode, modes.at(randomUpTo(2)));
 }
 
 void Storm::changeSpeed() {
     const QStringList speeds{QStringLiteral("fast"), QStringLiteral("natural"), QStringLiteral("instant")};
-    home::set(speed, speeds.at(upTo(2)));
+    home::set(speed, speeds.at(randomUpTo(2)));
 }
 
 void Storm::showSettings() {
@@ -246,25 +246,25 @@ void Storm::chooseFromMenu() {
     textMayBeElsewhere_ = true;
     const NotifierItem item(panel_->bus(), panel_->items().value(0));
     item.openMenu();
-    item.choose(chance() ? QStringLiteral("Impostazioni…") : QStringLiteral("Invia feedback…"));
+    item.choose(coinFlip() ? QStringLiteral("Impostazioni…") : QStringLiteral("Invia feedback…"));
 }
 
 void Storm::killEngine() {
-    const auto name = chance() ? QStringLiteral("whisper-server") : QStringLiteral("llama-server");
+    const auto name = coinFlip() ? QStringLiteral("whisper-server") : QStringLiteral("llama-server");
     for (const pid_t process : childrenNamed(name)) ::kill(process, SIGKILL);
 }
 
 void Storm::restartSoundServer() {
     endSoundServer();
-    letPass(std::chrono::milliseconds(upTo(300)));
+    letPass(std::chrono::milliseconds(randomUpTo(300)));
     startSoundServer();
 }
 
 void Storm::loseKeyboards() {
     textMayBeElsewhere_ = true;
     other_.setKeyboardsEnabled(false);
-    if (chance()) letGo();
-    letPass(std::chrono::milliseconds(upTo(300)));
+    if (coinFlip()) releaseKeys();
+    letPass(std::chrono::milliseconds(randomUpTo(300)));
     other_.setKeyboardsEnabled(true);
 }
 
@@ -272,18 +272,18 @@ void Storm::lockScreen() {
     // Refused while the key is held, as for a real one.
     textMayBeElsewhere_ = true;
     other_.grabKeyboard();
-    if (chance()) tap();
-    if (chance()) letGo();
-    letPass(std::chrono::milliseconds(upTo(300)));
+    if (coinFlip()) tap();
+    if (coinFlip()) releaseKeys();
+    letPass(std::chrono::milliseconds(randomUpTo(300)));
     other_.ungrabKeyboard();
 }
 
 void Storm::pause() {
-    letPass(std::chrono::milliseconds(upTo(200)));
+    letPass(std::chrono::milliseconds(randomUpTo(200)));
 }
 
-void Storm::comeToRest() {
-    letGo();
+void Storm::waitUntilIdle() {
+    releaseKeys();
     expectIdle();
     EXPECT_TRUE(waitFor([] { return recordingStreams().isEmpty(); })) << "the microphone is open";
     EXPECT_TRUE(waitFor([] { return home::recordings().isEmpty(); }));

@@ -38,12 +38,12 @@ class Storm : public ProgramTest {
     void tap();
     void hold();
     void pressAndKeep();
-    void letGo();
+    void releaseKeys();
     void busPress();
     void busRelease();
     void busToggle();
-    void secondStart();
-    void plainSecondStart();
+    void startSecondInstance();
+    void startSecondInstanceWithoutOption();
     void changeMode();
     void changeSpeed();
     void changePreset();
@@ -57,14 +57,14 @@ class Storm : public ProgramTest {
     void pause();
 
     // What must hold afterwards.
-    void comeToRest();
+    void waitUntilIdle();
     void expectIdle();
     void expectOneOfEach();
     void expectOnlyDictatedText();
 
     void pressKeys();
-    int upTo(int limit);
-    bool chance() { return upTo(1) == 0; }
+    int randomUpTo(int limit);
+    bool coinFlip() { return randomUpTo(1) == 0; }
     void findPresets();
     void stepPreset(xcb_keycode_t key);
     static int preset();

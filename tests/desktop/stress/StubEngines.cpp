@@ -28,11 +28,11 @@ StubEngines::StubEngines() {
     const QString stub = QStringLiteral(PARLIVO_STUB_ENGINE);
     bundle_.putEngine(QStringLiteral("whisper-server"), stub);
     bundle_.putEngine(QStringLiteral("llama-server"), stub);
-    hear({});
+    setTranscript({});
     clean({});
 }
 
-void StubEngines::hear(const QString& text) const {
+void StubEngines::setTranscript(const QString& text) const {
     answer(home::recogniserModel(), text);
 }
 

@@ -14,7 +14,7 @@ class StubEngines {
     StubEngines();
     QString bundle() const { return bundle_.path(); }
 
-    void hear(const QString& text) const;
+    void setTranscript(const QString& text) const;
     void clean(const QString& text) const;
 
     static inline const QString recogniserUrl = QStringLiteral("http://127.0.0.1:8765/");

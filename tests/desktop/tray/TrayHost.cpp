@@ -32,8 +32,8 @@ TrayHost::TrayHost(Panel panel, const QRect& place, int iconLength)
       iconLength_(iconLength) {
     QObject::connect(&notifier_, &QSocketNotifier::activated, [this] { readEvents(); });
     paintPanel();
-    if (panel == Panel::Light || panel == Panel::Dark) tellColours(panel);
-    takeOffice();
+    if (panel == Panel::Light || panel == Panel::Dark) announceColours(panel);
+    ownTraySelection();
     xcb_flush(connection_.get());
 }
 
@@ -59,13 +59,13 @@ void TrayHost::paintPanel() {
 }
 
 /// Red, green and blue with 16 bits each, of ordinary text and of errors, warnings and success.
-void TrayHost::tellColours(Panel panel) {
+void TrayHost::announceColours(Panel panel) {
     const std::vector<std::uint32_t> colours(12, panel == Panel::Dark ? 0xffff : 0);
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, panel_, atom("_NET_SYSTEM_TRAY_COLORS"),
                         XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(colours.size()), colours.data());
 }
 
-void TrayHost::takeOffice() {
+void TrayHost::ownTraySelection() {
     const xcb_atom_t selection = atom("_NET_SYSTEM_TRAY_S0");
     xcb_set_selection_owner(connection_.get(), panel_, selection, XCB_CURRENT_TIME);
     xcb_client_message_event_t news{};

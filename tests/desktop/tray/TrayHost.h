@@ -31,8 +31,8 @@ class TrayHost {
 
   private:
     void paintPanel();
-    void takeOffice();
-    void tellColours(Panel panel);
+    void ownTraySelection();
+    void announceColours(Panel panel);
     void readEvents();
     void dock(xcb_window_t icon);
     QRect iconPlace() const;

@@ -23,7 +23,7 @@ sys.path.insert(1, str(pathlib.Path(__file__).resolve().parents[1] / "windows"))
 import windows  # noqa: E402
 from gi.repository import Atspi, Gio, GLib  # noqa: E402
 from panel import Panel  # noqa: E402
-from windows import DEMO, PATIENCE, settings, settings_file, wait_for  # noqa: E402
+from windows import DEMO, TIMEOUT, settings, settings_file, wait_for  # noqa: E402
 
 PROJECT = pathlib.Path(__file__).resolve().parents[3]
 NAME = "it.parlivo.Parlivo"
@@ -213,7 +213,7 @@ class UpdateCase(unittest.TestCase):
         for process in self.processes:
             if process.poll() is None:
                 process.terminate()
-                process.wait(PATIENCE)
+                process.wait(TIMEOUT)
         try:
             quit_program()
         except GLib.Error:  # it has ended
@@ -317,7 +317,7 @@ class KillTest(UpdateCase):
         self.assertEqual(property_of_program("Version"), self.version)
         wait_for("the left-overs to go", lambda: not list(pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-*")))
         quit_program()
-        program.wait(PATIENCE)
+        program.wait(TIMEOUT)
 
     def test_while_downloading_unpacking_and_replacing(self):
         site = self.open_site()

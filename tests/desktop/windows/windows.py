@@ -16,7 +16,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, Gio, GLib  # noqa: E402
 
-PATIENCE = 60
+TIMEOUT = 60
 LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
 DEMO = pathlib.Path(__file__).resolve().parents[3] / "resources" / "demo"
 PROGRAM = sys.argv[1] if len(sys.argv) > 1 else ""
@@ -30,8 +30,8 @@ MODELS = {
 }
 
 
-def wait_for(what, condition, patience=PATIENCE):
-    end = time.monotonic() + patience
+def wait_for(what, condition, timeout=TIMEOUT):
+    end = time.monotonic() + timeout
     while time.monotonic() < end:
         try:
             found = condition()
@@ -130,7 +130,7 @@ class Program:
             return
         self.process.send_signal(signal.SIGTERM)
         try:
-            self.process.wait(timeout=PATIENCE)
+            self.process.wait(timeout=TIMEOUT)
         except subprocess.TimeoutExpired:
             self.kill()
             raise AssertionError("the program did not end when asked to") from None
