@@ -1,4 +1,4 @@
-/// Measures the road from the microphone to the WAV file.
+/// Measures the way of the sound from the microphone to the WAV file.
 ///
 /// usage: sound_bench processing        the capture tap, and the conversion beside sox and ffmpeg
 ///        sound_bench microphone NAME   key-down and key-up on the sound server that runs (called NAME)

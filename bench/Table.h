@@ -10,7 +10,7 @@
 
 namespace parlivo::bench {
 
-/// One thing measured again and again.
+/// Repeated measurements of one quantity.
 class Samples {
   public:
     /// Room for so many, so that adding them asks for no memory.
@@ -65,7 +65,7 @@ class Table {
     }
 
     static void printComparison(const std::string& unit, const Samples& samples, const Samples& rival) {
-        // Of numbers around nothing there is no ratio.
+        // A ratio of numbers near zero means nothing.
         const bool comparable = !rival.empty() && rival.median() > 0 && samples.median() > 0;
         std::printf(" %s | %s |", rival.empty() ? "" : quantity(rival.median(), unit).c_str(),
                     comparable ? quantity(rival.median() / samples.median(), "").c_str() : "");

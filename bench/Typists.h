@@ -16,7 +16,7 @@ inline QString asReceived(QString text) {
     return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
 }
 
-/// One of the two that are compared.
+/// One of the two programs that are compared.
 class Typist {
   public:
     virtual ~Typist() = default;
@@ -64,7 +64,7 @@ class Xdotool : public Typist {
     bool isDone() override { return process_.state() == QProcess::NotRunning; }
 
   private:
-    /// It presses again what the user has let go of, and leaves it down.
+    /// It presses again the modifiers that the user has released, and leaves them down.
     static void releaseModifiers() {
         desktop::Keyboard keyboard(desktop::Keyboard::Device::Synthetic);
         using namespace desktop::Key;

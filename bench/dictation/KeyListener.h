@@ -9,12 +9,12 @@
 
 namespace parlivo::bench {
 
-/// Hears every key press of the display, whoever presses and whoever receives it, and notes when.
+/// Records the time of every key press on the display, from any device and for any window.
 class KeyListener {
   public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    /// Throws std::runtime_error where the display does not tell.
+    /// Throws std::runtime_error if the display does not report key presses.
     KeyListener();
 
     /// The moments of the presses since `begin`, oldest first.

@@ -18,7 +18,7 @@ using SteadyClock = std::chrono::steady_clock;
 
 /// Milliseconds as a number.
 double milliseconds(SteadyClock::duration duration);
-/// Throws std::runtime_error: a measurement of what did not work is none.
+/// Throws std::runtime_error if the condition is false: a measurement of something that failed is worthless.
 void require(bool condition, const char* what);
 
 /// A recogniser that answers at once and notes what was sent to it and when.
@@ -31,7 +31,7 @@ class TimedRecogniser {
     };
 
     TimedRecogniser();
-    /// What it understands from now on.
+    /// What it answers from now on.
     void setTranscript(const QString& text);
     /// The last request, once.
     std::optional<Request> take();
@@ -43,7 +43,7 @@ class TimedRecogniser {
     StubServer server_;
 };
 
-/// A way to dictate: presses and releases a key, and tells when it is all over.
+/// A way to dictate: presses and releases a key, and says when the text has been typed.
 class DictationMethod {
   public:
     virtual ~DictationMethod() = default;
@@ -68,7 +68,7 @@ struct Dictation {
     double paceError(SteadyClock::duration pause) const;
 };
 
-/// The desk at which all dictate: the recogniser that they ask, the window that they type into.
+/// What every dictation method is measured with: the recogniser that it asks, the window that it types into.
 class Testbed {
   public:
     Testbed() : receiver_(desktop::Receiver::Kind::Xterm) {}

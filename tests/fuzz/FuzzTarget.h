@@ -3,8 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
-/// One parser under fire. A target is a program of its own: linked with libFuzzer it is fed inputs that reach
-/// ever more code, linked with Driver.cpp it is fed the corpus and mutations of it.
+/// A fuzz target for one parser: it is a program of its own: linked with libFuzzer it is fed inputs that
+/// reach ever more code, linked with Driver.cpp it is fed the corpus and mutations of it.
 namespace parlivo::fuzz {
 
 /// What a target defines: feeds the parser one input and checks what must hold of the outcome.

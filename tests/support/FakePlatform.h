@@ -14,11 +14,11 @@
 #include <variant>
 #include <vector>
 
-/// A platform that records what it was asked and plays back what a test scripts. Every member is open to the
+/// A platform that records what it was asked and answers what a test has set. All members are public, for the
 /// test; what the pipeline thread touches has a lock of its own.
 namespace parlivo::fake {
 
-/// One capture; the test speaks into it through FakeAudioInput.
+/// One capture; the test sends sound into it through FakeAudioInput.
 class Capture;
 
 class AudioInput : public parlivo::AudioInput {
@@ -34,9 +34,9 @@ class AudioInput : public parlivo::AudioInput {
     /// What the source delivers in the moment it is stopped, that is between key-up and the end of the tail.
     std::vector<float> tail;
 
-    /// Speaks into the running capture, block by block as the port promises. False when none runs.
+    /// Sends samples into the running capture, in blocks as the port promises. False if none runs.
     bool speak(const std::vector<float>& interleaved);
-    /// The source goes away.
+    /// The source disappears.
     bool interrupt();
     int opened = 0;
     int running = 0;
@@ -58,7 +58,7 @@ class Bundle : public parlivo::Bundle {
     std::optional<QString> version = QStringLiteral("1.2.3");
 };
 
-/// Does nothing and says that all went well, or what a real one says.
+/// Does nothing and reports success, or what a real adapter reports.
 class BundleTools : public parlivo::BundleTools {
   public:
     Outcome unpack(const QString& archive, const QString& folder) override {
@@ -74,7 +74,7 @@ class BundleTools : public parlivo::BundleTools {
     QStringList started;
 };
 
-/// Everything lies in one temporary folder a process, since some places are computed once a process.
+/// One temporary folder per process holds everything, since some paths are computed once per process.
 class Directories : public parlivo::Directories {
   public:
     QString applicationSupport() const override { return root() + QStringLiteral("/support"); }
@@ -132,7 +132,7 @@ class Keyboard : public parlivo::KeyboardSynthesizer {
     QStringList strokes_;  // under mutex_
 };
 
-/// Does what it is told until a test makes it refuse.
+/// Succeeds until a test makes it fail.
 class LoginItem : public parlivo::LoginItem {
   public:
     bool isEnabled() override { return enabled; }
@@ -196,7 +196,7 @@ class RemoteControl : public parlivo::RemoteControl {
     std::vector<RemoteCommand> sent;
 };
 
-/// Shows nothing and counts what it was given.
+/// Shows nothing and counts what it received.
 class FloatingPanel : public parlivo::FloatingPanel {
   public:
     void show() override {
@@ -234,7 +234,7 @@ class Sounds : public parlivo::Sounds {
     QStringList played;
 };
 
-/// No place at first; the test opens and closes it.
+/// No tray at first; the test adds and removes it.
 class StatusItems : public parlivo::StatusItemHost {
   public:
     void watch(Observer newObserver) override;
@@ -299,7 +299,7 @@ namespace parlivo {
 
 class FakePlatform : public Platform {
   public:
-    /// Installs a fresh fake and returns it; it is in force until the next one or `uninstall`.
+    /// Installs a new fake and returns it; it is used until the next one is installed or until `uninstall`.
     static FakePlatform& install();
     static void uninstall();
 

@@ -6,7 +6,8 @@
 
 namespace parlivo {
 
-/// A disk that is full, for this process and as long as this lives: no file grows beyond so many bytes.
+/// Simulates a full disk: while this object exists, no file of this process grows beyond the given number of
+/// bytes.
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -29,7 +29,7 @@ inline constexpr xcb_keycode_t rightAlt = 108;
 inline constexpr xcb_keycode_t leftSuper = 133;
 }  // namespace Key
 
-/// The user's hands: presses keys in the display named by DISPLAY. Returns from each operation when the X
+/// The user's keyboard: presses keys on the display named by DISPLAY. Returns from each operation when the X
 /// server has done it. Throws Error when there is no such display or device.
 class Keyboard {
   public:
@@ -39,7 +39,7 @@ class Keyboard {
     };
 
     explicit Keyboard(Device device = Device::Physical);
-    /// Lets go of what it still holds or has locked.
+    /// Releases all keys and locks that it still holds.
     ~Keyboard();
     Keyboard(const Keyboard&) = delete;
     Keyboard& operator=(const Keyboard&) = delete;

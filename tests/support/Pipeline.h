@@ -20,7 +20,7 @@ class Pipeline {
         });
     }
     bool isDone() const { return done_; }
-    /// Until the job is done. False when that takes too long.
+    /// Waits until the job is done. False if that takes too long.
     bool finish() {
         return waitFor([this] { return isDone(); });
     }

@@ -22,7 +22,7 @@ class ProcessGroup {
     ProcessGroup(const ProcessGroup&) = delete;
     ProcessGroup& operator=(const ProcessGroup&) = delete;
 
-    /// Throws Error when it cannot be started.
+    /// Throws Error if it cannot be started.
     void start(const QString& program, const QStringList& arguments);
     void signal(int number) const;
 
@@ -46,12 +46,12 @@ class Receiver {
     /// The text that the field holds, with '\n' as line end. The program tells it with a delay of up to 50
     /// ms.
     QString text() const;
-    /// Waits until the field holds this text. False when it does not come to that.
+    /// Waits until the field holds this text. False if that does not happen in time.
     bool waitForText(const QString& expected, std::chrono::milliseconds limit = defaultTimeout) const;
 
     /// Gives the window the focus again.
     void focus() const;
-    /// Freezes the program, so that it reads its events late, and lets it go on.
+    /// Stops the program, so that it reads its events late, and continues it.
     void freeze() const;
     void thaw() const;
 
@@ -70,7 +70,7 @@ class Receiver {
     xcb_window_t window_ = XCB_NONE;
 };
 
-/// Waits until the window with this title has the keyboard focus. False when it does not come to that.
+/// Waits until the window with this title has the keyboard focus. False if that does not happen in time.
 bool waitForActiveWindow(const QString& title);
 
 /// For the names of parameterised tests, and for GoogleTest's messages.

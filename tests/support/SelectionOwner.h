@@ -11,8 +11,8 @@
 
 namespace parlivo::desktop {
 
-/// Another program that has the clipboard or the primary selection, as good or as bad as a test wants it.
-/// Serves from a thread of its own.
+/// Another program that owns the clipboard or the primary selection, and behaves as well or as badly as a
+/// test asks. It answers on its own thread.
 class SelectionOwner {
   public:
     enum class Manner {
@@ -24,7 +24,7 @@ class SelectionOwner {
         Breaking,     ///< begins to give its text in pieces and stops after the first
     };
 
-    /// Takes the selection and returns when it has it.
+    /// Takes the selection and returns when it owns it.
     SelectionOwner(PasteboardPlace place, Manner manner, QByteArray contents = {});
     ~SelectionOwner();
     SelectionOwner(const SelectionOwner&) = delete;
@@ -34,7 +34,7 @@ class SelectionOwner {
     bool ownsSelection() const;
 
   private:
-    /// What is still to be given, piece by piece.
+    /// What is still to be sent, part by part.
     struct Transfer {
         xcb_window_t requestor = XCB_NONE;
         xcb_atom_t property = XCB_ATOM_NONE;

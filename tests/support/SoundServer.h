@@ -12,7 +12,7 @@ class QTemporaryFile;
 namespace parlivo::desktop {
 
 /// The sound server of the test's desktop, with its loudspeaker "cavo" and the microphone "microfono" that
-/// hears it. Everything here fails the test when the server does not obey.
+/// hears it. A command that the server refuses fails the test.
 namespace soundServer {
 
 bool isPipeWire();
@@ -21,27 +21,27 @@ bool isPipeWire();
 QString pactl(const QStringList& arguments);
 QStringList sources();
 
-/// Pulls out the microphone; the loudspeaker's monitor stays.
+/// Removes the microphone; the loudspeaker's monitor stays.
 void removeMicrophone();
-/// Pulls out the loudspeaker as well.
+/// Removes the loudspeaker as well.
 void removeLoudspeaker();
 /// Adds a loudspeaker NAME and a microphone MICROPHONE that hears it.
 void addPair(const QString& loudspeaker, const QString& microphone);
 void setDefaultSource(const QString& source);
 
-/// The program that clients talk to dies, or freezes and thaws.
+/// Kills, stops or continues the server program that clients talk to.
 void kill();
 void freeze();
 void thaw();
 
 }  // namespace soundServer
 
-/// Speaks a signal into a loudspeaker, again and again, as long as it lives. Each of its samples tells its
-/// own place in the signal.
+/// Plays a signal on a loudspeaker, repeated as long as this object exists. Each sample encodes its own
+/// position in the signal.
 class Speaker {
   public:
     static constexpr int sampleRate = 48'000;
-    /// After so many samples the signal begins anew.
+    /// The signal repeats after this number of samples.
     static constexpr int period = 24'000;
 
     explicit Speaker(const QString& loudspeaker = QStringLiteral("cavo"));

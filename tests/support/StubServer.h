@@ -67,7 +67,7 @@ class StubServer {
 
     /// Answers requests for `path` by `script` from now on; anything else gets 404.
     void on(const QByteArray& path, Script script);
-    /// Answers them by one reply after the other; the last one goes on for ever.
+    /// Answers them by one reply after the other; the last one is repeated.
     void on(const QByteArray& path, std::vector<StubReply> replies);
     void on(const QByteArray& path, const StubReply& reply) { on(path, std::vector{reply}); }
 

@@ -46,7 +46,7 @@ class TypingPlatform : public Platform {
     QtPasteboard pasteboard_;
 };
 
-/// Keeps a TypingPlatform in force as long as it lives: the life of a program that types.
+/// Installs a TypingPlatform as long as this object exists, like a program that types.
 class TypingProgram {
   public:
     TypingProgram() { Platform::install(std::make_unique<TypingPlatform>()); }

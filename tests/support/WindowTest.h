@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-/// Windows worked as a user works them: by what is written on them.
+/// Operates windows as a user does: by the text on them.
 namespace parlivo {
 
 /// Answers at once what the user would be asked.
@@ -40,7 +40,7 @@ class ScriptedDialogs : public Dialogs {
     std::vector<Question> questions;
 };
 
-/// Downloads that go as the test says. The last one started is the one that is spoken for.
+/// Downloads that progress as the test says. The calls act on the one that was started last.
 class ScriptedFetch {
   public:
     ModelFetch fetch() {

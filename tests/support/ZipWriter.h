@@ -6,7 +6,7 @@
 
 namespace parlivo {
 
-/// An entry of a zip archive, whatever its name and mode: archives that nobody's tool would make, too.
+/// An entry of a zip archive, whatever its name and mode: also archives that no tool would make.
 struct ZipEntry {
     QByteArray name;
     QByteArray content;

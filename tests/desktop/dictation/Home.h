@@ -9,7 +9,7 @@
 /// looks for them. The environment of the test says where that is.
 namespace parlivo::desktop::home {
 
-/// Settings of a user who has seen the first-run window; `more` is added to them or replaces them.
+/// Writes the settings of a user who has seen the first-run window; `more` is added to them or replaces them.
 void settle(const QJsonObject& more = {});
 /// The settings file as it is, without any of that.
 void writeSettings(const QByteArray& content);
@@ -31,7 +31,7 @@ QString dataFile(const QString& name);
 /// What the program has logged so far.
 QString log();
 
-/// The files of recordings that lie about.
+/// The files of recordings that exist now.
 QStringList recordings();
 /// The regular files below the private folders, the whole of /tmp, that contain `text`; those of the project
 /// do not count.

@@ -12,7 +12,7 @@
 
 namespace parlivo::desktop {
 
-/// What a short-lived call of the program left behind.
+/// The result of a short call of the program.
 struct Outcome {
     int status = -1;
     QString output;
@@ -39,7 +39,7 @@ class BundleCopy {
     QTemporaryDir folder_;
 };
 
-/// A running Parlivo, seen and worked from outside: as a process and on the session bus.
+/// A running Parlivo, observed and controlled from outside: as a process and on the session bus.
 class Program : public QObject {
     Q_OBJECT
 
@@ -76,7 +76,7 @@ class Program : public QObject {
     bool isRunning() const { return process_.state() == QProcess::Running; }
     pid_t processId() const { return static_cast<pid_t>(process_.processId()); }
     void signal(int number) const;
-    /// Waits for its end. Nothing when it goes on or a signal ended it.
+    /// Waits for its end. nullopt if it goes on, or if a signal ended it.
     std::optional<int> waitForExit();
     QString errors();
 

@@ -30,13 +30,13 @@ class StubRecogniser : public StubServer {
   public:
     StubRecogniser();
     explicit StubRecogniser(const QString& text) : StubRecogniser() { setTranscript(text); }
-    /// What it makes of every recording from now on.
+    /// What it answers to every recording from now on.
     void setTranscript(const QString& text);
     void answer(const StubReply& reply) { on("/inference", reply); }
     std::size_t recordings() const { return requests("/inference").size(); }
 };
 
-/// The whole program on a desktop of its own, worked by the user's hands and voice.
+/// The whole program on a private desktop, controlled by the real key and a synthetic voice.
 class ProgramTest : public testing::Test {
   protected:
     ProgramTest() { separateSpeakerFromMicrophone(); }
@@ -50,12 +50,12 @@ class ProgramTest : public testing::Test {
     void dictateSilence(const Program& program);
     /// Holds the key while the phrase is spoken.
     void dictate(const Program& program, const demo::Phrase& phrase);
-    /// Dictates and expects the program's complaint; then it is idle again and nothing is left on disk.
+    /// Dictates and expects this error message; then the program is idle again and nothing is left on disk.
     void expectComplaint(const Program& program, const QString& complaint);
-    /// Dictates to the stub, and the text arrives: the program works (again).
+    /// Dictates to the stub and expects the text in the receiver: the program works (again).
     void expectDictation(const Program& program, const Receiver& receiver, StubRecogniser& stub,
                          const QString& text);
-    /// Exactly these states have been told since the start, or since they were forgotten.
+    /// Exactly these states were signalled since the start, or since they were forgotten.
     static void expectStates(const Program& program, const QStringList& states);
     /// What must hold whenever a dictation is over.
     static void expectNothingLeft(const Program& program);

@@ -20,7 +20,7 @@ class Voice {
     QString wav_;
 };
 
-/// Lets the program's own sounds go where the microphone does not hear them.
+/// Plays the program's own sounds on a loudspeaker that the microphone does not hear.
 void separateSpeakerFromMicrophone();
 
 /// The streams that record at present.
@@ -28,7 +28,7 @@ QStringList recordingStreams();
 
 /// Ends the desktop's PulseAudio server for good.
 void endSoundServer();
-/// Starts one as the desktop had it, and returns when its microphone is there.
+/// Starts one like the desktop's, and returns when its microphone exists.
 void startSoundServer();
 
 }  // namespace parlivo::desktop

@@ -34,7 +34,7 @@ inline xcb_keycode_t mainKey(const Preset& preset) {
     return preset.keyCode == 49 ? Key::space : Key::grave;
 }
 
-/// The service alone, and hands on the keyboard.
+/// The hot-key service alone, with a real keyboard.
 class HotKeyTest : public testing::Test {
   protected:
     HotKeyTest() {

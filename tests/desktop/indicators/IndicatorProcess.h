@@ -13,7 +13,7 @@ namespace parlivo::desktop {
 /// destroyed.
 class IndicatorProcess {
   public:
-    /// Returns when it runs. Throws Error when it does not come to that.
+    /// Returns when it runs. Throws Error if it does not start.
     explicit IndicatorProcess(
         const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());
     ~IndicatorProcess();
@@ -24,7 +24,7 @@ class IndicatorProcess {
     /// long.
     QStringList perform(const QString& line);
 
-    /// What it said by itself, first to last: "opening", "chosen settings".
+    /// The lines that it printed unasked, oldest first: "opening", "chosen settings".
     QStringList said() const { return said_; }
     void forgetSaid() { said_.clear(); }
     bool waitForWord(const QString& word);

@@ -13,14 +13,14 @@
 
 namespace parlivo::desktop {
 
-/// Everything that can happen to the program within a few seconds, in an order that only the seed knows. One
-/// life of the program goes through many sequences.
+/// Random sequences of events that can happen to the program within a few seconds; the seed decides their
+/// order. One process of the program goes through many sequences.
 class Storm : public ProgramTest {
   protected:
     Storm();
     void SetUp() override;
 
-    /// Lets a sequence happen and expects the program to be at rest afterwards.
+    /// Runs a sequence and expects the program to be idle afterwards.
     void run(std::uint32_t seed);
 
     /// The texts that the program says it has typed or pasted.
@@ -34,7 +34,7 @@ class Storm : public ProgramTest {
     };
     static const std::vector<Action>& actions();
 
-    // What happens.
+    // The events.
     void tap();
     void hold();
     void pressAndKeep();
@@ -56,7 +56,7 @@ class Storm : public ProgramTest {
     void lockScreen();
     void pause();
 
-    // What must hold afterwards.
+    // The checks afterwards.
     void waitUntilIdle();
     void expectIdle();
     void expectOneOfEach();

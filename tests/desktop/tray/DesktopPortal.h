@@ -21,7 +21,7 @@ class DesktopPortal : public QObject {
     DesktopPortal(const DesktopPortal&) = delete;
     DesktopPortal& operator=(const DesktopPortal&) = delete;
 
-    /// The user has changed their mind.
+    /// The user changes the preference.
     void prefer(Scheme scheme);
 
   public Q_SLOTS:

@@ -30,7 +30,7 @@ class NotifierWatcher : public QObject, protected QDBusContext {
     NotifierWatcher(const NotifierWatcher&) = delete;
     NotifierWatcher& operator=(const NotifierWatcher&) = delete;
 
-    /// The host that was to come later is there.
+    /// Adds the host that was absent at first.
     void addHost();
 
     bool hasHost() const { return hasHost_; }
@@ -65,7 +65,7 @@ struct MenuLine {
 };
 
 /// The item that an application has put onto a panel, read over the bus. Nothing here blocks the test's own
-/// event loop; a call that is not answered in time gives nothing.
+/// event loop; a call that is not answered in time returns an empty value.
 class NotifierItem {
   public:
     NotifierItem(QDBusConnection bus, QString service);

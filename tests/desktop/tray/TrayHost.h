@@ -15,7 +15,7 @@ namespace parlivo::desktop {
 /// (waitFor). https://specifications.freedesktop.org/systemtray-spec/
 class TrayHost {
   public:
-    /// Whether the panel tells its colours, too.
+    /// Whether the panel announces its colours, too.
     enum class Panel { Light, Dark, SilentLight, SilentDark };
 
     /// The tray fills `place` on the screen; the icon is in its middle. In pixels.
@@ -26,7 +26,7 @@ class TrayHost {
 
     /// Where the icon is on the screen, when there is one.
     std::optional<QRect> icon() const;
-    /// What the panel is painted in.
+    /// The colour of the panel.
     QColor ground() const { return ground_; }
 
   private:

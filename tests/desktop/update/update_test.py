@@ -4,7 +4,7 @@ panel, confirms, and looks at what runs then.
 
 usage: update_test.py BUILD_FOLDER [CASE...]
 
-Needs a desktop of its own (tests/support/desktop) in a world of its own (tests/support/isolated).
+Needs a private desktop (tests/support/desktop) in private namespaces (tests/support/isolated).
 """
 import hashlib
 import http.server
@@ -29,7 +29,7 @@ PROJECT = pathlib.Path(__file__).resolve().parents[3]
 NAME = "it.parlivo.Parlivo"
 BIG = 8 << 20
 NEWS = "Più veloce.\nE capisce «perché»."
-ENGINE_PATIENCE = 200  # on a machine that is busy with everything else
+ENGINE_TIMEOUT = 200  # on a machine that is busy with everything else
 
 
 class Site(http.server.ThreadingHTTPServer):
@@ -443,7 +443,7 @@ class ForeignBundleTest(UpdateCase):
             wait_for("the recording", lambda: property_of_program("State") == "recording")
             subprocess.run(["paplay", "--device=cavo", voice], check=True)
             ask_bus("/it/parlivo/Parlivo", "it.parlivo.Parlivo1", "Release")
-            wait_for("the end of the dictation", lambda: property_of_program("State") == "idle", ENGINE_PATIENCE)
+            wait_for("the end of the dictation", lambda: property_of_program("State") == "idle", ENGINE_TIMEOUT)
             windows.key("Return")
             wait_for("the window's end", lambda: window.poll() is not None)
         self.assertEqual(typed.read_text(), self.spoken)
