@@ -7,12 +7,34 @@
 #include <QScreen>
 
 #include <cmath>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 namespace parlivo {
 
 namespace {
+
+/// The number of the X screen that the toolkit shows its windows on. An X server may have several, which
+/// share no windows; DISPLAY names one.
+int defaultScreen() {
+    char* host = nullptr;
+    int display = 0;
+    int screen = 0;
+    if (xcb_parse_display(nullptr, &host, &display, &screen) == 0) return 0;
+    std::free(host);
+    return screen;
+}
+
+/// The first screen if there is none of that number.
+const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
+    auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    const xcb_screen_t* screen = screens.data;
+    for (; screens.rem > 0; xcb_screen_next(&screens), --number) {
+        if (number == 0) screen = screens.data;
+    }
+    return screen;
+}
 
 /// The toolkit's X connection with the names that the window managers' hints go by.
 class Display {
@@ -26,6 +48,7 @@ class Display {
 
     xcb_connection_t* connection() const { return connection_; }
     xcb_window_t root() const { return screen_->root; }
+    int screenNumber() const { return screenNumber_; }
     QSize size() const { return {screen_->width_in_pixels, screen_->height_in_pixels}; }
 
     xcb_atom_t atom(const std::string& name) const {
@@ -53,9 +76,12 @@ class Display {
 
   private:
     explicit Display(xcb_connection_t* connection)
-        : connection_(connection), screen_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data) {}
+        : connection_(connection),
+          screenNumber_(defaultScreen()),
+          screen_(screenOf(connection, screenNumber_)) {}
 
     xcb_connection_t* connection_;
+    int screenNumber_;
     const xcb_screen_t* screen_;
 };
 
@@ -145,7 +171,7 @@ std::optional<QRect> X11Screens::mainVisibleFrame() {
 bool X11Screens::transparencyAvailable() {
     const auto display = Display::current();
     if (!display) return true;
-    const xcb_atom_t compositor = display->atom("_NET_WM_CM_S0");
+    const xcb_atom_t compositor = display->atom("_NET_WM_CM_S" + std::to_string(display->screenNumber()));
     const auto owner = x11::owned(xcb_get_selection_owner_reply(
         display->connection(), xcb_get_selection_owner(display->connection(), compositor), nullptr));
     return owner && owner->owner != XCB_NONE;
