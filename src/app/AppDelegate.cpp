@@ -242,7 +242,7 @@ QString AppDelegate::statusLine() const {
 
 void AppDelegate::showError(const QString& message) {
     playIfWanted(QStringLiteral("Basso"));
-    menu_->setTitle(QStringLiteral("⚠️ ") + Text::firstCharacters(message, errorLength));
+    menu_->setTitle(tr("⚠️ %1").arg(Text::firstCharacters(message, errorLength)));
     QTimer::singleShot(Clock::scaled(errorStay), Qt::PreciseTimer, this, [this] {
         if (state_ == State::idle) menu_->setTitle(statusText(State::idle));
     });
