@@ -55,8 +55,7 @@ TEST_F(FeedbackTest, TheFormSaysWhatItIsToSay) {
     EXPECT_EQ(window().size(), QSize(440, 400));
     EXPECT_EQ(words(window()),
               QStringList({u"Come valuti Parlivo?"_s, u"Cosa non va? Cosa miglioreresti?"_s,
-                           u"Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. "
-                           "Nient'altro."_s}));
+                           u"Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."_s}));
     EXPECT_EQ(email()->placeholderText(), u"Email (facoltativa, se vuoi una risposta)"_s);
     EXPECT_EQ(text()->parentWidget()->height(), 120);
 }

@@ -117,14 +117,10 @@ TEST_F(OnboardingTest, ReturnGoesOn) {
 TEST_F(OnboardingTest, ThePagesSayWhatTheyAreToSay) {
     controller.show();
     expectWords({u"Parlivo"_s, u"Just talk. It types."_s,
-                 u"Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in "
-                 u"locale — la "
-                 "tua voce non lascia mai questo Mac."_s});
+                 u"Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in locale — la tua voce non lascia mai questo Mac."_s});
     next();
     expectWords({u"Dove salvo i modelli AI?"_s,
-                 u"I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono "
-                 u"scaricati una "
-                 "volta sola in questa cartella."_s,
+                 u"I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono scaricati una volta sola in questa cartella."_s,
                  Config::modelsDir(),
                  u"La posizione predefinita va benissimo per la maggior parte delle persone."_s});
     EXPECT_EQ(symbols(), QStringList(u"folder.fill"_s));
@@ -143,22 +139,17 @@ TEST_F(OnboardingTest, ThePagesSayWhatTheyAreToSay) {
 TEST_F(OnboardingTest, ThePermissionPagesAndTheLastOneSayWhatTheyAreToSay) {
     goTo(Step::microphone);
     expectWords({u"Permesso Microfono"_s,
-                 u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito "
-                 "cancellato."_s});
+                 u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."_s});
     EXPECT_EQ(symbols(), QStringList(u"mic.fill"_s));
     next();
     expectWords(
         {u"Permesso Accessibilità"_s,
-         u"Serve per digitare il testo al posto tuo nell'app attiva.\nSenza questo permesso Parlivo non può "
-         "scrivere.\n\nSi aprono le Impostazioni: attiva Parlivo nell'elenco."_s});
+         u"Serve per digitare il testo al posto tuo nell'app attiva.\nSenza questo permesso Parlivo non può scrivere.\n\nSi aprono le Impostazioni: attiva Parlivo nell'elenco."_s});
     EXPECT_EQ(symbols(), QStringList(u"keyboard.fill"_s));
     next();
     expectWords(
         {u"Tutto pronto"_s,
-         u"Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\nMi "
-         "trovi nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\nPuoi cambiare "
-         "livello "
-         "di efficacia quando vuoi dalle Impostazioni."_s});
+         u"Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\nMi trovi nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\nPuoi cambiare livello di efficacia quando vuoi dalle Impostazioni."_s});
     EXPECT_EQ(symbols(), QStringList(u"checkmark.seal.fill"_s));
     EXPECT_EQ(button(window(), u"Continua"_s), nullptr);
 }
