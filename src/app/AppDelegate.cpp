@@ -17,6 +17,7 @@
 #include <QTimer>
 
 #include <limits>
+#include <memory>
 #include <utility>
 
 namespace parlivo {
@@ -196,7 +197,7 @@ void AppDelegate::countDictation() {
 
 void AppDelegate::setupStatusItem() {
     auto& workspace = Platform::current().workspace();
-    menu_ = std::make_unique<StatusMenu>(StatusMenu::Actions{
+    const StatusMenu::Actions actions{
         .willOpen = [this] { menuWillOpen(); },
         .openMicSettings = [&workspace] { workspace.openPrivacyPane(PrivacyPane::Microphone); },
         .openAccessibilitySettings = [&workspace] { workspace.openPrivacyPane(PrivacyPane::Accessibility); },
@@ -204,7 +205,8 @@ void AppDelegate::setupStatusItem() {
         .openSettings = collaborators_.showSettings,
         .openFeedback = collaborators_.showFeedback,
         .quit = [] { QCoreApplication::quit(); },
-    });
+    };
+    menu_ = new StatusMenu(actions, this);
     updateUI();
     menuWillOpen();
 }

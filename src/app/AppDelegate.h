@@ -13,8 +13,6 @@
 
 #include <QObject>
 
-#include <memory>
-
 namespace parlivo {
 
 /// The application: owns the state machine of a dictation, the status item and every collaborator. Main
@@ -67,7 +65,7 @@ class AppDelegate : public QObject {
     void countDictation();
 
     const Collaborators collaborators_;
-    std::unique_ptr<StatusMenu> menu_;
+    StatusMenu* menu_ = nullptr;  ///< a child, from setupStatusItem() on
     AudioRecorder recorder_;
     HotKeyManager hotKey_;
     DictationOverlay overlay_;

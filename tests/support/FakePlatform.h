@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -187,12 +188,16 @@ class RemoteControl : public parlivo::RemoteControl {
   public:
     Claim claim() override { return answer; }
     void serve(RemoteTarget served) override { target = std::move(served); }
-    void announceState(const QString& state) override { announced.append(state); }
+    void announceState(const QString& state) override {
+        announced.append(state);
+        if (onAnnounced) onAnnounced(state);
+    }
     Delivery send(RemoteCommand command) override;
 
     Claim answer = Claim::Only;
     RemoteTarget target;
     QStringList announced;
+    std::function<void(const QString& state)> onAnnounced;
     std::vector<RemoteCommand> sent;
 };
 

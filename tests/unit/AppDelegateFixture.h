@@ -57,13 +57,22 @@ class AppDelegateTest : public PlatformTest {
             record(QStringLiteral("onboarding"));
             onboardingFinished = std::move(finished);
         };
-        fake.startUpdater = [this](const std::function<void()>&) { record(QStringLiteral("updater")); };
+        fake.startUpdater = [this](std::function<void()> onStateChange) {
+            record(QStringLiteral("updater"));
+            updaterChanged = std::move(onStateChange);
+        };
         fake.availableVersion = [this] { return available; };
         fake.promptAndInstall = note("install");
-        fake.showWhatsNew = note("whatsNew");
+        fake.showWhatsNew = [this] {
+            record(QStringLiteral("whatsNew"));
+            hotKeysAtWhatsNew = platform.hotKeys().registered.size();
+        };
         fake.showSettings = note("settings");
         fake.showFeedback = note("feedback");
-        fake.maybePromptForFeedback = note("invite");
+        fake.maybePromptForFeedback = [this] {
+            record(QStringLiteral("invite"));
+            countAtInvitation = Config::get(Settings::dictationCount);
+        };
         return fake;
     }
 
@@ -110,6 +119,9 @@ class AppDelegateTest : public PlatformTest {
     std::optional<Error> transcriptionError;
     std::optional<QString> available;
     std::function<void()> onboardingFinished;
+    std::function<void()> updaterChanged;
+    std::size_t hotKeysAtWhatsNew = 0;
+    qint64 countAtInvitation = 0;
 
   private:
     QString convert(const QString& recording) {

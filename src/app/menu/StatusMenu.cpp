@@ -87,7 +87,8 @@ QColor plainColour(StatusItemPlace::Foreground foreground) {
 
 }  // namespace
 
-StatusMenu::StatusMenu(const Actions& actions) : updateTitle_(tr("Aggiornamento disponibile…")) {
+StatusMenu::StatusMenu(const Actions& actions, QObject* parent)
+    : QObject(parent), updateTitle_(tr("Aggiornamento disponibile…")) {
     build(actions);
     Platform::current().statusItems().watch([this](const auto& place) { placeChanged(place); });
 }

@@ -37,7 +37,7 @@ class StatusMenu : public QObject {
         std::function<void()> quit;
     };
 
-    explicit StatusMenu(const Actions& actions);
+    explicit StatusMenu(const Actions& actions, QObject* parent = nullptr);
     ~StatusMenu() override;
     StatusMenu(const StatusMenu&) = delete;
     StatusMenu& operator=(const StatusMenu&) = delete;
