@@ -70,7 +70,12 @@ bool copyDurably(const QString& from, const QString& to) {
 
 void copyAcrossFileSystems(const QString& from, const QString& to) {
     const QString temporary = to + temporarySuffix;
-    if (!copyDurably(from, temporary) || renameTo(temporary, to) != 0) QFile::remove(temporary);
+    if (copyDurably(from, temporary)) {
+        // A link does not replace a file that has appeared there meanwhile. Some file systems have none.
+        const int refusal = hardLink(temporary, to);
+        if (refusal != 0 && !exists(to)) renameTo(temporary, to);
+    }
+    QFile::remove(temporary);
 }
 
 /// Deletes `path` where `other` is the same file or a copy of it.

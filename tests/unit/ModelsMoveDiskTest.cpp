@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <functional>
+#include <thread>
 
 namespace parlivo {
 namespace {
@@ -64,6 +65,30 @@ TEST_F(ModelsMoveDiskTest, AFileOfThatNameIsNeverOverwritten) {
     moveModels(from_.path(), to_.path());
     EXPECT_EQ(read(from(u"a.bin"_s)), "mine");
     EXPECT_EQ(read(to(u"a.bin"_s)), "there");
+}
+
+TEST_F(ModelsMoveDiskTest, AFileThatAppearsDuringTheCopyingIsNotOverwritten) {
+    constexpr int rounds = 20;
+    int appeared = 0;
+    for (int round = 0; round < rounds; ++round) {
+        write(from(u"a.bin"_s), model(6 << 20));
+        std::thread other([&] {
+            while (!QFile::exists(to(u"a.bin.parlivo-move"_s)) && !QFile::exists(to(u"a.bin"_s))) {
+            }
+            QFile file(to(u"a.bin"_s));
+            if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write("altro") == 5) ++appeared;
+        });
+        moveModels(from_.path(), to_.path());
+        other.join();
+        const QByteArray there = read(to(u"a.bin"_s));
+        EXPECT_TRUE(there == "altro" || there == model(6 << 20)) << round;
+        EXPECT_EQ(read(from(u"a.bin"_s)) == model(6 << 20), there == "altro")
+            << "one of them is the model, in round " << round;
+        EXPECT_EQ(files(to_.path()), QStringList(u"a.bin"_s));
+        QFile::remove(from(u"a.bin"_s));
+        QFile::remove(to(u"a.bin"_s));
+    }
+    EXPECT_GT(appeared, 0) << "the other program came in between at least once";
 }
 
 TEST_F(ModelsMoveDiskTest, AFolderWithAModelsNameStays) {
