@@ -17,6 +17,10 @@ const ModelCatalog::Entry& chosenRecogniser() {
     return ModelCatalog::asrTier(get(Settings::asrTier));
 }
 
+const ModelCatalog::Entry& chosenCleaner() {
+    return ModelCatalog::cleanupTier(get(Settings::cleanupTier));
+}
+
 QString inModelsDir(const ModelCatalog::Entry& entry) {
     return modelsDir() + QLatin1Char('/') + entry.fileName;
 }
@@ -30,7 +34,7 @@ QString whisperModel() {
 }
 
 std::optional<QString> llamaModel() {
-    const ModelCatalog::Entry& entry = ModelCatalog::cleanupTier(get(Settings::cleanupTier));
+    const ModelCatalog::Entry& entry = chosenCleaner();
     if (entry.fileName.isEmpty()) return std::nullopt;
     return inModelsDir(entry);
 }

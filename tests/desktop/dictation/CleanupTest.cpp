@@ -5,7 +5,7 @@
 namespace parlivo::desktop {
 namespace {
 
-/// The whole road with both real engines.
+/// A whole dictation with both real engines.
 class CleanupTest : public ProgramTest {
   protected:
     static QJsonObject settingsFor(const QString& level) {

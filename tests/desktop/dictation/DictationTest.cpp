@@ -1,4 +1,5 @@
 #include "desktop/dictation/ProgramTest.h"
+#include "support/PresetKeys.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -10,7 +11,7 @@ namespace {
 
 const QString recogniserUrl = QStringLiteral("http://127.0.0.1:8765/");
 
-/// The whole road with nothing replaced but the voice.
+/// A whole dictation in which only the voice is a stand-in.
 class WholeDictation : public ProgramTest, public testing::WithParamInterface<Receiver::Kind> {};
 
 TEST_P(WholeDictation, WhatIsSpokenIsTyped) {
@@ -210,11 +211,11 @@ TEST_F(DeliveryTest, AHundredThousandCharactersArrive) {
 }
 
 /// The key of each preset starts, and the usual one no longer does.
-class PresetTest : public ProgramTest, public testing::WithParamInterface<std::pair<const char*, Chord>> {};
+class PresetTest : public ProgramTest, public testing::WithParamInterface<Preset> {};
 
 TEST_P(PresetTest, ItsKeyAndNoOtherDictates) {
-    const auto& [id, chord] = GetParam();
-    home::settle({{QStringLiteral("hotkeyPreset"), QString::fromLatin1(id)}});
+    const Chord chord = chordOf(GetParam());
+    home::settle({{QStringLiteral("hotkeyPreset"), GetParam().id}});
     StubRecogniser stub(QStringLiteral("altro tasto"));
     const Program program;
     const Receiver receiver(Receiver::Kind::Qt);
@@ -232,14 +233,12 @@ TEST_P(PresetTest, ItsKeyAndNoOtherDictates) {
     EXPECT_EQ(program.states().count(QStringLiteral("recording")), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Presets, PresetTest,
-    testing::Values(std::pair{"ctrl-opt-space", Chord{Key::leftControl, Key::leftAlt, Key::space}},
-                    std::pair{"cmd-shift-space", Chord{Key::leftSuper, Key::leftShift, Key::space}},
-                    std::pair{"opt-backtick", Chord{Key::leftAlt, Key::grave}}),
-    [](const auto& preset) {
-        return QString::fromLatin1(preset.param.first).remove(QLatin1Char('-')).toStdString();
-    });
+INSTANTIATE_TEST_SUITE_P(Presets, PresetTest,
+                         testing::ValuesIn(HotKeyManager::presets().begin() + 1,
+                                           HotKeyManager::presets().end()),
+                         [](const auto& preset) {
+                             return QString(preset.param.id).remove(QLatin1Char('-')).toStdString();
+                         });
 
 /// Another program's claim to the key, as a window manager makes it.
 class ForeignGrab {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "input/HotKeyManager.h"
 #include "platform/linux/x11/X11HotKeyService.h"
 #include "support/Keyboard.h"
+#include "support/PresetKeys.h"
 #include "support/Waiting.h"
 
 #include <gtest/gtest.h>
@@ -19,20 +19,6 @@ inline constexpr std::chrono::milliseconds repeatDelay{150};
 inline constexpr std::chrono::milliseconds repeatInterval{15};
 /// Long enough for some ten of them.
 inline constexpr std::chrono::milliseconds longHold{300};
-
-/// The keys to hold for a preset, and the one to press.
-inline std::vector<xcb_keycode_t> modifierKeys(const Preset& preset) {
-    std::vector<xcb_keycode_t> keys;
-    if ((preset.modifiers & HotKeyModifier::control) != 0) keys.push_back(Key::leftControl);
-    if ((preset.modifiers & HotKeyModifier::option) != 0) keys.push_back(Key::leftAlt);
-    if ((preset.modifiers & HotKeyModifier::command) != 0) keys.push_back(Key::leftSuper);
-    if ((preset.modifiers & HotKeyModifier::shift) != 0) keys.push_back(Key::leftShift);
-    return keys;
-}
-
-inline xcb_keycode_t mainKey(const Preset& preset) {
-    return preset.keyCode == 49 ? Key::space : Key::grave;
-}
 
 /// The hot-key service alone, with a real keyboard.
 class HotKeyTest : public testing::Test {

@@ -60,9 +60,9 @@ class HotKeyManagerOnX11Test : public testing::Test {
     bool pressed(const char* id) {
         const Preset& preset = HotKeyManager::preset(QString::fromLatin1(id));
         const int before = ups;
-        for (const auto key : modifierKeys(preset)) keyboard.press(key);
-        keyboard.tap(mainKey(preset));
-        for (const auto key : modifierKeys(preset)) keyboard.release(key);
+        const auto chord = chordOf(preset);
+        for (const auto key : chord) keyboard.press(key);
+        for (auto key = chord.rbegin(); key != chord.rend(); ++key) keyboard.release(*key);
         return waitFor([&] { return ups > before; }, 1s);
     }
     static QString log() {

@@ -1,6 +1,7 @@
 #include "desktop/stress/Storm.h"
 
 #include "desktop/stress/Footprint.h"
+#include "support/PresetKeys.h"
 #include "support/SoundServer.h"
 
 #include <xkbcommon/xkbcommon-keysyms.h>
@@ -25,20 +26,9 @@ const QString settingsTitle = QStringLiteral("Impostazioni Parlivo");
 const QString mode = QStringLiteral("dictationMode");
 const QString speed = QStringLiteral("typingSpeed");
 
-struct Preset {
-    QString id;
-    Chord chord;
-};
-
 /// As the settings window lists them.
 const std::vector<Preset>& presets() {
-    static const std::vector<Preset> all{
-        {QStringLiteral("opt-space"), optionSpace},
-        {QStringLiteral("ctrl-opt-space"), {Key::leftControl, Key::leftAlt, Key::space}},
-        {QStringLiteral("cmd-shift-space"), {Key::leftSuper, Key::leftShift, Key::space}},
-        {QStringLiteral("opt-backtick"), {Key::leftAlt, Key::grave}},
-    };
-    return all;
+    return HotKeyManager::presets();
 }
 
 std::vector<pid_t> childrenNamed(const QString& name) {
@@ -122,7 +112,7 @@ void Storm::stepPreset(xcb_keycode_t key) {
     const int before = preset();
     keyboard_.tap(key);
     EXPECT_TRUE(waitFor([before] { return preset() != before; }));
-    chord_ = presets().at(static_cast<std::size_t>(preset())).chord;
+    chord_ = chordOf(presets().at(static_cast<std::size_t>(preset())));
 }
 
 void Storm::changePreset() {
@@ -130,7 +120,7 @@ void Storm::changePreset() {
     releaseKeys();
     showWindow("ShowSettings");
     ASSERT_TRUE(waitForActiveWindow(settingsTitle));
-    const bool down = preset() == 0 || (preset() < 3 && coinFlip());
+    const bool down = preset() == 0 || (preset() + 1 < std::ssize(presets()) && coinFlip());
     stepPreset(keyboard_.keyOf(down ? XKB_KEY_Down : XKB_KEY_Up));
     if (coinFlip()) receiver_->focus();
 }

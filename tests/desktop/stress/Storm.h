@@ -67,7 +67,7 @@ class Storm : public ProgramTest {
     bool coinFlip() { return randomUpTo(1) == 0; }
     void findPresets();
     void stepPreset(xcb_keycode_t key);
-    static int preset();
+    static int preset();  // its place in the table
     void showWindow(const char* method);
     void endRecording();
     std::mt19937 random_;
