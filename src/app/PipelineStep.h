@@ -34,7 +34,7 @@ class PipelineStep {
     /// pipeline queue.
     void run(ScopedFile& recording);
 
-    /// Whether a transcript says that nobody spoke: it contains one of the recogniser's markers anywhere.
+    /// Whether a transcript means "no speech": it contains one of the recogniser's markers anywhere.
     static bool isBlankMarker(const QString& transcript);
 
   private:

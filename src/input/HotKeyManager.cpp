@@ -42,7 +42,7 @@ const Preset& HotKeyManager::preset(const QString& id) {
 }
 
 HotKeyManager::~HotKeyManager() {
-    // Dropping a key that is held ends the hold, which is nobody's business any more.
+    // Unregistering a key that is held down ends the hold, which must not be reported any more.
     onKeyDown = nullptr;
     onKeyUp = nullptr;
     hotKeyRef_.reset();

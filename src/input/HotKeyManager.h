@@ -18,8 +18,8 @@ struct Preset {
     HotKeyModifiers modifiers = 0;
 };
 
-/// The one system-wide hot key. It tells that the key went down or came up; what this means is decided by
-/// whoever installs the callbacks. Main thread.
+/// The one system-wide hot key. It reports that the key went down or came up; the callbacks decide what this
+/// means. Main thread.
 class HotKeyManager {
   public:
     HotKeyManager() = default;
@@ -29,11 +29,11 @@ class HotKeyManager {
 
     /// All choices, in the order in which they are offered; the first is also the fallback.
     static const std::vector<Preset>& presets();
-    /// The choice of this id, or the first one when there is none.
+    /// The choice with this id, or the first one if there is none.
     static const Preset& preset(const QString& id);
 
-    /// Takes the hot key that the settings name, in place of the present one. When the system refuses it, the
-    /// log says so and there is no hot key.
+    /// Registers the hot key that the settings name, in place of the present one. If the system refuses it,
+    /// this is logged and there is no hot key.
     void applyCurrentPreset();
 
     std::function<void()> onKeyDown;

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 constexpr auto naturalPause = 12'000us;
 constexpr auto fastPause = 3'500us;
-/// Until every application sees the new contents of the pasteboard.
+/// The time until every application sees the new contents of the pasteboard.
 constexpr auto pasteboardSettling = 50ms;
 constexpr auto restoreDelay = 500ms;
 

@@ -6,9 +6,9 @@ namespace parlivo {
 
 /// The moments at which the steps of an even sequence are over.
 ///
-/// They lie on a grid from the start on, so that what a step takes itself, or one that comes late, does not
-/// delay all that follow. Only a standstill beyond `longestMakeUp` is not made up for: the burst would be no
-/// pace any more.
+/// They lie on a fixed grid from the start on, so that the duration of a step, or a late one, does not delay
+/// the following steps. A delay of more than `longestMakeUp` is not made up for, because that would make a
+/// burst.
 class Pace {
   public:
     static constexpr std::chrono::milliseconds longestMakeUp{250};

@@ -27,7 +27,7 @@ class PendingRestore {
     /// Ends the wait of the last paste, if it still waits, and gives what it kept.
     std::optional<Kept> callOff();
 
-    /// The texts to put back, once; nothing when that paste was called off.
+    /// The texts to put back, once; nullopt if that paste was called off.
     std::optional<PasteboardTexts> take(Ticket ticket);
 
   private:

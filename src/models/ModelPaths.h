@@ -11,7 +11,8 @@ namespace parlivo::Config {
 /// developer's.
 QString whisperModel();
 
-/// The built-in cleanup model of the chosen tier, present or not; nothing for the tier without one.
+/// The built-in cleanup model of the chosen tier, whether the file exists or not; nullopt for the tier
+/// without a model.
 std::optional<QString> llamaModel();
 
 /// Whether dictation has a recognition model to work with.

@@ -50,7 +50,7 @@ class AudioInput {
   public:
     virtual ~AudioInput() = default;
 
-    /// Looks up the default microphone afresh and opens it, without capturing yet. Nothing when there is no
+    /// Looks up the default microphone afresh and opens it, without capturing yet. Null if there is no
     /// microphone (no sound server, no source, a source without rate or channels). Main thread; returns
     /// within about a second.
     virtual std::unique_ptr<AudioCapture> open() = 0;

@@ -43,13 +43,13 @@ class KeyboardSynthesizer {
     /// Readies what texts commonly need, so that the first one does not wait for it. Never necessary.
     virtual void prepare() = 0;
 
-    /// A source that can type every character of `text`. Nothing when the text needs more characters at once
-    /// than this keyboard can be given (it should be pasted) or when the system has no way to type. May take
+    /// A source that can type every character of `text`. Null if the text needs more characters at once than
+    /// this keyboard can be given (it should be pasted) or if the system has no way to type. May take
     /// some tens of milliseconds for characters that the keyboard does not have, and 1 s more while the user
     /// holds modifiers.
     virtual std::unique_ptr<KeyEventSource> makeSource(QStringView text) = 0;
 
-    /// A source for shortcuts alone. Nothing when the system has no way to send keys.
+    /// A source for shortcuts only; null if the system has no way to send keys.
     virtual std::unique_ptr<KeyEventSource> makeShortcutSource() = 0;
 };
 

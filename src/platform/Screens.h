@@ -14,7 +14,7 @@ class Screens {
     virtual ~Screens() = default;
 
     /// The main screen (the one that the user works on) without what docks and panels keep for themselves.
-    /// Nothing when there is no screen.
+    /// nullopt if there is no screen.
     virtual std::optional<QRect> mainVisibleFrame() = 0;
 
     /// Whether windows can be partly transparent at this moment.

@@ -12,7 +12,7 @@ namespace parlivo {
 struct StatusItemPlace {
     /// What plain symbols are drawn in there.
     enum class Foreground {
-        Unknown,  ///< nobody says: the look of the place must do, or the applications' own text colour
+        Unknown,  ///< not published: read from the screen, or the applications' own text colour
         Dark,     ///< on a light panel
         Light,    ///< on a dark panel
     };
@@ -32,7 +32,7 @@ struct StatusItemPlace {
 /// back. Main thread.
 class StatusItemHost {
   public:
-    /// The place as it is now; nothing when there is none. A place that was replaced by another is first
+    /// The place as it is now; nullopt if there is none. A place that was replaced by another is first
     /// reported gone.
     using Observer = std::function<void(const std::optional<StatusItemPlace>& place)>;
 

@@ -10,7 +10,7 @@
 #include <type_traits>
 
 /// The table of all settings: the key and type of each, and what it counts as while nothing is stored.
-/// `Config::get` and `Config::set` read and write them; nobody else names a key or a default.
+/// `Config::get` and `Config::set` read and write them; no other code names a key or a default.
 ///
 /// A setting whose values are a closed set is an enum, with its stored words in `storedWords`. The values of
 /// `hotkeyPreset` and of the two tiers are the ids of their own tables (HotKeyManager, ModelCatalog).

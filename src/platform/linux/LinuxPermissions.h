@@ -13,7 +13,7 @@ class LinuxPermissions : public Permissions {
 
     MicrophoneStatus microphone() override;
     void requestMicrophone(Answer answer) override;
-    /// There is nobody to prompt.
+    /// There is no system dialog to prompt with.
     bool accessibilityTrusted(Prompt) override { return desktop_.canDeliverText(); }
 
   private:

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int fieldMargin = 3;
 
-/// Whoever scrolls a page past a control does not mean to change it.
+/// Scrolling a page with the mouse over a control must not change the control.
 bool acceptsWheel(const QWidget& control, QWheelEvent& wheel) {
     if (control.hasFocus()) return true;
     wheel.ignore();

@@ -21,7 +21,7 @@ class LinuxBundle : public Bundle {
     QString location_;
 };
 
-/// The text stored under `key` at the top level of an XML property list; nothing when the list is malformed,
+/// The text stored under `key` at the top level of an XML property list; nullopt if the list is malformed,
 /// lacks the key or holds another type there.
 std::optional<QString> propertyListString(const QByteArray& list, const QString& key);
 

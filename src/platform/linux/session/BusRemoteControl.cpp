@@ -24,8 +24,7 @@ QDBusConnection bus() {
     return QDBusConnection::sessionBus();
 }
 
-/// A bus may take the connection and still not serve it (while it starts or ends): then there is nobody to
-/// ask.
+/// Whether the bus answers: while it starts or ends it may accept the connection and not serve it.
 bool busServes() {
     return bus().isConnected() && bus().interface() != nullptr;
 }

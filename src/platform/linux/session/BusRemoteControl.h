@@ -10,7 +10,7 @@ namespace parlivo {
 class RemoteObject;
 
 /// The name it.parlivo.Parlivo on the session bus; where there is no bus, a lock file in the session's
-/// runtime folder keeps the program to one instance and nobody can speak to it.
+/// runtime folder keeps the program to one instance, which takes no commands.
 class BusRemoteControl : public RemoteControl {
   public:
     BusRemoteControl();
