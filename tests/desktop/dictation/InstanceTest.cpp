@@ -84,7 +84,8 @@ TEST_F(InstanceTest, AProgramThatDoesNotAnswerIsNotTakenForAMissingBus) {
     const Outcome outcome = Program::call({QStringLiteral("--toggle")});
     program.signal(SIGCONT);
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.errors, QStringLiteral("Parlivo: l'istanza in esecuzione non risponde\n"));
+    EXPECT_EQ(outcome.errors, QStringLiteral("Parlivo: l'istanza in esecuzione non risponde\n"))
+        << qPrintable(outcome.errors);
 }
 
 TEST_F(InstanceTest, TheCommandLineAnswersWithoutStartingAnything) {
