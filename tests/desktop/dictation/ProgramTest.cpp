@@ -1,5 +1,9 @@
 #include "desktop/dictation/ProgramTest.h"
 
+#include "desktop/indicators/Screen.h"
+
+#include <QJsonObject>
+
 #include <algorithm>
 #include <iostream>
 #include <ranges>
@@ -12,6 +16,11 @@ constexpr quint16 recogniserPort = 8765;
 constexpr std::chrono::milliseconds longEnough{400};
 /// Fingers do not leave two keys in the same moment.
 constexpr std::chrono::milliseconds betweenFingers{30};
+
+/// Whether the card that floats over the windows during a recording is on the screen.
+bool isCardShown() {
+    return Screen().findWindow(QSize(240, 84)).has_value();
+}
 
 }  // namespace
 
@@ -42,17 +51,23 @@ void ProgramTest::release(const Chord& chord) {
     }
 }
 
-void ProgramTest::dictateSilence(const Program& program) {
+void ProgramTest::startRecording(const Program& program) {
     press();
     ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(program.statusText());
+    const QJsonValue overlay = home::settings().value(QLatin1String("overlayEnabled"));
+    if (!overlay.isUndefined() && !overlay.toBool()) return;
+    EXPECT_TRUE(waitFor(isCardShown)) << "no card while the program records";
+}
+
+void ProgramTest::dictateSilence(const Program& program) {
+    startRecording(program);
     letPass(longEnough);
     release();
 }
 
 void ProgramTest::dictate(const Program& program, const demo::Phrase& phrase) {
     const Voice voice(phrase);
-    press();
-    ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(program.statusText());
+    startRecording(program);
     voice.speak();
     release();
 }
@@ -84,6 +99,7 @@ void ProgramTest::expectNothingLeft(const Program& program) {
     EXPECT_TRUE(program.waitForState(QStringLiteral("idle"))) << qPrintable(program.state());
     EXPECT_TRUE(waitFor([] { return home::recordings().isEmpty(); }));
     EXPECT_TRUE(waitFor([] { return recordingStreams().isEmpty(); }));
+    EXPECT_TRUE(waitFor([] { return !isCardShown(); })) << "the card stays on the screen";
 }
 
 const demo::Phrase& ProgramTest::phrase(const QString& id) {

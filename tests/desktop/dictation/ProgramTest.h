@@ -46,6 +46,8 @@ class ProgramTest : public testing::Test {
     void press(const Chord& chord = optionSpace);
     void release(const Chord& chord = optionSpace);
 
+    /// Presses the key and waits until the program records and shows its card.
+    void startRecording(const Program& program);
     /// Holds the key for long enough to count, saying nothing.
     void dictateSilence(const Program& program);
     /// Holds the key while the phrase is spoken.
