@@ -5,7 +5,7 @@
 #include "models/Downloader.h"
 #include "settings/Config.h"
 #include "support/FakePlatform.h"
-#include "support/HttpSession.h"
+#include "support/Worker.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
@@ -238,7 +238,7 @@ int main(int argc, char** argv) {
         const QCoreApplication application(argc, argv);
         FakePlatform::install();
         const int status = bench::measure(server);
-        HttpSession::end();
+        Worker::endAll();
         FakePlatform::uninstall();
         return status;
     } catch (const std::exception& error) {

@@ -10,8 +10,9 @@
 #include "settings/Config.h"
 #include "support/ChildProcess.h"
 #include "support/FakePlatform.h"
-#include "support/HttpSession.h"
+#include "support/Http.h"
 #include "support/StubServer.h"
+#include "support/Worker.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -122,9 +123,7 @@ void measureExchange(Table& table) {
     StubServer server(0, {{"/", [](const StubServer::Request&) { return StubReply::json({}); }}});
     HttpRequest request;
     request.url = QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(server.port()));
-    const auto exchange = [&request] {
-        require(HttpSession::shared().exchange(request, std::chrono::seconds(5)).has_value(), "no reply");
-    };
+    const auto exchange = [&request] { require(Http::exchange(request).complete(), "no reply"); };
     table.row("the floor of all that ask: one request on the loopback address", "ms", timesOf(exchange),
               std::nullopt);
 }
@@ -137,7 +136,7 @@ int run() {
     measureRequests(table);
     measureCleaning(table, platform);
     ChildProcess::endAll();
-    HttpSession::end();
+    Worker::endAll();
     return table.status();
 }
 

@@ -10,9 +10,9 @@
 #include "stages/Stages.h"
 #include "support/ChildProcess.h"
 #include "support/Clock.h"
-#include "support/HttpSession.h"
 #include "support/SerialQueue.h"
 #include "support/TypingPlatform.h"
+#include "support/Worker.h"
 
 #include <QApplication>
 #include <QFile>
@@ -85,7 +85,7 @@ int measureHere(QApplication& application, const Stage& stage, qint64 size) {
         QApplication::exec();
         ChildProcess::endAll();
     }
-    HttpSession::end();
+    Worker::endAll();
     return status;
 }
 

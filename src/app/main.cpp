@@ -4,8 +4,8 @@
 #include "settings/Config.h"
 #include "settings/Log.h"
 #include "support/ChildProcess.h"
-#include "support/HttpSession.h"
 #include "support/MainQueue.h"
+#include "support/Worker.h"
 #include "ui/views/AppIcon.h"
 #include "ui/views/Translation.h"
 
@@ -92,7 +92,7 @@ int runOnlyInstance(const CommandLine& line, const std::optional<QString>& probl
     if (!line.canStart()) return fail(Texts::tr("non è in esecuzione"));
     if (problem) return fail(*problem);
     const int result = runApplication(line);
-    HttpSession::end();
+    Worker::endAll();
     ChildProcess::endAll();
     Log::flush();
     return result;

@@ -9,6 +9,7 @@
 #include "support/Text.h"
 
 #include <optional>
+#include <utility>
 
 namespace parlivo::Cleaner {
 
@@ -37,8 +38,10 @@ std::optional<QString> ollamaClean(const QString& prompt) {
                            {QStringLiteral("prompt"), prompt},
                            {QStringLiteral("stream"), false},
                            {QStringLiteral("options"), QJsonObject{{QStringLiteral("temperature"), 0.1}}}};
-    const auto reply =
-        JsonExchange::send(JsonExchange::post(Config::ollamaURL(), body, ollamaTimeout), ollamaLimit);
+    HttpRequest request = JsonExchange::post(Config::ollamaURL(), body);
+    request.timeout = ollamaTimeout;
+    request.limit = ollamaLimit;
+    const auto reply = JsonExchange::send(std::move(request));
     return reply ? EngineReplies::ollamaAnswer(*reply) : std::nullopt;
 }
 

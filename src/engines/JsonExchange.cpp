@@ -1,26 +1,24 @@
 #include "engines/JsonExchange.h"
 
 #include "engines/EngineReplies.h"
-#include "support/HttpSession.h"
 
 #include <QJsonDocument>
 
 namespace parlivo::JsonExchange {
 
-HttpRequest post(const QUrl& url, const QJsonObject& body, std::chrono::milliseconds timeout) {
+HttpRequest post(const QUrl& url, const QJsonObject& body) {
     HttpRequest request;
     request.url = url;
     request.method = "POST";
     request.headers = {{"Content-Type", "application/json"}};
     request.body = QJsonDocument(body).toJson(QJsonDocument::Compact);
-    request.timeout = timeout;
     return request;
 }
 
-std::optional<QJsonObject> send(const HttpRequest& request, std::chrono::milliseconds limit) {
-    const auto reply = HttpSession::shared().exchange(request, limit);
-    if (!reply) return std::nullopt;
-    return EngineReplies::object(reply->body);
+std::optional<QJsonObject> send(HttpRequest request) {
+    request.redirects = HttpRequest::Redirects::Refuse;
+    const HttpReply reply = Http::exchange(request);
+    return reply.complete() ? EngineReplies::object(reply.body) : std::nullopt;
 }
 
 }  // namespace parlivo::JsonExchange

@@ -40,8 +40,11 @@ HttpRequest chat(const QString& prompt) {
     const QJsonObject body{{QStringLiteral("messages"), QJsonArray{message}},
                            {QStringLiteral("temperature"), 0.1},
                            {QStringLiteral("stream"), false}};
-    return JsonExchange::post(QUrl(QStringLiteral("http://127.0.0.1:8766/v1/chat/completions")), body,
-                              requestTimeout);
+    HttpRequest request =
+        JsonExchange::post(QUrl(QStringLiteral("http://127.0.0.1:8766/v1/chat/completions")), body);
+    request.timeout = requestTimeout;
+    request.limit = replyLimit;
+    return request;
 }
 
 }  // namespace
@@ -60,7 +63,7 @@ void ensureServer() {
 std::optional<QString> clean(const QString& prompt) {
     ensureServer();
     if (!server().isStarted() || !server().waitUntilAlive(startLimit)) return std::nullopt;
-    const auto reply = JsonExchange::send(chat(prompt), replyLimit);
+    const auto reply = JsonExchange::send(chat(prompt));
     return reply ? EngineReplies::chatAnswer(*reply) : std::nullopt;
 }
 

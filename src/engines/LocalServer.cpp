@@ -2,7 +2,7 @@
 
 #include "support/Clock.h"
 #include "support/Error.h"
-#include "support/HttpSession.h"
+#include "support/Http.h"
 
 #include <utility>
 
@@ -11,7 +11,7 @@ namespace parlivo {
 namespace {
 
 constexpr std::chrono::milliseconds probeTimeout{1000};
-constexpr std::chrono::milliseconds probeWait{1500};
+constexpr std::chrono::milliseconds probeLimit{1500};
 
 }  // namespace
 
@@ -19,8 +19,10 @@ bool LocalServer::answers() const {
     HttpRequest probe;
     probe.url = traits_.probe;
     probe.timeout = probeTimeout;
-    const auto reply = HttpSession::shared().exchange(probe, probeWait);
-    return reply && (traits_.accepts == Accepts::AnyStatus || reply->status == 200);
+    probe.limit = probeLimit;
+    probe.redirects = HttpRequest::Redirects::Refuse;
+    const HttpReply reply = Http::exchange(probe);
+    return reply.complete() && (traits_.accepts == Accepts::AnyStatus || reply.status == 200);
 }
 
 bool LocalServer::isAlive() {

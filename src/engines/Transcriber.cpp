@@ -99,6 +99,7 @@ HttpRequest inference(const QString& wav) {
     request.headers = {{"Content-Type", "multipart/form-data; boundary=" + boundary}};
     request.body = enclose(form.fileHead(), wav, fieldsAfterFile(form));
     request.timeout = requestTimeout;
+    request.limit = replyLimit;
     return request;
 }
 
@@ -120,7 +121,7 @@ QString transcribe(const QString& wav) {
     if (!server().waitUntilAlive(startLimit)) {
         throw Error(ErrorCode::WhisperNotResponding, QStringLiteral("whisper-server non risponde"));
     }
-    const auto reply = JsonExchange::send(inference(wav), replyLimit);
+    const auto reply = JsonExchange::send(inference(wav));
     const auto text = reply ? EngineReplies::recognisedText(*reply) : std::nullopt;
     if (!text) {
         throw Error(ErrorCode::WhisperReplyInvalid, QStringLiteral("risposta whisper-server non valida"));

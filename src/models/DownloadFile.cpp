@@ -36,14 +36,12 @@ DownloadFile::~DownloadFile() {
     QFile::remove(temporary_);
 }
 
-void DownloadFile::append(const QByteArray& bytes) {
+void DownloadFile::append(QByteArrayView bytes) {
     open();
-    qsizetype written = 0;
-    while (written < bytes.size()) {
-        const ssize_t count =
-            write(descriptor_, bytes.constData() + written, static_cast<std::size_t>(bytes.size() - written));
+    while (!bytes.empty()) {
+        const ssize_t count = write(descriptor_, bytes.data(), static_cast<std::size_t>(bytes.size()));
         if (count >= 0) {
-            written += count;
+            bytes = bytes.sliced(count);
         } else if (errno != EINTR) {
             fail();
         }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
 namespace parlivo {
@@ -16,7 +16,7 @@ class DownloadFile {
     DownloadFile& operator=(const DownloadFile&) = delete;
 
     /// Writes all of it. Throws Error (domain "POSIX").
-    void append(const QByteArray& bytes);
+    void append(QByteArrayView bytes);
     /// As the file system has it, in bytes. Throws Error.
     qint64 size();
     /// Waits until the bytes are on the disk and replaces what is in the file's place. Throws Error.

@@ -3,9 +3,9 @@
 #include "models/DownloadFile.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
-#include "support/Clock.h"
+#include "support/Http.h"
 #include "support/MainQueue.h"
-#include "support/SerialQueue.h"
+#include "support/Worker.h"
 
 #include <QDir>
 #include <QFile>
@@ -32,15 +32,10 @@ Error incomplete(qint64 actual, qint64 expected) {
         QStringLiteral("Download incompleto (%1MB su %2MB)").arg(actual / mebibyte).arg(expected / mebibyte)};
 }
 
-SerialQueue& finishing() {
-    static SerialQueue queue(QStringLiteral("parlivo.downloads"));
-    return queue;
-}
-
 }  // namespace
 
-/// One try of a download. Its file and counts belong to the network thread and, once the transfer is over, to
-/// the finishing queue; what it finds out goes to the main thread.
+/// One try of a download, on a thread of its own: a slow disk slows the sender down and nobody else. What it
+/// finds out goes to the main thread.
 class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
   public:
     Attempt(Downloader& downloader, const ModelCatalog::Entry& entry, const QString& destination)
@@ -48,23 +43,36 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
           alive_(downloader.lifetime_.token()),
           expectedSize_(entry.expectedSize),
           fileName_(entry.fileName),
-          file_(std::in_place, destination) {}
+          file_(std::in_place, destination) {
+        request_.url = entry.url;
+        request_.timeout = 60s;
+        // A body that is compressed on its way has another size than the file that was asked for.
+        request_.headers = {{"Accept-Encoding", "identity"}};
+    }
 
-    HttpTransfer::Receiver receiver() {
-        auto self = shared_from_this();
-        return {
-            .receive = [self](const QByteArray& bytes) { return self->write(bytes); },
-            .announced = [self](qint64 length) { self->announcedLength_ = length; },
-            .finished = [self](const std::optional<Error>& failure) { self->finish(failure); },
+    void run(const std::stop_token& calledOff) {
+        const auto receive = [this](QByteArrayView bytes, qint64 statedLength) {
+            statedLength_ = statedLength;
+            return write(bytes);
         };
+        const HttpReply reply = Http::download(request_, receive, calledOff);
+        // Nobody is interested any more, not even in what is on the disk.
+        if (calledOff.stop_requested()) return;
+        if (!diskFailure_ && reply.failure) {
+            file_.reset();
+            onMain(
+                [failure = *reply.failure](Downloader& downloader) { downloader.transferFailed(failure); });
+        } else {
+            settle();
+        }
     }
 
   private:
-    bool write(const QByteArray& bytes) {
+    bool write(QByteArrayView bytes) {
         try {
             file_->append(bytes);
         } catch (const Error& error) {
-            failure_ = error;
+            diskFailure_ = error;
             return false;
         }
         written_ += bytes.size();
@@ -86,47 +94,36 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
     /// Main thread, while alive_.
     void tellProgress() const {
         if (!downloader_.onProgress) return;
-        const qint64 announced = announcedLength_;
+        const qint64 stated = statedLength_;
         const qint64 written = written_;
-        const qint64 total = announced >= 1 ? announced : std::max(expectedSize_, qint64{1});
+        const qint64 total = stated >= 1 ? stated : std::max(expectedSize_, qint64{1});
         downloader_.onProgress(static_cast<double>(written) / static_cast<double>(total), written, total);
     }
 
-    void finish(const std::optional<Error>& transportFailure) {
-        if (transportFailure) {
-            file_.reset();
-            onMain([failure = *transportFailure](Downloader& downloader) {
-                downloader.transferFailed(failure);
-            });
-            return;
-        }
-        // Writing gigabytes out may take seconds, which the network thread does not have.
-        finishing().async([self = shared_from_this()] { self->settle(); });
-    }
-
     void settle() {
+        std::optional<Error> failure = diskFailure_;
         try {
-            if (failure_) throw Error(*failure_);
-            verify();
-            file_->moveIntoPlace();
-            Log::info(QStringLiteral("download completato e verificato: ") + fileName_);
+            if (!failure) keep();
         } catch (const Error& error) {
-            failure_ = error;
-            Log::info(QStringLiteral("errore salvataggio ") + fileName_ + QStringLiteral(": ") +
-                      error.localizedDescription());
+            failure = error;
         }
+        if (failure)
+            Log::info(QStringLiteral("errore salvataggio ") + fileName_ + QStringLiteral(": ") +
+                      failure->localizedDescription());
         // What is left of it must be gone before anybody hears of the end.
         file_.reset();
-        onMain([self = shared_from_this()](Downloader& downloader) {
-            if (!self->failure_) self->tellProgress();
-            downloader.complete(self->failure_);
+        onMain([self = shared_from_this(), failure](Downloader& downloader) {
+            if (!failure) self->tellProgress();
+            downloader.complete(failure);
         });
     }
 
-    void verify() {
-        const qint64 expected = expectedSize_ >= 1 ? expectedSize_ : announcedLength_.load();
+    void keep() {
+        const qint64 expected = expectedSize_ >= 1 ? expectedSize_ : statedLength_.load();
         const qint64 actual = file_->size();
         if (expected >= 1 && actual != expected) throw incomplete(actual, expected);
+        file_->moveIntoPlace();
+        Log::info(QStringLiteral("download completato e verificato: ") + fileName_);
     }
 
     void onMain(std::function<void(Downloader&)> job) {
@@ -137,11 +134,13 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
     const Lifetime::Token alive_;
     const qint64 expectedSize_;
     const QString fileName_;
+    HttpRequest request_;
     std::optional<DownloadFile> file_;
-    std::atomic<qint64> announcedLength_ = -1;
+    std::optional<Error> diskFailure_;
+    // Written by the worker, read by the main thread.
+    std::atomic<qint64> statedLength_ = -1;
     std::atomic<qint64> written_ = 0;
     std::atomic<bool> reportDue_ = false;
-    std::optional<Error> failure_;
 };
 
 Downloader::Downloader(ModelCatalog::Entry entry)
@@ -153,9 +152,11 @@ void Downloader::start() {
     QDir().mkpath(QFileInfo(destination_).path());
     QFile::remove(destination_);
     const auto attempt = std::make_shared<Attempt>(*this, entry_, destination_);
-    // First of all: a short answer is dealt with on other threads before this one goes on.
+    // First of all: a short answer is dealt with on the worker before this thread goes on.
     Log::info(QStringLiteral("download avviato: ") + entry_.fileName);
-    transfer_ = HttpTransfer::start({.url = entry_.url, .timeout = 60s}, attempt->receiver());
+    worker_ =
+        std::make_unique<Worker>(QStringLiteral("parlivo.download"),
+                                 [attempt](const std::stop_token& calledOff) { attempt->run(calledOff); });
 }
 
 void Downloader::transferFailed(const Error& failure) {

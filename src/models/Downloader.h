@@ -2,8 +2,8 @@
 
 #include "models/ModelCatalog.h"
 #include "support/Error.h"
-#include "support/HttpTransfer.h"
 #include "support/Lifetime.h"
+#include "support/Worker.h"
 
 #include <QString>
 
@@ -46,7 +46,7 @@ class Downloader {
     const ModelCatalog::Entry entry_;
     const QString destination_;
     int retriesLeft_ = 3;
-    std::unique_ptr<HttpTransfer> transfer_;
+    std::unique_ptr<Worker> worker_;
     Lifetime lifetime_;
 };
 

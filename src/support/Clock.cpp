@@ -32,7 +32,9 @@ void observe(std::chrono::milliseconds stated) {
 struct WaitState {
     std::mutex mutex;
     std::condition_variable changed;
-    bool interrupted = false;  // under mutex
+    std::stop_source ending;  // under mutex
+
+    bool interrupted() const { return ending.stop_requested(); }
 };
 
 WaitState& waitState() {
@@ -68,25 +70,30 @@ bool sleepFor(std::chrono::milliseconds stated) {
 
 bool sleepUntil(TimePoint moment) {
     std::unique_lock lock(waitState().mutex);
-    return !waitState().changed.wait_until(lock, moment, [] { return waitState().interrupted; });
+    return !waitState().changed.wait_until(lock, moment, [] { return waitState().interrupted(); });
 }
 
 void interruptAll() {
     {
         const std::lock_guard lock(waitState().mutex);
-        waitState().interrupted = true;
+        waitState().ending.request_stop();
     }
     waitState().changed.notify_all();
 }
 
 bool interrupted() {
     const std::lock_guard lock(waitState().mutex);
-    return waitState().interrupted;
+    return waitState().interrupted();
+}
+
+std::stop_token ending() {
+    const std::lock_guard lock(waitState().mutex);
+    return waitState().ending.get_token();
 }
 
 void resume() {
     const std::lock_guard lock(waitState().mutex);
-    waitState().interrupted = false;
+    waitState().ending = std::stop_source();
 }
 
 // A signal uses the lock of the shared wait state, so that "raised or interrupted" is one condition.
@@ -100,13 +107,13 @@ void Signal::raise() {
 
 bool Signal::waitUntil(TimePoint end) {
     std::unique_lock lock(waitState().mutex);
-    waitState().changed.wait_until(lock, end, [this] { return raised_ || waitState().interrupted; });
+    waitState().changed.wait_until(lock, end, [this] { return raised_ || waitState().interrupted(); });
     return raised_;
 }
 
 bool Signal::wait() {
     std::unique_lock lock(waitState().mutex);
-    waitState().changed.wait(lock, [this] { return raised_ || waitState().interrupted; });
+    waitState().changed.wait(lock, [this] { return raised_ || waitState().interrupted(); });
     return raised_;
 }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <stop_token>
 
 /// The waits of the program, in one place: the end of the program cuts them short, and a test runs them on a
 /// fast clock. QWaitCondition and QDeadlineTimer know neither that end nor a scale.
@@ -60,6 +61,9 @@ class Signal {
 /// The program ends: every wait returns at once, now and from now on.
 void interruptAll();
 bool interrupted();
+/// Stops when the program ends, for waits that do not sleep here. What is called then must be quick and must
+/// not use Clock.
+std::stop_token ending();
 /// Waits work again; for tests, which simulate the program's end more than once in a process.
 void resume();
 

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "support/Clock.h"
+#include "support/Error.h"
+
 #include <QByteArray>
-#include <QString>
+#include <QByteArrayView>
 #include <QUrl>
 
 #include <chrono>
+#include <functional>
 #include <optional>
+#include <stop_token>
 #include <utility>
 #include <vector>
 
@@ -19,28 +24,51 @@ struct HttpRequest {
     QByteArray body;
     /// The longest stretch without any progress, as stated (Clock scales it).
     std::chrono::milliseconds timeout{60'000};
-    /// A body that grows beyond this many bytes ends the request as a transport error: no reply of ours is
-    /// that long.
+    /// From the call to the end of the reply, whatever the progress, as stated; nullopt if there is no such
+    /// limit.
+    std::optional<std::chrono::milliseconds> limit;
+    /// A body that grows beyond this many bytes ends the request with a failure. Not for `Http::download`.
     qint64 maximumReplySize = 16 << 20;
 
-    /// What a server's redirection is worth.
     enum class Redirects {
-        Follow,
+        Follow,  ///< but never from https to http
         Refuse,  ///< the redirection itself is the reply
     };
     Redirects redirects = Redirects::Follow;
 };
 
 struct HttpReply {
-    /// 0 when no HTTP response arrived.
+    /// 0 if no HTTP response arrived.
     int status = 0;
-    /// As far as it arrived.
+    /// As far as it arrived; empty for `Http::download`.
     QByteArray body;
-    /// The transport's failure: refused, cut off, timed out, too long. A response of any status is not a
-    /// failure.
-    std::optional<QString> transportError;
+    /// What went wrong below HTTP, in Italian (domain "Network", libcurl's code): refused, cut off, timed
+    /// out, too long, called off. A response of any status is not a failure.
+    std::optional<Error> failure;
 
-    bool complete() const { return status != 0 && !transportError; }
+    bool complete() const { return status != 0 && !failure; }
 };
+
+/// The program's HTTP client. Requests to the loopback address never use a proxy; others use that of the
+/// environment (http_proxy, https_proxy, no_proxy). The certificates are the system's, or those of the file
+/// that SSL_CERT_FILE names.
+///
+/// Every request has connections of its own and is sent once. The calls block, so not on the main thread; a
+/// stop of `calledOff`, by default the end of the program, ends them at once. Any number of threads.
+namespace Http {
+
+/// Sends a request and waits for its reply.
+HttpReply exchange(const HttpRequest& request, const std::stop_token& calledOff = Clock::ending());
+
+/// Takes the next bytes of a body, on the calling thread; as long as it takes, the sender has to wait, which
+/// does not count as a stretch without progress. `statedLength` is what the server says of the whole body, in
+/// bytes, -1 if it says nothing. False ends the request.
+using Receiver = std::function<bool(QByteArrayView bytes, qint64 statedLength)>;
+
+/// The same, for a body of any size in little memory. Bodies of redirections are left out.
+HttpReply download(const HttpRequest& request, const Receiver& receive,
+                   const std::stop_token& calledOff = Clock::ending());
+
+}  // namespace Http
 
 }  // namespace parlivo

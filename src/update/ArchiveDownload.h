@@ -1,14 +1,13 @@
 #pragma once
 
 #include "support/Error.h"
-#include "support/HttpTransfer.h"
 #include "support/ScopedFile.h"
 
 #include <QUrl>
 
-#include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace parlivo {
 
@@ -20,11 +19,7 @@ struct FetchedArchive {
 };
 
 /// Fetches an archive into a temporary file that only the user can read. What is longer than `expectedSize`
-/// bytes is of no use and fetched no further than one byte beyond it or so.
-///
-/// Begins and returns at once; destroying the transfer calls it off. `completion` runs once, on the network
-/// thread, and must hand off without blocking.
-std::unique_ptr<HttpTransfer> fetchArchive(const QUrl& url, qint64 expectedSize,
-                                           std::function<void(const FetchedArchive&)> completion);
+/// bytes is of no use and fetched no further than one piece beyond it. Blocks, so not on the main thread.
+FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const std::stop_token& calledOff);
 
 }  // namespace parlivo

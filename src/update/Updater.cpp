@@ -3,7 +3,7 @@
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
-#include "support/HttpSession.h"
+#include "support/Http.h"
 #include "support/MainQueue.h"
 #include "ui/views/Dialogs.h"
 #include "update/SitePage.h"
@@ -41,11 +41,12 @@ void Updater::check() {
     request.headers = {{"Cache-Control", "no-cache"}};
     request.timeout = feedTimeout;
     request.maximumReplySize = longestFeed;
-    HttpSession::shared().send(request, [this, alive = lifetime_.token()](const HttpReply& reply) {
-        if (!reply.complete()) return;
-        if (const auto feed = FeedEntry::decode(reply.body))
-            MainQueue::async(alive, [this, feed = *feed] { take(feed); });
-    });
+    const auto ask = [this, request, alive = lifetime_.token()](const std::stop_token& calledOff) {
+        const HttpReply reply = Http::exchange(request, calledOff);
+        const auto feed = reply.complete() ? FeedEntry::decode(reply.body) : std::nullopt;
+        if (feed) MainQueue::async(alive, [this, feed = *feed] { take(feed); });
+    };
+    check_ = std::make_unique<Worker>(u"parlivo.feed"_s, ask);
 }
 
 void Updater::take(const FeedEntry& feed) {
@@ -78,15 +79,14 @@ void Updater::install(const FeedEntry& entry) {
     if (!url.isValid()) return;
     step_ = Step::Installing;
     Log::info(u"download aggiornamento "_s + entry.version);
-    transfer_ = fetchArchive(url, entry.size,
-                             [this, entry, alive = lifetime_.token()](const FetchedArchive& archive) {
-                                 MainQueue::async(alive, [this, entry, archive] { apply(entry, archive); });
-                             });
+    const auto fetch = [this, url, entry, alive = lifetime_.token()](const std::stop_token& calledOff) {
+        const FetchedArchive archive = fetchArchive(url, entry.size, calledOff);
+        MainQueue::async(alive, [this, entry, archive] { apply(entry, archive); });
+    };
+    download_ = std::make_unique<Worker>(u"parlivo.archive"_s, fetch);
 }
 
 void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
-    // It holds on to what it fetched.
-    transfer_.reset();
     if (archive.failure) {
         Log::info(u"download update fallito: "_s + archive.failure->localizedDescription());
         fail(u"Download non riuscito. Riprova più tardi."_s);

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "support/HttpTransfer.h"
 #include "support/Lifetime.h"
 #include "support/SerialQueue.h"
+#include "support/Worker.h"
 #include "update/ArchiveDownload.h"
 #include "update/FeedEntry.h"
 
@@ -16,7 +16,7 @@
 namespace parlivo {
 
 /// Keeps the program current: asks the site for a newer version, offers it, and puts it in the place of the
-/// running one. Main thread; the work itself runs on the network thread and on a queue of its own.
+/// running one. Main thread; the work itself runs on workers and on a queue of its own.
 class Updater {
   public:
     using FeedEntry = parlivo::FeedEntry;
@@ -57,7 +57,8 @@ class Updater {
     const Restart restart_;
     QTimer timer_;
     Step step_ = Step::Idle;
-    std::unique_ptr<HttpTransfer> transfer_;
+    std::unique_ptr<Worker> check_;
+    std::unique_ptr<Worker> download_;
     Lifetime lifetime_;
     /// Last: its end waits for the running job.
     SerialQueue installing_{QStringLiteral("parlivo.update")};

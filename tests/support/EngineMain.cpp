@@ -1,6 +1,6 @@
 #include "platform/linux/base/ChildSetup.h"
 #include "support/ChildProcess.h"
-#include "support/HttpSession.h"
+#include "support/Worker.h"
 
 #include <QCoreApplication>
 
@@ -12,6 +12,6 @@ int main(int argc, char** argv) {
     parlivo::ChildProcess::setChildSetup(parlivo::linuxChildSetup());
     const int result = RUN_ALL_TESTS();
     parlivo::ChildProcess::endAll();
-    parlivo::HttpSession::end();
+    parlivo::Worker::endAll();
     return result;
 }

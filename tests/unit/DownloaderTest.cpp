@@ -56,9 +56,22 @@ TEST_F(DownloaderTest, ABrokenConnectionIsTriedAgainToo) {
     server.on(path, {reset, StubReply::of(Manner::CloseAtOnce), StubReply::of(Manner::ResetAtOnce), whole()});
     ASSERT_TRUE(fetch()) << failure().toStdString();
     EXPECT_TRUE(contents() == model());
-    // Before its first word the HTTP client may try again by itself.
-    EXPECT_GE(logged().filter(u"retry"_s).size(), 1);
+    EXPECT_EQ(logged(), retries(3, u"connessione interrotta dal server"_s)
+                            << u"download completato e verificato: "_s + fileName);
     EXPECT_EQ(ends.size(), 1U);
+}
+
+TEST_F(DownloaderTest, NoServerIsAskedMoreThanFourTimes) {
+    for (const Manner manner : {Manner::CloseAtOnce, Manner::ResetAtOnce}) {
+        ends.clear();
+        const StubServer refusing(0, {{path, [manner](const auto&) { return StubReply::of(manner); }}});
+        ModelCatalog::Entry wanted = entry();
+        wanted.url.setPort(refusing.port());
+        EXPECT_FALSE(fetch(wanted));
+        EXPECT_EQ(failure(), u"connessione interrotta dal server"_s);
+        EXPECT_EQ(refusing.requests(path).size(), 4U);
+        EXPECT_EQ(refusing.connections(), 4);
+    }
 }
 
 TEST_F(DownloaderTest, AServerThatFallsSilentIsGivenUp) {

@@ -3,7 +3,7 @@
 #include "engines/Transcriber.h"
 #include "support/ChildProcess.h"
 #include "support/Error.h"
-#include "support/HttpSession.h"
+#include "support/Http.h"
 
 #include <QFileInfo>
 #include <QProcess>
@@ -94,7 +94,7 @@ TEST_F(EngineProcessTest, AWarmServerServesEveryDictation) {
     // One that still loads would be started again.
     HttpRequest look;
     look.url = QUrl(QStringLiteral("http://127.0.0.1:8765/"));
-    EXPECT_TRUE(eventually([&look] { return HttpSession::shared().exchange(look, seconds(5)).has_value(); }));
+    EXPECT_TRUE(eventually([&look] { return Http::exchange(look).complete(); }));
     for (int i = 0; i < 3; ++i) EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
     EXPECT_EQ(starts().size(), 1U);
 }

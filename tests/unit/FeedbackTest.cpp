@@ -1,5 +1,4 @@
 #include "settings/Config.h"
-#include "support/HttpSession.h"
 #include "support/StubServer.h"
 #include "support/WindowTest.h"
 #include "update/feedback/FeedbackWindowController.h"
@@ -121,6 +120,7 @@ TEST_F(FeedbackTest, WhileSendingTheButtonSaysSoAndRests) {
 }
 
 TEST_F(FeedbackTest, AnyAnswerButSuccessIsAFailure) {
+    Clock::setScale(0.05);  // after an interim status the answer is still to come
     StubReply elsewhere = StubReply::body({}, 302);
     elsewhere.bytes.replace("\r\n\r\n", "\r\nLocation: /altrove\r\n\r\n");
     site.on("/altrove", StubReply::body("{}"));

@@ -1,5 +1,4 @@
 #include "UpdateTest.h"
-#include "support/HttpSession.h"
 #include "support/StubServer.h"
 #include "update/Updater.h"
 

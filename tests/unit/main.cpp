@@ -1,5 +1,5 @@
 #include "support/Clock.h"
-#include "support/HttpSession.h"
+#include "support/Worker.h"
 
 #include <QApplication>
 
@@ -11,6 +11,6 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     const QApplication application(argc, argv);
     const int result = RUN_ALL_TESTS();
-    parlivo::HttpSession::end();
+    parlivo::Worker::endAll();
     return result;
 }

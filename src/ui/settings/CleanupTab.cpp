@@ -1,22 +1,17 @@
 #include "ui/settings/CleanupTab.h"
 
+#include "engines/OllamaModels.h"
 #include "models/ModelCatalog.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
-#include "support/HttpSession.h"
-#include "support/MainQueue.h"
 #include "ui/TierPicker.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QShowEvent>
 #include <QTimer>
 
 namespace parlivo {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 CleanupTab::CleanupTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
     Form form(contents());
@@ -65,38 +60,14 @@ void CleanupTab::addCustomPrompt(Form& form, const SettingsActions& actions) {
 
 void CleanupTab::showEvent(QShowEvent* event) {
     FormPage::showEvent(event);
-    fetchModels();
-}
-
-void CleanupTab::fetchModels() {
-    HttpRequest request;
-    request.url = QUrl(u"http://127.0.0.1:11434/api/tags"_s);
-    request.timeout = 3s;
-    HttpSession::shared().send(request, [this, alive = lifetime_.token()](const HttpReply& reply) {
-        if (!reply.complete()) return;
-        if (const auto names = modelNames(reply.body)) {
-            MainQueue::async(alive, [this, names = *names] { showModels(names); });
-        }
-    });
+    namesRequest_ = OllamaModels::fetchNames(
+        lifetime_.token(), [this](const QStringList& availableModels) { showModels(availableModels); });
 }
 
 void CleanupTab::showModels(const QStringList& availableModels) {
     std::vector<Option> options;
     for (const QString& name : availableModels) options.push_back({name, name});
     model_->setOptions(options);
-}
-
-std::optional<QStringList> CleanupTab::modelNames(const QByteArray& body) {
-    const QJsonValue models = QJsonDocument::fromJson(body).object().value(u"models"_s);
-    if (!models.isArray()) return std::nullopt;
-    QStringList names;
-    const QJsonArray list = models.toArray();
-    for (const auto& model : list) {
-        const QJsonValue name = model.toObject().value(u"name"_s);
-        if (name.isString()) names.append(name.toString());
-    }
-    names.sort();
-    return names;
 }
 
 }  // namespace parlivo

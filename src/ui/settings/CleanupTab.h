@@ -1,13 +1,13 @@
 #pragma once
 
 #include "support/Lifetime.h"
+#include "support/Worker.h"
 #include "ui/settings/SettingsActions.h"
 #include "ui/views/Form.h"
 
-#include <QByteArray>
 #include <QStringList>
 
-#include <optional>
+#include <memory>
 
 namespace parlivo {
 
@@ -18,18 +18,15 @@ class CleanupTab : public FormPage {
   public:
     explicit CleanupTab(const SettingsActions& actions, QWidget* parent = nullptr);
 
-    /// The names in an answer of Ollama's /api/tags, in ascending order; nullopt if it is no such answer.
-    static std::optional<QStringList> modelNames(const QByteArray& body);
-
   protected:
     void showEvent(QShowEvent* event) override;
 
   private:
-    void fetchModels();
     void showModels(const QStringList& availableModels);
     void addCustomPrompt(Form& form, const SettingsActions& actions);
 
     Picker* model_ = nullptr;
+    std::unique_ptr<Worker> namesRequest_;
     Lifetime lifetime_;
 };
 

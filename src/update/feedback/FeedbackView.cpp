@@ -1,20 +1,15 @@
 #include "update/feedback/FeedbackView.h"
 
-#include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
-#include "support/HttpSession.h"
-#include "support/MainQueue.h"
 #include "support/Text.h"
 #include "ui/views/Form.h"
 #include "ui/views/OutlinedBox.h"
 #include "ui/views/SymbolView.h"
 #include "ui/views/SystemColour.h"
-#include "update/SitePage.h"
+#include "update/feedback/FeedbackRequest.h"
 #include "update/feedback/StarRating.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QPlainTextEdit>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -24,16 +19,11 @@
 namespace parlivo {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
 constexpr int textHeight = 120;
 constexpr int heartSize = 36;
-
-bool isSuccess(const HttpReply& reply) {
-    return reply.complete() && reply.status >= 200 && reply.status <= 299;
-}
 
 }  // namespace
 
@@ -125,25 +115,8 @@ void FeedbackView::send() {
     sending_ = true;
     error_.reset();
     refresh();
-    HttpRequest request;
-    request.url = sitePage(u"api/feedback"_s);
-    request.method = "POST";
-    request.headers = {{"Content-Type", "application/json"}};
-    request.body = body();
-    request.timeout = 15s;
-    request.redirects = HttpRequest::Redirects::Refuse;
-    HttpSession::shared().send(std::move(request), [this, alive = lifetime_.token()](const HttpReply& reply) {
-        MainQueue::async(alive, [this, success = isSuccess(reply)] { answered(success); });
-    });
-}
-
-QByteArray FeedbackView::body() const {
-    const QJsonObject feedback{{u"rating"_s, rating_->rating()},
-                               {u"text"_s, text_->toPlainText().trimmed()},
-                               {u"email"_s, Text::trimmedBlanks(email_->text())},
-                               {u"appVersion"_s, Config::appVersion()},
-                               {u"macos"_s, Platform::current().systemVersion().description()}};
-    return QJsonDocument(feedback).toJson(QJsonDocument::Compact);
+    request_ = sendFeedback({rating_->rating(), text_->toPlainText(), email_->text()}, lifetime_.token(),
+                            [this](bool success) { answered(success); });
 }
 
 void FeedbackView::answered(bool success) {

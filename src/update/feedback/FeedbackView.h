@@ -1,12 +1,13 @@
 #pragma once
 
 #include "support/Lifetime.h"
+#include "support/Worker.h"
 
-#include <QByteArray>
 #include <QString>
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class QPlainTextEdit;
@@ -35,7 +36,6 @@ class FeedbackView : public QWidget {
     void refresh();
     void send();
     void answered(bool success);
-    QByteArray body() const;
 
     const std::function<void()> onClose_;
     bool sending_ = false;
@@ -48,6 +48,7 @@ class FeedbackView : public QWidget {
     Label* errorLine_ = nullptr;
     QPushButton* send_ = nullptr;
     QPushButton* close_ = nullptr;
+    std::unique_ptr<Worker> request_;
     Lifetime lifetime_;
 };
 

@@ -1,5 +1,6 @@
 #include "desktop/dictation/Program.h"
 
+#include "support/Http.h"
 #include "support/Waiting.h"
 
 #include <QDBusConnection>
@@ -7,8 +8,6 @@
 #include <QDBusVariant>
 #include <QDir>
 #include <QFileInfo>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 
 #include <gtest/gtest.h>
 
@@ -101,12 +100,10 @@ bool Program::waitUntilUp() const {
 }
 
 bool Program::waitUntilServed(const QString& url) {
-    QNetworkAccessManager client;
-    return waitFor([&] {
-        const std::unique_ptr<QNetworkReply> reply(client.get(QNetworkRequest(QUrl(url))));
-        waitFor([&] { return reply->isFinished(); });
-        return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() == 200;
-    });
+    HttpRequest request;
+    request.url = QUrl(url);
+    request.timeout = std::chrono::seconds(1);
+    return waitFor([&] { return Http::exchange(request).status == 200; });
 }
 
 QString Program::property(const char* name) const {
