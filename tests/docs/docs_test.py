@@ -138,6 +138,15 @@ class DocsTest(unittest.TestCase):
             for path in re.findall(r"`((?:docs|src|tests|tools|resources|bench)/[\w./-]*)", text):
                 self.assertTrue((PROJECT / path).exists(), f"{document}: {path}")
 
+    def test_names_of_the_code(self):
+        listed = subprocess.run(["git", "-C", PROJECT, "ls-files", "-z", "--", "src", "tests", "cmake", "tools"],
+                                capture_output=True, check=True).stdout.decode()
+        code = "".join((PROJECT / name).read_text(errors="replace") for name in listed.split("\0")
+                       if pathlib.Path(name).suffix in {".cpp", ".h", ".cmake", ".txt"})
+        for document in ("CONTRIBUTING.md", "docs/architecture.md"):
+            for name in re.findall(r"`([A-Za-z_][\w:]*)(?:\(\))?`", (PROJECT / document).read_text()):
+                self.assertIn(name.split("::")[-1], code, f"{document} names `{name}`")
+
     def test_the_version_is_told_everywhere(self):
         version = re.search(r"project\(Parlivo VERSION ([\d.]+)", (PROJECT / "CMakeLists.txt").read_text())[1]
         self.assertIn(f"\n## {version}\n", (PROJECT / "CHANGELOG.md").read_text())
