@@ -15,7 +15,7 @@ enum class State : std::uint8_t { idle, recording, transcribing, cleaning, typin
 /// The first line of the menu. The idle text names ⌥Spazio whatever preset is chosen.
 QString statusText(State state);
 /// The inverse; nullopt if the text is that of no state.
-std::optional<State> stateOf(const QString& statusText);
+std::optional<State> stateOf(const QString& text);
 /// The name of the case, as it is announced on the bus.
 QString caseName(State state);
 
