@@ -1,8 +1,10 @@
 #include "platform/linux/sound/ArrivalClock.h"
 #include "platform/linux/sound/BlockAssembler.h"
 #include "platform/linux/sound/MicrophoneChoice.h"
+#include "platform/linux/sound/PulseReason.h"
 
 #include <gmock/gmock.h>
+#include <pulse/def.h>
 
 #include <numeric>
 #include <vector>
@@ -176,6 +178,16 @@ TEST_F(MicrophoneChoiceTest, ASourceWithoutRateOrChannelsIsNone) {
     EXPECT_EQ(chosen({mute}, {"usb", "out"}), "none");
     mute.sampleSpec = {PA_SAMPLE_S16LE, 48'000, 0};
     EXPECT_EQ(chosen({mute}, {"usb", "out"}), "none");
+}
+
+TEST(PulseReasonTest, EveryFailureOfTheServerIsToldInItalian) {
+    EXPECT_EQ(pulseReason(PA_ERR_NOENTITY), QStringLiteral("dispositivo audio non trovato"));
+    EXPECT_EQ(pulseReason(PA_ERR_CONNECTIONREFUSED),
+              QStringLiteral("il server audio rifiuta la connessione"));
+    EXPECT_EQ(pulseReason(PA_ERR_FORKED), QStringLiteral("errore del server audio %1").arg(PA_ERR_FORKED));
+    for (int code = PA_OK + 1; code < PA_ERR_MAX; ++code) {
+        EXPECT_TRUE(pulseReason(code).contains(QStringLiteral("audio"))) << code;
+    }
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "platform/linux/sound/PulseConnection.h"
 
+#include "platform/linux/sound/PulseReason.h"
+
 #include <algorithm>
 
 namespace parlivo {
@@ -114,7 +116,7 @@ void PulseConnection::wake() const {
 }
 
 Error PulseConnection::error(int code) {
-    return {QStringLiteral("PulseAudio"), code, QString::fromUtf8(pa_strerror(code))};
+    return {QStringLiteral("PulseAudio"), code, pulseReason(code)};
 }
 
 }  // namespace parlivo
