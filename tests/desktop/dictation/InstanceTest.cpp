@@ -84,7 +84,8 @@ TEST_F(InstanceTest, AProgramThatDoesNotAnswerIsNotTakenForAMissingBus) {
     const Outcome outcome = Program::call({QStringLiteral("--toggle")});
     program.signal(SIGCONT);
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.errors, QStringLiteral("Parlivo: l'istanza in esecuzione non risponde\n"))
+    // At the end of a program whose call was not answered, Qt may complain of its own threads.
+    EXPECT_TRUE(outcome.errors.startsWith(QStringLiteral("Parlivo: l'istanza in esecuzione non risponde\n")))
         << qPrintable(outcome.errors);
 }
 

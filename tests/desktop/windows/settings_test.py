@@ -154,10 +154,10 @@ class KilledMoveTest(WindowsTest):
             self.assertEqual((folder / name).read_bytes(), MODELS[name])
         self.assertEqual(sorted(os.listdir(data_folder())), ["models"])
 
-    def test_before_the_last_copy_has_its_name(self):
+    def test_while_the_last_copy_has_two_names(self):
         chosen = pathlib.Path("/dev/shm/altrove")
-        self.kill_while_moving(chosen, f"Parlivo:rename:{BEST}")
-        self.assertEqual(sorted(os.listdir(chosen)), sorted([f"{BEST}.parlivo-move", FULL]))
+        self.kill_while_moving(chosen, f"Parlivo:unlink:{BEST}.parlivo-move")
+        self.assertEqual(sorted(os.listdir(chosen)), sorted([BEST, f"{BEST}.parlivo-move", FULL]))
         self.assertNotIn("modelsDir", settings())
         self.assert_next_start_has(models_folder())
         self.assertEqual(os.listdir(chosen), [])
