@@ -1,5 +1,6 @@
 #include "settings/Config.h"
 #include "support/WindowTest.h"
+#include "ui/onboarding/OnboardingDownloads.h"
 #include "ui/onboarding/OnboardingView.h"
 #include "ui/onboarding/OnboardingWindowController.h"
 #include "ui/views/ChoiceRow.h"
@@ -116,13 +117,15 @@ TEST_F(OnboardingTest, ReturnGoesOn) {
 
 TEST_F(OnboardingTest, ThePagesSayWhatTheyAreToSay) {
     controller.show();
-    expectWords({u"Parlivo"_s, u"Just talk. It types."_s,
-                 u"Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in locale — la tua voce non lascia mai questo Mac."_s});
+    expectWords(
+        {u"Parlivo"_s, u"Just talk. It types."_s,
+         u"Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in locale — la tua voce non lascia mai questo Mac."_s});
     next();
-    expectWords({u"Dove salvo i modelli AI?"_s,
-                 u"I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono scaricati una volta sola in questa cartella."_s,
-                 Config::modelsDir(),
-                 u"La posizione predefinita va benissimo per la maggior parte delle persone."_s});
+    expectWords(
+        {u"Dove salvo i modelli AI?"_s,
+         u"I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono scaricati una volta sola in questa cartella."_s,
+         Config::modelsDir(),
+         u"La posizione predefinita va benissimo per la maggior parte delle persone."_s});
     EXPECT_EQ(symbols(), QStringList(u"folder.fill"_s));
     next();
     expectWords({u"Scegli il livello di efficacia"_s, u"TRASCRIZIONE (obbligatoria)"_s, u"Veloce"_s,
@@ -138,8 +141,9 @@ TEST_F(OnboardingTest, ThePagesSayWhatTheyAreToSay) {
 
 TEST_F(OnboardingTest, ThePermissionPagesAndTheLastOneSayWhatTheyAreToSay) {
     goTo(Step::microphone);
-    expectWords({u"Permesso Microfono"_s,
-                 u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."_s});
+    expectWords(
+        {u"Permesso Microfono"_s,
+         u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."_s});
     EXPECT_EQ(symbols(), QStringList(u"mic.fill"_s));
     next();
     expectWords(
@@ -264,6 +268,18 @@ TEST_F(OnboardingTest, KeysDoNotStartARunningDownloadAgain) {
     pressWhereTheFocusIs();
     EXPECT_EQ(fetch.started, QStringList(u"best"_s));
     EXPECT_TRUE(shows(window(), u"55%  ·  457 / 833 MB"_s)) << words(window()).join(u'|').toStdString();
+}
+
+TEST_F(OnboardingTest, ADownloadThatRunsIsNotStartedAgain) {
+    int changes = 0;
+    OnboardingDownloads downloads(fetch.fetch(), [&] { ++changes; });
+    downloads.startDownloads();
+    fetch.progress(0.5, 1, 2);
+    const int before = changes;
+    downloads.startDownloads();
+    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
+    EXPECT_EQ(downloads.state().progress, 0.5);
+    EXPECT_EQ(changes, before);
 }
 
 TEST_F(OnboardingTest, KeysDoNotStartASecondAttemptAgain) {
