@@ -52,9 +52,11 @@ TEST_F(FeedbackTest, TheFormSaysWhatItIsToSay) {
     controller.show();
     EXPECT_EQ(window().windowTitle(), u"Il tuo parere su Parlivo"_s);
     EXPECT_EQ(window().size(), QSize(440, 400));
-    EXPECT_EQ(words(window()),
-              QStringList({u"Come valuti Parlivo?"_s, u"Cosa non va? Cosa miglioreresti?"_s,
-                           u"Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."_s}));
+    EXPECT_EQ(
+        words(window()),
+        QStringList(
+            {u"Come valuti Parlivo?"_s, u"Cosa non va? Cosa miglioreresti?"_s,
+             u"Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."_s}));
     EXPECT_EQ(email()->placeholderText(), u"Email (facoltativa, se vuoi una risposta)"_s);
     EXPECT_EQ(text()->parentWidget()->height(), 120);
 }
