@@ -36,6 +36,8 @@ class HotKeyHandler {
 struct HotKeyIdentity {
     std::uint32_t signature = 0;
     std::uint32_t id = 0;
+
+    bool operator==(const HotKeyIdentity&) const = default;
 };
 
 /// Why the system refused a hot key: its own status number, not 0.

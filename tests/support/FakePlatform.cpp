@@ -127,6 +127,7 @@ class Source : public KeyEventSource {
 }  // namespace
 
 std::unique_ptr<HotKeyHandler> HotKeys::installHandler(Edge pressedEdge, Edge releasedEdge) {
+    if (real) return real->installHandler(std::move(pressedEdge), std::move(releasedEdge));
     calls.append(QStringLiteral("install"));
     pressed = std::move(pressedEdge);
     released = std::move(releasedEdge);
@@ -134,6 +135,7 @@ std::unique_ptr<HotKeyHandler> HotKeys::installHandler(Edge pressedEdge, Edge re
 }
 
 HotKeys::Result HotKeys::registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) {
+    if (real) return real->registerHotKey(key, modifiers, identity);
     calls.append(QStringLiteral("register %1 %2").arg(key).arg(modifiers));
     if (refuseWith != 0) return HotKeyRefusal{refuseWith};
     registered.push_back({key, modifiers, identity});
@@ -151,12 +153,14 @@ void HotKeys::release() const {
     if (!registered.empty()) released();
 }
 
-std::unique_ptr<KeyEventSource> Keyboard::makeSource(QStringView) {
+std::unique_ptr<KeyEventSource> Keyboard::makeSource(QStringView text) {
+    if (real) return real->makeSource(text);
     if (!canType) return nullptr;
     return std::make_unique<Source>(*this);
 }
 
 std::unique_ptr<KeyEventSource> Keyboard::makeShortcutSource() {
+    if (real) return real->makeShortcutSource();
     if (!canSendShortcuts) return nullptr;
     return std::make_unique<Source>(*this);
 }
@@ -187,11 +191,13 @@ QString Keyboard::typed() const {
 }
 
 PasteboardTexts Pasteboard::texts() {
+    if (real) return real->texts();
     const std::lock_guard lock(mutex_);
     return contents_;
 }
 
 void Pasteboard::setText(const QString& text, History history) {
+    if (real) return real->setText(text, history);
     const std::lock_guard lock(mutex_);
     contents_ = {{PasteboardPlace::Clipboard, text}, {PasteboardPlace::PrimarySelection, text}};
     ours_ = true;
@@ -199,6 +205,7 @@ void Pasteboard::setText(const QString& text, History history) {
 }
 
 void Pasteboard::restore(const PasteboardTexts& texts) {
+    if (real) return real->restore(texts);
     const std::lock_guard lock(mutex_);
     ++restores_;
     if (!ours_) return;

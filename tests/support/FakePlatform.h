@@ -102,6 +102,8 @@ class HotKeys : public parlivo::HotKeyService {
     void press() const;
     void release() const;
 
+    /// Asked instead, if set.
+    parlivo::HotKeyService* real = nullptr;
     /// The status of the next registrations; 0 accepts.
     int refuseWith = 0;
     std::vector<Registered> registered;  ///< those in force
@@ -122,6 +124,8 @@ class Keyboard : public parlivo::KeyboardSynthesizer {
     /// All characters typed, line ends and tabs included.
     QString typed() const;
 
+    /// Asked instead, if set.
+    parlivo::KeyboardSynthesizer* real = nullptr;
     std::atomic<bool> canType = true;
     std::atomic<bool> canSendShortcuts = true;
     std::atomic<int> prepared = 0;
@@ -163,6 +167,9 @@ class Pasteboard : public parlivo::Pasteboard {
     };
     std::vector<Set> sets() const;
     int restores() const;
+
+    /// Asked instead, if set.
+    parlivo::Pasteboard* real = nullptr;
 
   private:
     mutable std::mutex mutex_;

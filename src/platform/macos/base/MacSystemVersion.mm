@@ -1,0 +1,11 @@
+#include "platform/macos/base/MacSystemVersion.h"
+
+#include "platform/macos/base/Strings.h"
+
+namespace parlivo {
+
+QString MacSystemVersion::description() {
+    return fromNSString(NSProcessInfo.processInfo.operatingSystemVersionString);
+}
+
+}  // namespace parlivo

@@ -1,0 +1,21 @@
+// Starts the program named by its arguments the way Parlivo starts an engine on macOS, prints its process id,
+// and waits to be killed.
+#include "platform/macos/base/ChildWatch.h"
+#include "support/ChildProcess.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <unistd.h>
+
+#include <cstdio>
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    QStringList arguments = QCoreApplication::arguments().sliced(1);
+    parlivo::ChildProcess::setChildSetup(parlivo::macChildSetup());
+    const auto child = parlivo::ChildProcess::launch({arguments.takeFirst(), arguments});
+    std::printf("%lld\n", child->processId());
+    std::fflush(stdout);
+    while (true) pause();
+}
