@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Does what the documents say, word for word: their commands are run, their options, settings and files looked for.
+"""Does what the documents say, word for word: their commands are run, their options and files looked for.
 
 usage: docs_test.py BUILD_FOLDER [CASE...]
 
@@ -108,14 +108,6 @@ class DocsTest(unittest.TestCase):
         section = MANUAL_PAGE.split(".SH OPTIONS")[1].split(".SH EXIT")[0].replace(r"\-", "-")
         self.assertEqual(set(re.findall(r"^\.TP\n\.B (--\w+)", section, re.M)), told)
         self.assertEqual(set(re.findall(r"parlivo (--\w+)", MANUAL)), told)
-
-    def test_settings(self):
-        known = set(re.findall(r"QLatin1String (\w+)\{\"\1\"\}", (PROJECT / "src/settings/Config.h").read_text()))
-        kept_for_itself = {"onboardingDone", "dictationCount", "feedbackGiven", "feedbackPromptLastShown",
-                           "pendingChangelog", "lastSeenVersion"}
-        table = MANUAL.split("## The settings")[1].split("##")[0]
-        keys = {key for row in re.findall(r"^\| (`.*?) \|", table, re.M) for key in re.findall(r"`(\w+)`", row)}
-        self.assertEqual(keys, known - kept_for_itself)
 
     def test_commands_of_the_project(self):
         commands = list(project_commands())
