@@ -8,6 +8,8 @@
 namespace parlivo {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 class ModelCatalogTest : public PlatformTest {
   protected:
     static void makeModel(const ModelCatalog::Entry& entry, qint64 size) {
@@ -68,18 +70,49 @@ TEST_F(ModelCatalogTest, AFolderOfTheModelsNameIsNoModel) {
     EXPECT_FALSE(ModelCatalog::isDownloaded(entry));
 }
 
-TEST_F(ModelCatalogTest, TheTablesAreWhatTheUserSees) {
-    ASSERT_EQ(ModelCatalog::asrTiers().size(), 2U);
-    ASSERT_EQ(ModelCatalog::cleanupTiers().size(), 3U);
-    const auto& fast = ModelCatalog::asrTiers()[0];
-    EXPECT_EQ(fast.label, QStringLiteral("Veloce"));
-    EXPECT_EQ(fast.detail, QStringLiteral("Whisper turbo q5 · 574 MB · ottimo, più leggero"));
-    EXPECT_TRUE(fast.url.path().endsWith(QStringLiteral("/resolve/main/ggml-large-v3-turbo-q5_0.bin")));
-    const auto& full = ModelCatalog::cleanupTiers()[2];
-    EXPECT_EQ(full.detail, QStringLiteral("Gemma 3 4B · 2.5 GB · qualità massima (consigliata)"));
-    EXPECT_EQ(full.url.path(),
-              QStringLiteral("/ggml-org/gemma-3-4b-it-GGUF/resolve/main/gemma-3-4b-it-Q4_K_M.gguf"));
-    EXPECT_EQ(full.expectedSize, 2'489'757'856);
+struct ExpectedEntry {
+    QString id;
+    QString label;
+    QString detail;
+    QString fileName;
+    QString urlPath;  ///< without the file's name
+    qint64 size;
+};
+
+void expectTable(const std::vector<ModelCatalog::Entry>& table, const std::vector<ExpectedEntry>& expected) {
+    ASSERT_EQ(table.size(), expected.size());
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        EXPECT_EQ(table[i].id, expected[i].id);
+        EXPECT_EQ(table[i].label, expected[i].label);
+        EXPECT_EQ(table[i].detail, expected[i].detail);
+        EXPECT_EQ(table[i].fileName, expected[i].fileName);
+        EXPECT_EQ(table[i].url.path(), expected[i].urlPath + expected[i].fileName);
+        EXPECT_EQ(table[i].expectedSize, expected[i].size);
+    }
+}
+
+TEST_F(ModelCatalogTest, TheTablesAreExact) {
+    expectTable(
+        ModelCatalog::asrTiers(),
+        {{u"fast"_s, u"Veloce"_s, u"Whisper turbo q5 · 574 MB · ottimo, più leggero"_s,
+          u"ggml-large-v3-turbo-q5_0.bin"_s, u"/ggerganov/whisper.cpp/resolve/main/"_s, 574'041'195},
+         {u"best"_s, u"Precisa"_s, u"Whisper turbo q8 · 834 MB · massima accuratezza (consigliata)"_s,
+          u"ggml-large-v3-turbo-q8_0.bin"_s, u"/ggerganov/whisper.cpp/resolve/main/"_s, 874'188'075}});
+    expectTable(
+        ModelCatalog::cleanupTiers(),
+        {{u"none"_s,
+          u"Nessuna"_s,
+          u"Solo Whisper · 0 MB · punteggiatura base, nessun download"_s,
+          {},
+          Config::siteBase().path(),
+          0},
+         {u"light"_s, u"Leggera"_s, u"Qwen 2.5 1.5B · 1.1 GB · filler e punteggiatura, veloce"_s,
+          u"qwen2.5-1.5b-instruct-q4_k_m.gguf"_s, u"/Qwen/Qwen2.5-1.5B-Instruct-GGUF/resolve/main/"_s,
+          1'117'320'736},
+         {u"full"_s, u"Completa"_s, u"Gemma 3 4B · 2.5 GB · qualità massima (consigliata)"_s,
+          u"gemma-3-4b-it-Q4_K_M.gguf"_s, u"/ggml-org/gemma-3-4b-it-GGUF/resolve/main/"_s, 2'489'757'856}});
+    EXPECT_EQ(ModelCatalog::cleanupTiers()[0].url, Config::siteBase());
+    EXPECT_EQ(ModelCatalog::asrTiers()[0].url.host(), ModelCatalog::cleanupTiers()[2].url.host());
 }
 
 }  // namespace
