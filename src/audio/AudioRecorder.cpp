@@ -7,6 +7,7 @@
 #include "support/MainQueue.h"
 #include "support/Uuid.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -37,6 +38,10 @@ struct AudioRecorder::Recording {
 
 namespace {
 
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::AudioRecorder)
+};
+
 QString freshCapturePath() {
     return QDir(Platform::current().directories().temporary())
         .filePath(QStringLiteral("parlivo-%1.caf").arg(freshUuid()));
@@ -45,7 +50,7 @@ QString freshCapturePath() {
 std::unique_ptr<AudioCapture> openMicrophone() {
     auto engine = Platform::current().audioInput().open();
     if (!engine || !engine->format().usable())
-        throw Error(ErrorCode::MicrophoneUnavailable, QStringLiteral("Microfono non disponibile"));
+        throw Error(ErrorCode::MicrophoneUnavailable, Texts::tr("Microfono non disponibile"));
     return engine;
 }
 

@@ -4,11 +4,17 @@
 #include "support/Error.h"
 #include "support/Http.h"
 
+#include <QCoreApplication>
+
 #include <utility>
 
 namespace parlivo {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::LocalServer)
+};
 
 constexpr std::chrono::milliseconds probeTimeout{1000};
 constexpr std::chrono::milliseconds probeLimit{1500};
@@ -41,7 +47,7 @@ bool LocalServer::waitUntilAlive(std::chrono::milliseconds timeout) {
 void LocalServer::start(const ChildProcess::Program& program, const QString& model) {
     terminate();
     if (!waitForFormer()) {
-        throw Error(QStringLiteral("Process"), 0, QStringLiteral("il server precedente non termina"));
+        throw Error(QStringLiteral("Process"), 0, Texts::tr("il server precedente non termina"));
     }
     const std::lock_guard lock(mutex_);
     started_ = Started{ChildProcess::launch(program), model};

@@ -10,6 +10,7 @@
 #include "support/Text.h"
 #include "support/Uuid.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <utility>
@@ -17,6 +18,10 @@
 namespace parlivo::Transcriber {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::Transcriber)
+};
 
 using std::chrono::seconds;
 
@@ -119,12 +124,12 @@ void ensureServer() {
 QString transcribe(const QString& wav) {
     ensureServer();
     if (!server().waitUntilAlive(startLimit)) {
-        throw Error(ErrorCode::WhisperNotResponding, QStringLiteral("whisper-server non risponde"));
+        throw Error(ErrorCode::WhisperNotResponding, Texts::tr("whisper-server non risponde"));
     }
     const auto reply = JsonExchange::send(inference(wav));
     const auto text = reply ? EngineReplies::recognisedText(*reply) : std::nullopt;
     if (!text) {
-        throw Error(ErrorCode::WhisperReplyInvalid, QStringLiteral("risposta whisper-server non valida"));
+        throw Error(ErrorCode::WhisperReplyInvalid, Texts::tr("risposta whisper-server non valida"));
     }
     return *text;
 }

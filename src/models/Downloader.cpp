@@ -7,6 +7,7 @@
 #include "support/MainQueue.h"
 #include "support/Worker.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -19,6 +20,10 @@ namespace parlivo {
 
 namespace {
 
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::Downloader)
+};
+
 using namespace std::chrono_literals;
 
 constexpr auto retryDelay = 3s;
@@ -27,9 +32,8 @@ constexpr auto progressInterval = 50ms;
 constexpr qint64 mebibyte = 1 << 20;
 
 Error incomplete(qint64 actual, qint64 expected) {
-    return {
-        ErrorCode::IncompleteDownload,
-        QStringLiteral("Download incompleto (%1MB su %2MB)").arg(actual / mebibyte).arg(expected / mebibyte)};
+    return {ErrorCode::IncompleteDownload,
+            Texts::tr("Download incompleto (%1MB su %2MB)").arg(actual / mebibyte).arg(expected / mebibyte)};
 }
 
 }  // namespace

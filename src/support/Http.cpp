@@ -1,5 +1,6 @@
 #include "support/Http.h"
 
+#include <QCoreApplication>
 #include <QRegularExpression>
 
 #include <curl/curl.h>
@@ -12,6 +13,10 @@
 namespace parlivo::Http {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::Http)
+};
 
 using Clock::TimePoint;
 using std::chrono::milliseconds;
@@ -34,35 +39,35 @@ struct ListDeleter {
 QString describe(CURLcode result, bool connected, long systemError) {
     switch (result) {
         case CURLE_COULDNT_CONNECT:
-            return systemError == ECONNREFUSED ? QStringLiteral("il server rifiuta la connessione")
-                                               : QStringLiteral("errore di rete");
+            return systemError == ECONNREFUSED ? Texts::tr("il server rifiuta la connessione")
+                                               : Texts::tr("errore di rete");
         case CURLE_PARTIAL_FILE:
         case CURLE_GOT_NOTHING:
         case CURLE_RECV_ERROR:
         case CURLE_SEND_ERROR:
         case CURLE_HTTP2:
         case CURLE_HTTP2_STREAM:
-            return QStringLiteral("connessione interrotta dal server");
+            return Texts::tr("connessione interrotta dal server");
         case CURLE_COULDNT_RESOLVE_HOST:
         case CURLE_COULDNT_RESOLVE_PROXY:
-            return QStringLiteral("server non trovato: controlla la connessione");
+            return Texts::tr("server non trovato: controlla la connessione");
         case CURLE_OPERATION_TIMEDOUT:
-            return QStringLiteral("il server non risponde");
+            return Texts::tr("il server non risponde");
         case CURLE_SSL_CONNECT_ERROR:
         case CURLE_PEER_FAILED_VERIFICATION:
         case CURLE_SSL_CACERT_BADFILE:
-            return QStringLiteral("connessione sicura non riuscita");
+            return Texts::tr("connessione sicura non riuscita");
         case CURLE_TOO_MANY_REDIRECTS:
-            return QStringLiteral("troppi reindirizzamenti");
+            return Texts::tr("troppi reindirizzamenti");
         case CURLE_URL_MALFORMAT:
         case CURLE_UNSUPPORTED_PROTOCOL:
             // Also what is no HTTP, and a redirection to where none may lead.
-            return connected ? QStringLiteral("errore di rete") : QStringLiteral("indirizzo non valido");
+            return connected ? Texts::tr("errore di rete") : Texts::tr("indirizzo non valido");
         case CURLE_ABORTED_BY_CALLBACK:
         case CURLE_WRITE_ERROR:
-            return QStringLiteral("richiesta annullata");
+            return Texts::tr("richiesta annullata");
         default:
-            return QStringLiteral("errore di rete");
+            return Texts::tr("errore di rete");
     }
 }
 
@@ -230,8 +235,8 @@ HttpReply exchange(const HttpRequest& request, const std::stop_token& calledOff)
     };
     HttpReply reply = download(request, gather, calledOff);
     if (tooLong)
-        reply.failure = Error(QStringLiteral("Network"), CURLE_FILESIZE_EXCEEDED,
-                              QStringLiteral("risposta troppo lunga"));
+        reply.failure =
+            Error(QStringLiteral("Network"), CURLE_FILESIZE_EXCEEDED, Texts::tr("risposta troppo lunga"));
     else
         reply.body = std::move(body);
     return reply;

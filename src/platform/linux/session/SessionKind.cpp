@@ -3,6 +3,7 @@
 #include "platform/linux/base/XdgDirectories.h"
 #include "support/UniqueFd.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <sys/socket.h>
@@ -16,27 +17,29 @@ namespace parlivo {
 
 namespace {
 
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::SessionKind)
+};
+
 SessionChoice none(const QString& reason) {
     return {SessionKind::None, reason};
 }
 
 SessionChoice onlyX11(const DisplayServers& servers) {
     if (servers.x11()) return {SessionKind::X11, {}};
-    return none(QStringLiteral("nessuno schermo: serve una sessione grafica X11 (variabile DISPLAY)"));
+    return none(Texts::tr("nessuno schermo: serve una sessione grafica X11 (variabile DISPLAY)"));
 }
 
 SessionChoice onlyWayland(const DisplayServers& servers) {
     if (servers.wayland()) return {SessionKind::Wayland, {}};
-    return none(
-        QStringLiteral("nessuno schermo: serve una sessione grafica Wayland (variabile WAYLAND_DISPLAY)"));
+    return none(Texts::tr("nessuno schermo: serve una sessione grafica Wayland (variabile WAYLAND_DISPLAY)"));
 }
 
 SessionChoice whatAnswers(const DisplayServers& servers) {
     if (servers.wayland()) return {SessionKind::Wayland, {}};
     if (servers.x11()) return {SessionKind::X11, {}};
-    return none(
-        QStringLiteral("nessuno schermo: serve una sessione grafica X11 o Wayland (variabile DISPLAY o "
-                       "WAYLAND_DISPLAY)"));
+    return none(Texts::tr(
+        "nessuno schermo: serve una sessione grafica X11 o Wayland (variabile DISPLAY o WAYLAND_DISPLAY)"));
 }
 
 bool x11Answers() {
@@ -60,9 +63,8 @@ SessionChoice chooseSession(const QString& wanted, const DisplayServers& servers
     if (wanted.isEmpty()) return whatAnswers(servers);
     if (wanted == QLatin1String("x11")) return onlyX11(servers);
     if (wanted == QLatin1String("wayland")) return onlyWayland(servers);
-    if (wanted == QLatin1String("none"))
-        return none(QStringLiteral("nessuno schermo: PARLIVO_PLATFORM=none"));
-    return none(QStringLiteral("PARLIVO_PLATFORM=%1: valore sconosciuto (x11, wayland o none)").arg(wanted));
+    if (wanted == QLatin1String("none")) return none(Texts::tr("nessuno schermo: PARLIVO_PLATFORM=none"));
+    return none(Texts::tr("PARLIVO_PLATFORM=%1: valore sconosciuto (x11, wayland o none)").arg(wanted));
 }
 
 SessionChoice currentSession() {
