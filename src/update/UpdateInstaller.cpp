@@ -4,14 +4,13 @@
 #include "support/Claim.h"
 #include "support/Error.h"
 #include "support/Uuid.h"
-#include "update/ZipNames.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <optional>
@@ -26,12 +25,19 @@ fs::path nativePath(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }
 
-/// A folder of our own among the temporary files, which is claimed by this object and goes with it.
+/// Where a new version is unpacked for it to replace the running one.
+QString stagingPlace() {
+    Platform& platform = Platform::current();
+    return platform.bundleTools()
+        .stagingPlace(platform.bundle().location())
+        .value_or(platform.directories().temporary());
+}
+
+/// A folder of our own, which is claimed by this object and goes with it. Hidden, since it may lie among the
+/// user's programs.
 class WorkingFolder {
   public:
-    WorkingFolder()
-        : path_(Platform::current().directories().temporary() + QStringLiteral("/parlivo-update-") +
-                freshUuid()) {
+    WorkingFolder() : path_(stagingPlace() + QStringLiteral("/.parlivo-update-") + freshUuid()) {
         std::error_code error;
         fs::create_directories(nativePath(path_).parent_path(), error);
         claim_ = createClaimedFolder(path_);
@@ -39,16 +45,19 @@ class WorkingFolder {
     }
     ~WorkingFolder() {
         std::error_code ignored;
-        fs::remove_all(nativePath(path_), ignored);
+        if (!kept_) fs::remove_all(nativePath(path_), ignored);
     }
     WorkingFolder(const WorkingFolder&) = delete;
     WorkingFolder& operator=(const WorkingFolder&) = delete;
 
-    QString path(const QString& name = {}) const { return name.isEmpty() ? path_ : path_ + u'/' + name; }
+    const QString& path() const { return path_; }
+    /// Leaves the folder to whoever has locked it besides, and to the next start.
+    void keep() { kept_ = true; }
 
   private:
     const QString path_;
     std::optional<Claim> claim_;
+    bool kept_ = false;
 };
 
 void checkSize(const QString& archive, qint64 expectedSize) {
@@ -61,22 +70,28 @@ void checkSize(const QString& archive, qint64 expectedSize) {
     }
 }
 
-QString takeArchive(const QString& archive, const WorkingFolder& folder) {
-    QString taken = folder.path(QStringLiteral("update.zip"));
-    QFile file(archive);
-    if (!file.rename(taken)) throw Error(QStringLiteral("File"), file.error(), file.errorString());
-    return taken;
+/// What all regular files in a folder hold together, in bytes.
+qint64 contentSize(const QString& folder) {
+    qint64 sum = 0;
+    QDirIterator files(folder, QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) sum += files.nextFileInfo().size();
+    return sum;
+}
+
+/// More than this no version of the program has grown by: an archive that holds more is meant to fill the
+/// disk.
+qint64 largestNewBundle() {
+    constexpr qint64 growth = 4;
+    constexpr qint64 spare = qint64{64} << 20;
+    return growth * contentSize(Platform::current().bundle().location()) + spare;
 }
 
 void unpack(const QString& archive, const WorkingFolder& folder) {
-    const Error failure(ErrorCode::UpdateExtractionFailed,
-                        QStringLiteral("Estrazione aggiornamento fallita"));
-    // Tools differ in what they make of a path that leads out: some quietly unpack it elsewhere. The names
-    // that cannot be read are left to the tool.
-    const auto names = zipNames(archive);
-    if (names && !std::all_of(names->begin(), names->end(), staysInFolder)) throw Error(failure);
-    if (Platform::current().bundleTools().unpack(archive, folder.path()) != BundleTools::Outcome::Done)
-        throw Error(failure);
+    if (Platform::current().bundleTools().unpack(archive, folder.path(), largestNewBundle()) !=
+        BundleTools::Outcome::Done) {
+        throw Error(ErrorCode::UpdateExtractionFailed, QStringLiteral("Estrazione aggiornamento fallita"));
+    }
 }
 
 bool isInside(const fs::path& path, const fs::path& folder) {
@@ -93,13 +108,14 @@ bool isOwnLink(const fs::path& link, const fs::path& bundle) {
 }
 
 /// Whether no symbolic link leads out of the bundle: its place in the updated one would be filled from
-/// anywhere.
+/// anywhere. A folder that cannot be searched may hide one.
 bool isSelfContained(const QString& bundle) {
     std::error_code error;
     const fs::path folder = nativePath(QFileInfo(bundle).canonicalFilePath());
     for (auto entry = fs::recursive_directory_iterator(folder, error);
          !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        if (entry->is_symlink() && !isOwnLink(entry->path(), folder)) return false;
+        const auto status = entry->symlink_status(error);
+        if (error || (fs::is_symlink(status) && !isOwnLink(entry->path(), folder))) return false;
     }
     return !error;
 }
@@ -108,42 +124,52 @@ QString executableOf(const QString& bundle) {
     return bundle + QStringLiteral("/Contents/MacOS/Parlivo");
 }
 
+bool holdsOnly(const QString& folder, const QString& name) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot) ==
+           QStringList(name);
+}
+
 QString findBundle(const WorkingFolder& folder) {
-    QString bundle = folder.path(QStringLiteral("Parlivo.app"));
+    const QString name = QStringLiteral("Parlivo.app");
+    QString bundle = folder.path() + u'/' + name;
     const QFileInfo executable(executableOf(bundle));
-    if (QFileInfo(bundle).isSymLink() || !executable.isFile() || !executable.isExecutable() ||
-        !isSelfContained(bundle)) {
+    if (!holdsOnly(folder.path(), name) || QFileInfo(bundle).isSymLink() || !executable.isFile() ||
+        !executable.isExecutable() || !isSelfContained(bundle)) {
         throw Error(ErrorCode::UpdateBundleInvalid, QStringLiteral("Bundle aggiornamento non valido"));
     }
     return bundle;
 }
 
-void replaceRunningBundle(const QString& bundle) {
+void replaceRunningBundle(const QString& bundle, WorkingFolder& folder) {
     const QString running = Platform::current().bundle().location();
     // A program that was put somewhere without its bundle has other people's files around it.
-    const bool replaceable = QFileInfo::exists(executableOf(running));
-    if (!replaceable ||
-        Platform::current().bundleTools().mirror(bundle, running) != BundleTools::Outcome::Done) {
+    auto outcome = BundleTools::Replacement::Failed;
+    if (QFileInfo::exists(executableOf(running)))
+        outcome = Platform::current().bundleTools().replace(bundle, running);
+    if (outcome == BundleTools::Replacement::Failed)
         throw Error(ErrorCode::UpdateReplacementFailed, QStringLiteral("Sostituzione app fallita"));
-    }
+    if (outcome == BundleTools::Replacement::GoesOn) folder.keep();
 }
 
 }  // namespace
 
 void installUpdate(const QString& archive, qint64 expectedSize) {
     checkSize(archive, expectedSize);
-    const WorkingFolder folder;
-    unpack(takeArchive(archive, folder), folder);
-    replaceRunningBundle(findBundle(folder));
+    WorkingFolder folder;
+    unpack(archive, folder);
+    replaceRunningBundle(findBundle(folder), folder);
 }
 
 void removeUpdateLeftovers() {
-    const QRegularExpression ours(
-        QRegularExpression::anchoredPattern(QStringLiteral("parlivo-update-%1(\\.zip)?").arg(uuidPattern)));
-    const QDir temporary(Platform::current().directories().temporary());
-    const QStringList names = temporary.entryList({QStringLiteral("parlivo-update-*")},
-                                                  QDir::Files | QDir::Dirs | QDir::NoSymLinks);
-    for (const QString& name : names.filter(ours)) removeUnclaimed(temporary.filePath(name));
+    const QRegularExpression ours(QRegularExpression::anchoredPattern(
+        QStringLiteral("\\.?parlivo-update-%1(\\.zip)?").arg(uuidPattern)));
+    for (const QString& place : {Platform::current().directories().temporary(), stagingPlace()}) {
+        const QDir folder(place);
+        const QStringList names =
+            folder.entryList({QStringLiteral("parlivo-update-*"), QStringLiteral(".parlivo-update-*")},
+                             QDir::Files | QDir::Dirs | QDir::NoSymLinks | QDir::Hidden);
+        for (const QString& name : names.filter(ours)) removeUnclaimed(folder.filePath(name));
+    }
 }
 
 }  // namespace parlivo

@@ -92,9 +92,10 @@ void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
         fail(u"Download non riuscito. Riprova più tardi."_s);
         return;
     }
-    installing_.async([this, entry, archive, alive = lifetime_.token()] {
+    installing_.async([this, entry, file = archive.file, alive = lifetime_.token()]() mutable {
         try {
-            installUpdate(archive.file->path(), entry.size);
+            // The archive is gone before the outcome is told: the program may end at once.
+            installUpdate(std::exchange(file, nullptr)->path(), entry.size);
             Log::info(u"aggiornamento %1 installato, riavvio"_s.arg(entry.version));
             MainQueue::async(alive, [this, entry] { relaunch(entry); });
         } catch (const Error& error) {

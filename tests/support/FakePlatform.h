@@ -62,11 +62,17 @@ class Bundle : public parlivo::Bundle {
 /// Does nothing and reports success, or what a real adapter reports.
 class BundleTools : public parlivo::BundleTools {
   public:
-    Outcome unpack(const QString& archive, const QString& folder) override {
-        return real ? real->unpack(archive, folder) : Outcome::Done;
+    std::optional<QString> stagingPlace(const QString& bundle) const override {
+        return real ? real->stagingPlace(bundle) : std::nullopt;
     }
-    Outcome mirror(const QString& source, const QString& destination) override {
-        return real ? real->mirror(source, destination) : Outcome::Done;
+    Outcome unpack(const QString& archive, const QString& folder, qint64 maximumSize) override {
+        return real ? real->unpack(archive, folder, maximumSize) : Outcome::Done;
+    }
+    std::optional<QString> shortVersion(const QString& bundle) const override {
+        return real ? real->shortVersion(bundle) : std::nullopt;
+    }
+    Replacement replace(const QString& source, const QString& destination) override {
+        return real ? real->replace(source, destination) : Replacement::Done;
     }
     void startAfterEnd(const QString& bundle) override { started.append(bundle); }
 

@@ -4,12 +4,16 @@
 //   start    the program PROGRAM begins
 //   unlink   it deletes a file whose path contains TEXT
 //   rename   it gives a file a path that contains TEXT
+//   mkdir    it makes a folder whose path contains TEXT
+//   exchange it puts a folder in the place of one whose path contains TEXT (renameat2, RENAME_EXCHANGE)
 // A process that has stopped is in the state T (proc(5)).
 
 #include <dlfcn.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -51,4 +55,16 @@ extern "C" int rename(const char* from, const char* to) noexcept {
 extern "C" int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept {
     haltAt("rename", to);
     return real<int(int, const char*, int, const char*)>("renameat")(fromFolder, from, toFolder, to);
+}
+
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                         unsigned flags) noexcept {
+    haltAt("exchange", to);
+    return real<int(int, const char*, int, const char*, unsigned)>("renameat2")(fromFolder, from, toFolder,
+                                                                                to, flags);
+}
+
+extern "C" int mkdir(const char* path, mode_t mode) noexcept {
+    haltAt("mkdir", path);
+    return real<int(const char*, mode_t)>("mkdir")(path, mode);
 }

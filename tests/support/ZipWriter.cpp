@@ -35,10 +35,16 @@ QByteArray commonFields(const ZipEntry& entry) {
     constexpr quint16 firstOfMay2026 = (2026 - 1980) << 9 | 5 << 5 | 1;
     return number<quint16>(10) + number(noFlags) + number(stored) + number(noon) + number(firstOfMay2026) +
            number(checksum(entry.content)) + number(length) + number(length) +
-           number(static_cast<quint16>(entry.name.size())) + number<quint16>(0);
+           number(static_cast<quint16>(entry.name.size())) + number(static_cast<quint16>(entry.extra.size()));
 }
 
 }  // namespace
+
+QByteArray unicodePath(const QByteArray& name, const QByteArray& other) {
+    constexpr char version = 1;
+    const QByteArray field = version + number(checksum(name)) + other;
+    return number<quint16>(0x7075) + number(static_cast<quint16>(field.size())) + field;
+}
 
 QByteArray zipOf(const std::vector<ZipEntry>& entries) {
     QByteArray files;
@@ -48,8 +54,8 @@ QByteArray zipOf(const std::vector<ZipEntry>& entries) {
         directory += number<quint32>(0x02014b50) + number(madeByUnix) + commonFields(entry) +
                      number<quint16>(0) + number<quint16>(0) + number<quint16>(0) +
                      number(static_cast<quint32>(entry.mode) << 16) +
-                     number(static_cast<quint32>(files.size())) + entry.name;
-        files += number<quint32>(0x04034b50) + commonFields(entry) + entry.name + entry.content;
+                     number(static_cast<quint32>(files.size())) + entry.name + entry.extra;
+        files += number<quint32>(0x04034b50) + commonFields(entry) + entry.name + entry.extra + entry.content;
     }
     const auto count = number(static_cast<quint16>(entries.size()));
     return files + directory + number<quint32>(0x06054b50) + number<quint32>(0) + count + count +

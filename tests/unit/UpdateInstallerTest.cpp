@@ -1,10 +1,14 @@
 #include "UpdateTest.h"
 #include "support/FileSizeLimit.h"
+#include "support/ZipExtraction.h"
 #include "update/UpdateInstaller.h"
-#include "update/ZipNames.h"
 
 #include <QProcess>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <clocale>
 #include <functional>
 
 namespace parlivo {
@@ -41,37 +45,42 @@ class UpdateInstallerTest : public UpdateTest {
         EXPECT_TRUE(failure->is(code)) << failure->what();
         EXPECT_EQ(failure->localizedDescription(), text);
         EXPECT_TRUE(isUntouched());
+        EXPECT_TRUE(isAlone());
     }
     void expectRefusedExtraction(const std::optional<Error>& failure) const {
         expectRefusal(failure, ErrorCode::UpdateExtractionFailed, u"Estrazione aggiornamento fallita"_s);
-        EXPECT_TRUE(QDir(platform.directories().temporary())
-                        .entryList({u"parlivo-update-*"_s}, QDir::AllEntries)
-                        .isEmpty());
     }
     void expectRefusedBundle(const std::vector<ZipEntry>& entries) const {
         expectRefusal(install(entries), ErrorCode::UpdateBundleInvalid, u"Bundle aggiornamento non valido"_s);
-        EXPECT_EQ(temporaryFiles(), QStringList());
+    }
+    QFileDevice::Permissions permissionsOf(const QString& name) const {
+        return QFileInfo(running() + u"/Contents/"_s + name).permissions() &
+               ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser);
     }
 };
 
-/// Tools of which one may be spied on.
+/// Tools that are spied on.
 class WatchedTools : public LinuxBundleTools {
   public:
-    Outcome unpack(const QString& zip, const QString& folder) override {
-        ++unpacked;
-        return LinuxBundleTools::unpack(zip, folder);
+    using LinuxBundleTools::LinuxBundleTools;
+    Outcome unpack(const QString& zip, const QString& folder, qint64 maximumSize) override {
+        limits.push_back(maximumSize);
+        return LinuxBundleTools::unpack(zip, folder, maximumSize);
     }
-    Outcome mirror(const QString& source, const QString& destination) override {
-        ++mirrored;
-        if (!diskIsFull) return LinuxBundleTools::mirror(source, destination);
-        const FileSizeLimit limit(16 << 10);
-        return LinuxBundleTools::mirror(source, destination);
+    Replacement replace(const QString& source, const QString& destination) override {
+        ++replaced;
+        return LinuxBundleTools::replace(source, destination);
     }
 
-    int unpacked = 0;
-    int mirrored = 0;
-    bool diskIsFull = false;
+    std::vector<qint64> limits;  ///< bytes, one for each archive that was unpacked
+    int replaced = 0;
 };
+
+constexpr QFileDevice::Permissions mode0755 = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
+                                              QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther |
+                                              QFile::ExeOther;
+constexpr QFileDevice::Permissions mode0644 =
+    QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther;
 
 TEST_F(UpdateInstallerTest, TheNewBundleTakesThePlaceOfTheOldOne) {
     const auto failure = install(newBundle({{"Parlivo.app/Contents/Resources/link", "new", 0120777}}));
@@ -84,7 +93,7 @@ TEST_F(UpdateInstallerTest, TheNewBundleTakesThePlaceOfTheOldOne) {
               "-> " + (running() + u"/Contents/Resources/new"_s).toUtf8());
     EXPECT_FALSE(after.contains(u"Contents/Resources/old"_s)) << "the new version does not have it";
     EXPECT_TRUE(QFileInfo(running() + u"/Contents/MacOS/Parlivo"_s).isExecutable());
-    EXPECT_EQ(temporaryFiles(), QStringList());
+    EXPECT_TRUE(isAlone());
 }
 
 TEST_F(UpdateInstallerTest, AnotherSizeIsRefusedBeforeAnythingIsUnpacked) {
@@ -96,7 +105,7 @@ TEST_F(UpdateInstallerTest, AnotherSizeIsRefusedBeforeAnythingIsUnpacked) {
         expectRefusal(failureOf([&] { installUpdate(archive(zip), expected); }), ErrorCode::UpdateCorrupted,
                       text);
     }
-    EXPECT_EQ(watched.unpacked, 0);
+    EXPECT_TRUE(watched.limits.empty());
 }
 
 TEST_F(UpdateInstallerTest, AnArchiveThatIsGoneIsTheSystemsFailure) {
@@ -166,24 +175,127 @@ TEST_F(UpdateInstallerTest, WithoutABundleOrItsProgramItIsRefused) {
     }
 }
 
-TEST_F(UpdateInstallerTest, WithoutItsToolsItIsRefused) {
-    LinuxBundleTools withoutUnzip({.unzip = u"/nonexistent/unzip"_s});
-    LinuxBundleTools withoutRsync({.rsync = u"/nonexistent/rsync"_s});
-    for (LinuxBundleTools* lacking : {&withoutUnzip, &withoutRsync}) {
-        platform.bundleTools().real = lacking;
-        const auto failure = install(newBundle());
-        ASSERT_TRUE(failure.has_value());
-        EXPECT_EQ(failure->domain(), u"Process"_s);
-        EXPECT_TRUE(isUntouched());
-        EXPECT_EQ(temporaryFiles(), QStringList());
+TEST_F(UpdateInstallerTest, NothingElseMayLieBesideTheBundle) {
+    for (const QByteArray& name :
+         {QByteArray("LEGGIMI"), QByteArray(".nascosto"), QByteArray("Altra.app/Contents/x"),
+          QByteArray("__MACOSX/"), QByteArray("parlivo.app/Contents/x")}) {
+        SCOPED_TRACE(name.toStdString());
+        expectRefusedBundle(newBundle({{name, {}, name.endsWith('/') ? 040755U : 0100644U}}));
     }
 }
 
-TEST_F(UpdateInstallerTest, AReplacementThatFailsIsTold) {
-    LinuxBundleTools failing({.rsync = u"/bin/false"_s});
-    platform.bundleTools().real = &failing;
-    expectRefusal(install(newBundle()), ErrorCode::UpdateReplacementFailed, u"Sostituzione app fallita"_s);
-    EXPECT_EQ(temporaryFiles(), QStringList());
+TEST_F(UpdateInstallerTest, TheUnicodeNameOfAnEntryIsHeldToTheSameRules) {
+    const QByteArray name = "Parlivo.app/Contents/Resources/innocuo";
+    const auto renamed = [&](const QByteArray& other) {
+        return newBundle({{name, "here I am", 0100644, unicodePath(name, other)}});
+    };
+    for (const QByteArray& other :
+         {QByteArray("../out"), QByteArray("/tmp/out"), QByteArray("Parlivo.app/../../out"),
+          QByteArray("Parlivo.app/Contents/MacOS/Parlivo")}) {
+        SCOPED_TRACE(other.toStdString());
+        expectRefusedExtraction(install(renamed(other)));
+    }
+    expectRefusedBundle(renamed("out"));
+    EXPECT_FALSE(install(renamed("Parlivo.app/Contents/Resources/novità")).has_value());
+    EXPECT_EQ(contents(running()).at(u"Contents/Resources/novità"_s), "here I am");
+    EXPECT_FALSE(contents(running()).contains(u"Contents/Resources/innocuo"_s));
+}
+
+TEST_F(UpdateInstallerTest, NamesDoNotDependOnTheLocale) {
+    const QByteArray name = "Parlivo.app/Contents/Resources/perché";
+    const std::string usual = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "C");
+    const auto failure = install(newBundle({{name, "yes", 0100644, unicodePath(name, name)}}));
+    std::setlocale(LC_ALL, usual.c_str());
+    EXPECT_FALSE(failure.has_value()) << failure->what();
+    EXPECT_EQ(contents(running()).at(u"Contents/Resources/perché"_s), "yes");
+}
+
+TEST_F(UpdateInstallerTest, WhateverTheirModesFilesAndFoldersCanBeUsedAndOnlyByTheirOwnerChanged) {
+    const QByteArray resources = "Parlivo.app/Contents/Resources/";
+    const auto failure = install(newBundle({{resources + "closed/", {}, 040000},
+                                            {resources + "closed/link", "file", 0120777},
+                                            {resources + "closed/file", "x", 0100000},
+                                            {resources + "listed/", {}, 040444},
+                                            {resources + "listed/link", "file", 0120777},
+                                            {resources + "listed/file", "x", 0100200},
+                                            {resources + "open/", {}, 041777},
+                                            {resources + "open/tool", "x", 0106777},
+                                            {resources + "open/data", "x", 0100666}}));
+    ASSERT_FALSE(failure.has_value()) << failure->what();
+    for (const auto& name : {u"closed"_s, u"listed"_s, u"open"_s, u"open/tool"_s})
+        EXPECT_EQ(permissionsOf(u"Resources/"_s + name), mode0755) << name.toStdString();
+    for (const auto& name : {u"closed/file"_s, u"listed/file"_s, u"open/data"_s})
+        EXPECT_EQ(permissionsOf(u"Resources/"_s + name), mode0644) << name.toStdString();
+    struct stat status = {};
+    ASSERT_EQ(::stat(QFile::encodeName(running() + u"/Contents/Resources/open/tool"_s).constData(), &status),
+              0);
+    EXPECT_EQ(status.st_mode & 07000U, 0U) << "it would run as its owner";
+}
+
+/// As other tools may leave it.
+TEST_F(UpdateInstallerTest, AFolderThatCannotBeSearchedIsRefusedUnlessNobodyIsKeptOut) {
+    class ClosingTools : public LinuxBundleTools {
+      public:
+        Outcome unpack(const QString& zip, const QString& folder, qint64 maximumSize) override {
+            const auto outcome = LinuxBundleTools::unpack(zip, folder, maximumSize);
+            closed = folder + u"/Parlivo.app/Contents/Resources"_s;
+            QFile::setPermissions(closed, QFile::ReadOwner);
+            return outcome;
+        }
+        QString closed;
+    } closing;
+    platform.bundleTools().real = &closing;
+    const auto failure = install(newBundle({{"Parlivo.app/Contents/Resources/link", "new", 0120777}}));
+    if (::geteuid() == 0) {
+        EXPECT_FALSE(failure.has_value()) << "root may search everything";
+        return;
+    }
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_TRUE(failure->is(ErrorCode::UpdateBundleInvalid)) << failure->what();
+    EXPECT_TRUE(isUntouched());
+    QFile::setPermissions(closing.closed, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+TEST_F(UpdateInstallerTest, WhatIsNeitherFileNorFolderNorLinkIsRefused) {
+    for (const unsigned kind : {0020000U, 0060000U, 0140000U}) {
+        SCOPED_TRACE(kind);
+        expectRefusedExtraction(install(newBundle({{"Parlivo.app/special", {}, kind | 0644U}})));
+    }
+    // libarchive takes a pipe in a zip archive for a file.
+    EXPECT_FALSE(install(newBundle({{"Parlivo.app/pipe", "x", 0010644}})).has_value());
+    EXPECT_EQ(contents(running()).at(u"pipe"_s), "x");
+}
+
+TEST_F(UpdateInstallerTest, TwoFilesOfOneNameAreRefused) {
+    expectRefusedExtraction(install(newBundle({{"Parlivo.app/Contents/Info.plist", "another version"}})));
+}
+
+TEST_F(UpdateInstallerTest, AsMuchIsUnpackedAsTheNewVersionMayHave) {
+    WatchedTools watched;
+    platform.bundleTools().real = &watched;
+    qint64 installed = 0;
+    for (const auto& [name, content] : before) installed += content.size();
+    EXPECT_FALSE(install(newBundle()).has_value());
+    EXPECT_EQ(watched.limits, std::vector<qint64>({4 * installed + (64 << 20)}));
+}
+
+TEST_F(UpdateInstallerTest, OneByteMoreThanTheLimitIsTooMuch) {
+    const QString zip = archive(zipOf({{"a", QByteArray(700, 'x')}, {"b", QByteArray(300, 'x')}}));
+    for (const qint64 limit : {1000, 999, 700, 0}) {
+        const QTemporaryDir folder;
+        EXPECT_EQ(extractZip(zip, folder.path(), limit), limit == 1000);
+        qint64 written = 0;
+        for (const auto& [name, content] : contents(folder.path())) written += content.size();
+        EXPECT_LE(written, limit);
+    }
+}
+
+TEST_F(UpdateInstallerTest, TheProgramsEndStopsTheUnpacking) {
+    Clock::interruptAll();
+    const auto failure = install(newBundle());
+    Clock::resume();
+    expectRefusedExtraction(failure);
 }
 
 TEST_F(UpdateInstallerTest, AFullDiskWhileUnpackingLeavesTheOldOne) {
@@ -194,69 +306,14 @@ TEST_F(UpdateInstallerTest, AFullDiskWhileUnpackingLeavesTheOldOne) {
     expectRefusedExtraction(failureOf([&] { installUpdate(arrived, zip.size()); }));
 }
 
-TEST_F(UpdateInstallerTest, AFullDiskWhileReplacingLeavesWhatWasTheOldOne) {
-    WatchedTools watched;
-    watched.diskIsFull = true;
-    platform.bundleTools().real = &watched;
-    // The one that is too big comes first, and a file is replaced as a whole or not at all.
-    const auto failure = install(newBundle({{"Parlivo.app/Contents/Big", QByteArray(64 << 10, 'x')}}));
-    ASSERT_TRUE(failure.has_value());
-    EXPECT_TRUE(failure->is(ErrorCode::UpdateReplacementFailed)) << failure->what();
-    EXPECT_EQ(temporaryFiles(), QStringList());
-    const auto after = contents(running());
-    for (const auto& [name, content] : after) {
-        const bool whole = !before.contains(name) || content == before.at(name) || content.startsWith("new");
-        EXPECT_TRUE(whole) << name.toStdString();
-    }
-    EXPECT_TRUE(after.contains(u"Contents/MacOS/Parlivo"_s));
-}
-
 TEST_F(UpdateInstallerTest, WhereTheProgramStandsWithoutABundleNothingIsReplaced) {
     WatchedTools watched;
     platform.bundleTools().real = &watched;
     platform.bundle().place = place.path();
     const auto around = contents(place.path());
     expectRefusal(install(newBundle()), ErrorCode::UpdateReplacementFailed, u"Sostituzione app fallita"_s);
-    EXPECT_EQ(watched.mirrored, 0);
+    EXPECT_EQ(watched.replaced, 0);
     EXPECT_EQ(contents(place.path()), around);
-}
-
-TEST_F(UpdateInstallerTest, WithoutAPlaceForTemporaryFilesItIsTheSystemsFailure) {
-    const QByteArray zip = zipOf(newBundle());
-    const QString elsewhere = place.filePath(u"arrived.zip"_s);
-    write(elsewhere, zip);
-    const QString temporary = platform.directories().temporary();
-    ASSERT_TRUE(QDir(temporary).removeRecursively());
-    write(temporary, "in the way");
-    const auto failure = failureOf([&] { installUpdate(elsewhere, zip.size()); });
-    ASSERT_TRUE(failure.has_value());
-    EXPECT_EQ(failure->domain(), u"POSIX"_s);
-    EXPECT_TRUE(isUntouched());
-    QFile::remove(temporary);
-}
-
-TEST(ZipNamesTest, AreReadFromTheDirectory) {
-    const QTemporaryDir folder;
-    const auto namesOf = [&](const QByteArray& zip) {
-        QFile file(folder.filePath(u"a.zip"_s));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(zip);
-        file.close();
-        return zipNames(file.fileName());
-    };
-    const QByteArray zip = zipOf({{"a", "1"}, {"b/c", "22"}, {"d/", ""}});
-    EXPECT_EQ(namesOf(zip), (std::vector<QByteArray>{"a", "b/c", "d/"}));
-    EXPECT_EQ(namesOf(zip + "a comment"), (std::vector<QByteArray>{"a", "b/c", "d/"}));
-    EXPECT_EQ(namesOf(zipOf({})), std::vector<QByteArray>());
-    // However it is cut or overwritten, it is read as something or refused, never read beyond its end.
-    for (qsizetype i = 0; i < zip.size(); ++i) {
-        namesOf(zip.mid(i));
-        QByteArray wrong = zip;
-        wrong[i] = '\xff';
-        namesOf(wrong);
-    }
-    EXPECT_EQ(namesOf({}), std::nullopt);
-    EXPECT_EQ(zipNames(folder.filePath(u"none.zip"_s)), std::nullopt);
 }
 
 /// The shell gets the bundle's path as one word, whatever is in it.

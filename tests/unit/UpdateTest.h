@@ -72,6 +72,12 @@ class UpdateTest : public WindowTest {
     }
 
     bool isUntouched() const { return contents(running()) == before; }
+    /// Whether the bundle's folder holds nothing else: what is unpacked there is gone.
+    bool isAlone() const {
+        return QDir(QFileInfo(running()).path())
+                   .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot) ==
+               QStringList(QStringLiteral("Parlivo.app"));
+    }
     QStringList temporaryFiles() const {
         return QDir(platform.directories().temporary())
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);

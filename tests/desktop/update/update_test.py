@@ -201,6 +201,13 @@ class UpdateCase(unittest.TestCase):
     def command(self):
         return [self.bundle / "Contents/MacOS/Parlivo"]
 
+    def in_mounts_of_its_own(self, preparation):
+        """The program's command after a shell command that mounts something for its eyes only; $1 is the bundle."""
+        script = f'{preparation} && exec setpriv --inh-caps=-all --ambient-caps=-all "$1/Contents/MacOS/Parlivo"'
+        # Root needs no user namespace for that, and gets none in a chroot.
+        rights = [] if os.geteuid() == 0 else ["--user", "--map-current-user", "--keep-caps"]
+        return ["unshare", *rights, "--mount", "sh", "-c", script, "sh", self.bundle]
+
     def start(self, address, **more):
         environment = dict(os.environ, PARLIVO_SITE_BASE=address, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **more)
         process = subprocess.Popen(self.command(), env=environment)
@@ -228,7 +235,8 @@ class UpdateCase(unittest.TestCase):
         press(process.pid, "Aggiorna ora")
 
     def assert_nothing_left(self):
-        self.assertEqual(list(pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-*")), [])
+        self.assertEqual(list(pathlib.Path(os.environ["TMPDIR"]).glob("*parlivo-*")), [])
+        self.assertEqual([path.name for path in self.home.iterdir() if path.name not in ("Parlivo.app", "pwned")], [])
         for folder in (pathlib.Path.cwd(), self.home, pathlib.Path.home()):
             self.assertFalse((folder / "pwned").exists(), folder)
 
@@ -297,62 +305,82 @@ class NotesTest(UpdateCase):
         self.assertEqual(program.returncode, 0)
 
 
-class KillTest(UpdateCase):
-    """The program is killed in the middle of an update, and started again."""
+class InterruptedCase(UpdateCase):
+    """The program ends in the middle of an update, and is started again."""
 
     def start_update(self, site, step=""):
         program = self.start(site.address, **windows.halting_at(pathlib.Path(windows.PROGRAM), step))
         self.accept_offer(program)
         return program
 
+    def leftovers(self):
+        return [path for folder in (pathlib.Path(os.environ["TMPDIR"]), self.home)
+                for pattern in ("parlivo-*", ".parlivo-*") for path in folder.glob(pattern)]
+
     def kill(self, program):
-        left = [path.name for path in pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-update-*")]
+        left = self.leftovers()
         program.kill()
         program.wait()
         return left
 
-    def assert_the_old_version_starts(self, site, before):
-        self.assertEqual(digest(self.bundle), before)
+    def assert_it_starts_and_cleans_up(self, site, version):
         program = self.start(site.address)
-        self.assertEqual(property_of_program("Version"), self.version)
-        wait_for("the left-overs to go", lambda: not list(pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-*")))
+        self.assertEqual(property_of_program("Version"), version)
+        wait_for("the left-overs to go", lambda: not self.leftovers())
         quit_program()
         program.wait(TIMEOUT)
 
-    def test_while_downloading_unpacking_and_replacing(self):
-        site = self.open_site()
-        before = digest(self.bundle)
+    def assert_the_old_version_starts(self, site, before):
+        self.assertEqual(digest(self.bundle), before)
+        self.assert_it_starts_and_cleans_up(site, self.version)
 
+    def hold_half_of_the_archive(self, site):
         site.held["/Parlivo.zip"] = threading.Event()
         program = self.start_update(site)
         temporary = pathlib.Path(os.environ["TMPDIR"])
         wait_for("half of the archive", lambda: [path for path in temporary.glob("parlivo-update-*.zip")
                                                  if path.stat().st_size >= len(self.archive) // 2])
+        return program
+
+    def halt(self, site, step):
+        program = self.start_update(site, step)
+        wait_for(step, lambda: program.pid in windows.halted("Parlivo"))
+        return program
+
+
+class KillTest(InterruptedCase):
+    def test_killed_while_downloading_unpacking_and_replacing(self):
+        site = self.open_site()
+        before = digest(self.bundle)
+        program = self.hold_half_of_the_archive(site)
         self.assertEqual(len(self.kill(program)), 1)
         site.held.pop("/Parlivo.zip").set()
         self.assert_the_old_version_starts(site, before)
+        for step in ("Parlivo:mkdir:Parlivo.app/Contents/Resources/s", "Parlivo:exchange:Parlivo.app"):
+            program = self.halt(site, step)
+            self.assertEqual(len(self.kill(program)), 2, "the archive and what it holds")
+            self.assert_the_old_version_starts(site, before)
 
-        program = self.start_update(site, "unzip:start:")
-        wait_for("the unpacking", lambda: windows.halted("unzip"))
-        self.assertEqual(len(self.kill(program)), 1)
-        wait_for("unzip to die with it", lambda: not windows.halted("unzip"))
+    def test_quit_while_downloading_unpacking_and_replacing(self):
+        site = self.open_site()
+        before = digest(self.bundle)
+        program = self.hold_half_of_the_archive(site)
+        quit_program()
+        self.assertEqual(program.wait(PATIENCE), 0)
+        site.held.pop("/Parlivo.zip").set()
+        self.assertEqual(self.leftovers(), [])
         self.assert_the_old_version_starts(site, before)
-
-        # Some files are new already, and no others will be: nothing rolls that back. Each is whole, and what is there
-        # can be started.
-        program = self.start_update(site, "rsync:rename:novit")
-        wait_for("the replacing", lambda: windows.halted("rsync"))
-        self.assertEqual(len(self.kill(program)), 1)
-        for process in windows.halted("rsync"):
-            os.kill(process, signal.SIGCONT)
-        wait_for("rsync to end", lambda: not windows.processes_named("rsync"))
-        expected = digest(self.expected)
-        for name, content in digest(self.bundle).items():
-            if not pathlib.Path(name).name.startswith("."):  # where rsync was writing
-                self.assertIn(content, (before.get(name), expected.get(name)), name)
-        self.start(site.address)
-        self.assertIn(property_of_program("Version"), (self.version, self.newer))
-        wait_for("the left-overs to go", lambda: not list(temporary.glob("parlivo-*")))
+        for step in ("Parlivo:mkdir:Parlivo.app/Contents/Resources/s", "Parlivo:exchange:Parlivo.app"):
+            program = self.halt(site, step)
+            program.terminate()
+            program.send_signal(signal.SIGCONT)
+            self.assertEqual(program.wait(PATIENCE), 0)
+            self.assertEqual(self.leftovers(), [])
+            self.assertIn(digest(self.bundle), (before, digest(self.expected)))
+            if digest(self.bundle) != before:
+                break
+        said = subprocess.run([self.bundle / "Contents/MacOS/Parlivo", "--version"], check=True, capture_output=True, text=True)
+        self.assertIn(said.stdout, (f"Parlivo {self.version}\n", f"Parlivo {self.newer}\n"))
 
     def test_before_the_new_version_is_started(self):
         site = self.open_site()
@@ -362,13 +390,47 @@ class KillTest(UpdateCase):
         for process in windows.halted("sh"):
             os.kill(process, signal.SIGKILL)
         self.assertEqual(digest(self.bundle), digest(self.expected))
-        program = self.start(site.address)
-        self.assertEqual(property_of_program("Version"), self.newer)
-        wait_for("the left-overs to go", lambda: not list(pathlib.Path(os.environ["TMPDIR"]).glob("parlivo-*")))
+        self.assert_it_starts_and_cleans_up(site, self.newer)
+
+
+class CopyTest(InterruptedCase):
+    """In the program's eyes the bundle is a disk of its own, so that nothing can be put in its place in one step."""
+
+    def command(self):
+        return self.in_mounts_of_its_own('mount -n --bind "$1" "$1"')
+
+    def halt_copy(self, site):
+        program = self.start_update(site, "rsync:rename:novit")
+        wait_for("the copying", lambda: windows.halted("rsync"))
+        return program
+
+    def let_copy_go_on(self):
+        for process in windows.halted("rsync"):
+            os.kill(process, signal.SIGCONT)
+        wait_for("rsync to end", lambda: not windows.processes_named("rsync"))
+
+    def test_a_killed_programs_copy_is_finished_without_it(self):
+        site = self.open_site()
+        program = self.halt_copy(site)
+        self.assertEqual(len(self.kill(program)), 2)
+        self.let_copy_go_on()
+        self.assertEqual(digest(self.bundle), digest(self.expected))
+        self.assert_it_starts_and_cleans_up(site, self.newer)
+
+    def test_quitting_waits_for_the_copy(self):
+        site = self.open_site()
+        program = self.halt_copy(site)
+        quit_program()
+        with self.assertRaises(subprocess.TimeoutExpired):
+            program.wait(1)
+        self.let_copy_go_on()
+        self.assertEqual(program.wait(PATIENCE), 0)
+        self.assertEqual(digest(self.bundle), digest(self.expected))
+        self.assertEqual(self.leftovers(), [])
 
 
 class FullDiskTest(UpdateCase):
-    """Temporary files have little room, and so has the bundle itself."""
+    """The disk that holds the temporary files and the bundle has little room."""
 
     folder = "TMPDIR"
 
@@ -377,25 +439,26 @@ class FullDiskTest(UpdateCase):
         # Small in the archive, so that there is a size that holds the one and not the other.
         (contents / "Resources/grande").write_bytes(bytes(BIG))
 
-    def try_to_update(self, left, explanation):
+    def test_no_room_to_unpack_changes_nothing(self):
+        before = digest(self.bundle)
         program = self.start(self.open_site().address)
-        Ballast(left)
+        Ballast(len(self.archive) + BIG)
         self.accept_offer(program)
-        wait_for("the failure", lambda: {"Aggiornamento non riuscito", explanation} <= labels(program.pid))
+        wait_for("the failure", lambda: {"Aggiornamento non riuscito", "Estrazione aggiornamento fallita"} <= labels(program.pid))
         press(program.pid, "OK")
         wait_for("the message to go", lambda: not labels(program.pid))
         self.assertEqual(property_of_program("State"), "idle")
+        self.assertEqual(digest(self.bundle), before)
         self.assert_nothing_left()
 
-    def test_no_room_to_unpack_changes_nothing(self):
-        before = digest(self.bundle)
-        self.try_to_update(len(self.archive) + BIG, "Estrazione aggiornamento fallita")
-        self.assertEqual(digest(self.bundle), before)
-
-    def test_no_room_to_replace_leaves_a_running_program(self):
+    def test_room_for_one_more_bundle_is_enough(self):
         unpacked = sum(path.stat().st_size + 4096 for path in self.expected.rglob("*"))
-        self.try_to_update(len(self.archive) + unpacked + BIG // 2, "Sostituzione app fallita")
-        self.assertTrue(os.access(self.bundle / "Contents/MacOS/Parlivo", os.X_OK))
+        program = self.start(self.open_site().address)
+        Ballast(len(self.archive) + unpacked + BIG // 2)
+        self.accept_offer(program)
+        wait_for("the old version's end", lambda: program.poll() is not None)
+        self.assertEqual(digest(self.bundle), digest(self.expected))
+        wait_for("the new version", running_process)
 
 
 class ForeignBundleTest(UpdateCase):
@@ -405,11 +468,7 @@ class ForeignBundleTest(UpdateCase):
 
     def command(self):
         # Whoever the user is, root included: in this program's eyes the bundle lies on a read-only disk.
-        script = ('mount -n --bind "$1" "$1" && mount -n -o remount,bind,ro "$1" && '
-                  'exec setpriv --inh-caps=-all --ambient-caps=-all "$1/Contents/MacOS/Parlivo"')
-        # Root needs no user namespace for that, and gets none in a chroot.
-        rights = [] if os.geteuid() == 0 else ["--user", "--map-current-user", "--keep-caps"]
-        return ["unshare", *rights, "--mount", "sh", "-c", script, "sh", self.bundle]
+        return self.in_mounts_of_its_own('mount -n --bind "$1" "$1" && mount -n -o remount,bind,ro "$1"')
 
     def test_the_failure_is_told_and_nothing_is_damaged(self):
         before = fingerprint(self.bundle)

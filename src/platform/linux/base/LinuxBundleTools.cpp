@@ -1,25 +1,20 @@
 #include "platform/linux/base/LinuxBundleTools.h"
 
+#include "platform/linux/base/BundleReplacement.h"
 #include "platform/linux/base/InheritedEnvironment.h"
-#include "support/ChildProcess.h"
+#include "platform/linux/base/LinuxBundle.h"
+#include "support/ZipExtraction.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 
-#include <chrono>
+#include <unistd.h>
 
 namespace parlivo {
 
 namespace {
-
-/// No tool of a healthy system takes that long; the program's end cuts the wait short.
-constexpr std::chrono::hours patience{24};
-
-BundleTools::Outcome run(const ChildProcess::Program& program) {
-    const auto tool = ChildProcess::launch(program);
-    const bool ended = tool->waitForExit(patience);
-    return ended && tool->exitStatus() == 0 ? BundleTools::Outcome::Done : BundleTools::Outcome::Failed;
-}
 
 /// One word to the shell, whatever is in it.
 QString quoted(QString word) {
@@ -39,14 +34,24 @@ QString startScript(const QString& executable) {
 
 }  // namespace
 
-BundleTools::Outcome LinuxBundleTools::unpack(const QString& archive, const QString& folder) {
-    return run({paths_.unzip, {QStringLiteral("-q"), archive, QStringLiteral("-d"), folder}});
+std::optional<QString> LinuxBundleTools::stagingPlace(const QString& bundle) const {
+    QString parent = QFileInfo(bundle).path();
+    if (::access(QFile::encodeName(parent).constData(), W_OK | X_OK) != 0) return std::nullopt;
+    return parent;
 }
 
-BundleTools::Outcome LinuxBundleTools::mirror(const QString& source, const QString& destination) {
-    return run({paths_.rsync,
-                {QStringLiteral("-a"), QStringLiteral("--delete"), source + QLatin1Char('/'),
-                 destination + QLatin1Char('/')}});
+BundleTools::Outcome LinuxBundleTools::unpack(const QString& archive, const QString& folder,
+                                              qint64 maximumSize) {
+    return extractZip(archive, folder, maximumSize) ? Outcome::Done : Outcome::Failed;
+}
+
+std::optional<QString> LinuxBundleTools::shortVersion(const QString& bundle) const {
+    return LinuxBundle(bundle).shortVersion();
+}
+
+BundleTools::Replacement LinuxBundleTools::replace(const QString& source, const QString& destination) {
+    if (exchangeFolders(source, destination)) return Replacement::Done;
+    return copyOver(paths_.rsync, source, destination);
 }
 
 void LinuxBundleTools::startAfterEnd(const QString& bundle) {

@@ -6,12 +6,11 @@
 
 namespace parlivo {
 
-/// unzip(1), rsync(1) and the shell.
+/// libarchive, renameat2(2), rsync(1) and the shell.
 class LinuxBundleTools : public BundleTools {
   public:
     /// Where the tools are; a test puts others in their place.
     struct Paths {
-        QString unzip = QStringLiteral("/usr/bin/unzip");
         QString rsync = QStringLiteral("/usr/bin/rsync");
         QString shell = QStringLiteral("/bin/sh");
     };
@@ -19,8 +18,15 @@ class LinuxBundleTools : public BundleTools {
     LinuxBundleTools() : LinuxBundleTools(Paths()) {}
     explicit LinuxBundleTools(Paths paths) : paths_(std::move(paths)) {}
 
-    Outcome unpack(const QString& archive, const QString& folder) override;
-    Outcome mirror(const QString& source, const QString& destination) override;
+    /// The folder that holds the bundle, so that the two can be exchanged; nullopt if the user cannot write
+    /// there.
+    std::optional<QString> stagingPlace(const QString& bundle) const override;
+    Outcome unpack(const QString& archive, const QString& folder, qint64 maximumSize) override;
+    std::optional<QString> shortVersion(const QString& bundle) const override;
+    /// Exchanges the two in one step, so that at every moment there is one whole bundle. Where the file
+    /// system or the permissions do not allow that, rsync copies one over the other: it goes on when this
+    /// program is killed, and what it has received takes its place only when all of it has arrived.
+    Replacement replace(const QString& source, const QString& destination) override;
     void startAfterEnd(const QString& bundle) override;
 
   private:
