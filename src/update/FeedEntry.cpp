@@ -16,6 +16,13 @@ std::optional<QString> text(const QJsonObject& object, QLatin1StringView key) {
     return value.toString();
 }
 
+/// False if there is a value of another type.
+bool readOptional(const QJsonObject& object, QLatin1StringView key, std::optional<QString>& value) {
+    if (!object.contains(key)) return true;
+    value = text(object, key);
+    return value.has_value();
+}
+
 /// A number that a signed 64-bit integer holds exactly.
 std::optional<qint64> integer(const QJsonObject& object, QLatin1StringView key) {
     const QJsonValue value = object.value(key);
@@ -35,8 +42,18 @@ std::optional<FeedEntry> FeedEntry::decode(const QByteArray& feed) {
     const auto changelog = text(object, "changelog"_L1);
     const auto size = integer(object, "size"_L1);
     const auto date = text(object, "date"_L1);
-    if (!version || !url || !changelog || !size || !date) return std::nullopt;
-    return FeedEntry{*version, *url, *changelog, *size, *date};
+    std::optional<QString> sha256;
+    std::optional<QString> signature;
+    const bool optionalsAreTexts =
+        readOptional(object, "sha256"_L1, sha256) && readOptional(object, "signature"_L1, signature);
+    if (!version || !url || !changelog || !size || !date || !optionalsAreTexts) return std::nullopt;
+    return FeedEntry{*version,
+                     *url,
+                     *changelog,
+                     *size,
+                     *date,
+                     sha256,
+                     QByteArray::fromBase64(signature.value_or(QString()).toLatin1())};
 }
 
 }  // namespace parlivo

@@ -1,9 +1,11 @@
 #include "update/UpdateInstaller.h"
 
 #include "platform/Platform.h"
+#include "settings/Config.h"
 #include "support/Claim.h"
 #include "support/Error.h"
 #include "support/Uuid.h"
+#include "update/Versions.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -59,16 +61,6 @@ class WorkingFolder {
     std::optional<Claim> claim_;
     bool kept_ = false;
 };
-
-void checkSize(const QString& archive, qint64 expectedSize) {
-    std::error_code error;
-    const auto size = fs::file_size(nativePath(archive), error);
-    if (error) throw Error::system(error.value(), archive);
-    if (static_cast<qint64>(size) != expectedSize) {
-        throw Error(ErrorCode::UpdateCorrupted,
-                    QStringLiteral("Aggiornamento corrotto (dimensione inattesa)"));
-    }
-}
 
 /// What all regular files in a folder hold together, in bytes.
 qint64 contentSize(const QString& folder) {
@@ -129,15 +121,25 @@ bool holdsOnly(const QString& folder, const QString& name) {
            QStringList(name);
 }
 
+Error invalidBundle() {
+    return {ErrorCode::UpdateBundleInvalid, QStringLiteral("Bundle aggiornamento non valido")};
+}
+
 QString findBundle(const WorkingFolder& folder) {
     const QString name = QStringLiteral("Parlivo.app");
     QString bundle = folder.path() + u'/' + name;
     const QFileInfo executable(executableOf(bundle));
     if (!holdsOnly(folder.path(), name) || QFileInfo(bundle).isSymLink() || !executable.isFile() ||
         !executable.isExecutable() || !isSelfContained(bundle)) {
-        throw Error(ErrorCode::UpdateBundleInvalid, QStringLiteral("Bundle aggiornamento non valido"));
+        throw invalidBundle();
     }
     return bundle;
+}
+
+/// An old archive under a new name, or the site's word for a version that it is not, is refused.
+void checkVersion(const QString& bundle, const QString& expected) {
+    const auto version = Platform::current().bundleTools().shortVersion(bundle);
+    if (version != expected || !isNewer(expected, Config::appVersion())) throw invalidBundle();
 }
 
 void replaceRunningBundle(const QString& bundle, WorkingFolder& folder) {
@@ -153,11 +155,13 @@ void replaceRunningBundle(const QString& bundle, WorkingFolder& folder) {
 
 }  // namespace
 
-void installUpdate(const QString& archive, qint64 expectedSize) {
-    checkSize(archive, expectedSize);
+void installUpdate(const QString& archive, const FeedEntry& entry, const std::optional<UpdateKey>& key) {
+    checkArchive(archive, entry, key);
     WorkingFolder folder;
     unpack(archive, folder);
-    replaceRunningBundle(findBundle(folder), folder);
+    const QString bundle = findBundle(folder);
+    checkVersion(bundle, entry.version);
+    replaceRunningBundle(bundle, folder);
 }
 
 void removeUpdateLeftovers() {

@@ -23,7 +23,8 @@ constexpr qint64 longestFeed = 1 << 20;  // bytes
 
 }  // namespace
 
-Updater::Updater(Restart restart, std::chrono::milliseconds period) : restart_(std::move(restart)) {
+Updater::Updater(Restart restart, std::chrono::milliseconds period, std::optional<UpdateKey> key)
+    : restart_(std::move(restart)), key_(std::move(key)) {
     timer_.setInterval(period);
     QObject::connect(&timer_, &QTimer::timeout, [this] { check(); });
 }
@@ -77,6 +78,10 @@ void Updater::promptAndInstall() {
 void Updater::install(const FeedEntry& entry) {
     const QUrl url(entry.url, QUrl::StrictMode);
     if (!url.isValid()) return;
+    if (!isSafeAddress(url, Config::siteBase())) {
+        failDownload(u"indirizzo non sicuro: "_s + url.scheme());
+        return;
+    }
     step_ = Step::Installing;
     Log::info(u"download aggiornamento "_s + entry.version);
     const auto fetch = [this, url, entry, alive = lifetime_.token()](const std::stop_token& calledOff) {
@@ -88,14 +93,13 @@ void Updater::install(const FeedEntry& entry) {
 
 void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
     if (archive.failure) {
-        Log::info(u"download update fallito: "_s + archive.failure->localizedDescription());
-        fail(u"Download non riuscito. Riprova più tardi."_s);
+        failDownload(archive.failure->localizedDescription());
         return;
     }
     installing_.async([this, entry, file = archive.file, alive = lifetime_.token()]() mutable {
         try {
             // The archive is gone before the outcome is told: the program may end at once.
-            installUpdate(std::exchange(file, nullptr)->path(), entry.size);
+            installUpdate(std::exchange(file, nullptr)->path(), entry, key_);
             Log::info(u"aggiornamento %1 installato, riavvio"_s.arg(entry.version));
             MainQueue::async(alive, [this, entry] { relaunch(entry); });
         } catch (const Error& error) {
@@ -104,6 +108,11 @@ void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
             MainQueue::async(alive, [this, reason] { fail(reason); });
         }
     });
+}
+
+void Updater::failDownload(const QString& reason) {
+    Log::info(u"download update fallito: "_s + reason);
+    fail(u"Download non riuscito. Riprova più tardi."_s);
 }
 
 void Updater::fail(const QString& explanation) {

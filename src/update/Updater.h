@@ -5,6 +5,7 @@
 #include "support/Worker.h"
 #include "update/ArchiveDownload.h"
 #include "update/FeedEntry.h"
+#include "update/UpdateAuthenticity.h"
 
 #include <QTimer>
 
@@ -27,7 +28,9 @@ class Updater {
         std::function<void()> quit;
     };
 
-    explicit Updater(Restart restart, std::chrono::milliseconds period = std::chrono::hours(24));
+    /// With a key, only updates that are signed with it are installed.
+    explicit Updater(Restart restart, std::chrono::milliseconds period = std::chrono::hours(24),
+                     std::optional<UpdateKey> key = builtInUpdateKey());
     ~Updater();
     Updater(const Updater&) = delete;
     Updater& operator=(const Updater&) = delete;
@@ -51,10 +54,12 @@ class Updater {
     void take(const FeedEntry& feed);
     void install(const FeedEntry& entry);
     void apply(const FeedEntry& entry, const FetchedArchive& archive);
+    void failDownload(const QString& reason);
     void fail(const QString& explanation);
     void relaunch(const FeedEntry& entry);
 
     const Restart restart_;
+    const std::optional<UpdateKey> key_;
     QTimer timer_;
     Step step_ = Step::Idle;
     std::unique_ptr<Worker> check_;

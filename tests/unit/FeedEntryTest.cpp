@@ -35,6 +35,26 @@ TEST(FeedEntryTest, HasAFieldForEachKey) {
     EXPECT_EQ(entry->date, u"2026-05-01"_s);
 }
 
+TEST(FeedEntryTest, MayStateAHashAndASignature) {
+    EXPECT_EQ(decode(feed())->sha256, std::nullopt);
+    EXPECT_EQ(decode(feed())->signature, QByteArray());
+    QJsonObject object = feed();
+    object[u"sha256"_s] = u"00ff"_s;
+    object[u"signature"_s] = u"AAEC"_s;
+    const auto entry = decode(object);
+    ASSERT_TRUE(entry.has_value());
+    EXPECT_EQ(entry->sha256, u"00ff"_s);
+    EXPECT_EQ(entry->signature, QByteArray("\0\1\2", 3));
+    for (const QString& key : {u"sha256"_s, u"signature"_s}) {
+        for (const QJsonValue& wrong :
+             {QJsonValue(), QJsonValue(true), QJsonValue(12), QJsonValue(QJsonObject())}) {
+            QJsonObject wronged = object;
+            wronged[key] = wrong;
+            EXPECT_FALSE(decode(wronged).has_value()) << key.toStdString();
+        }
+    }
+}
+
 TEST(FeedEntryTest, NeedsEveryKey) {
     for (const QString& key : feed().keys()) {
         QJsonObject lacking = feed();

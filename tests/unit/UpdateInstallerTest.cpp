@@ -34,7 +34,7 @@ class UpdateInstallerTest : public UpdateTest {
     }
 
     std::optional<Error> install(const QByteArray& zip) const {
-        return failureOf([&] { installUpdate(archive(zip), zip.size()); });
+        return failureOf([&] { installUpdate(archive(zip), entryFor(zip), std::nullopt); });
     }
     std::optional<Error> install(const std::vector<ZipEntry>& entries) const {
         return install(zipOf(entries));
@@ -87,7 +87,7 @@ TEST_F(UpdateInstallerTest, TheNewBundleTakesThePlaceOfTheOldOne) {
     EXPECT_FALSE(failure.has_value()) << failure->what();
     const auto after = contents(running());
     EXPECT_EQ(after.at(u"Contents/MacOS/Parlivo"_s), "new program");
-    EXPECT_EQ(after.at(u"Contents/Info.plist"_s), "new version");
+    EXPECT_EQ(after.at(u"Contents/Info.plist"_s), propertyList(newVersion));
     EXPECT_EQ(after.at(u"Contents/Resources/new"_s), "here at last");
     EXPECT_EQ(after.at(u"Contents/Resources/link"_s),
               "-> " + (running() + u"/Contents/Resources/new"_s).toUtf8());
@@ -102,14 +102,17 @@ TEST_F(UpdateInstallerTest, AnotherSizeIsRefusedBeforeAnythingIsUnpacked) {
     const QByteArray zip = zipOf(newBundle());
     const QString text = u"Aggiornamento corrotto (dimensione inattesa)"_s;
     for (const qint64 expected : {zip.size() + 1, zip.size() - 1, qint64{0}, qint64{-1}}) {
-        expectRefusal(failureOf([&] { installUpdate(archive(zip), expected); }), ErrorCode::UpdateCorrupted,
-                      text);
+        FeedEntry entry = entryFor(zip);
+        entry.size = expected;
+        expectRefusal(failureOf([&] { installUpdate(archive(zip), entry, std::nullopt); }),
+                      ErrorCode::UpdateCorrupted, text);
     }
     EXPECT_TRUE(watched.limits.empty());
 }
 
 TEST_F(UpdateInstallerTest, AnArchiveThatIsGoneIsTheSystemsFailure) {
-    const auto failure = failureOf([&] { installUpdate(place.filePath(u"gone.zip"_s), 10); });
+    const auto failure =
+        failureOf([&] { installUpdate(place.filePath(u"gone.zip"_s), entryFor("x"), std::nullopt); });
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->domain(), u"POSIX"_s);
     EXPECT_TRUE(isUntouched());
@@ -298,12 +301,37 @@ TEST_F(UpdateInstallerTest, TheProgramsEndStopsTheUnpacking) {
     expectRefusedExtraction(failure);
 }
 
+TEST_F(UpdateInstallerTest, OnlyABundleOfTheVersionThatIsOfferedIsInstalled) {
+    for (const QByteArray& version :
+         {QByteArray("1.2.9"), QByteArray("1.3.0"), QByteArray("1.4"), QByteArray()}) {
+        SCOPED_TRACE(version.toStdString());
+        expectRefusedBundle(newBundle({}, version));
+    }
+    std::vector<ZipEntry> withoutVersion = newBundle();
+    withoutVersion[1].content = "<plist><dict/></plist>";
+    expectRefusedBundle(withoutVersion);
+    withoutVersion.erase(withoutVersion.begin() + 1);
+    expectRefusedBundle(withoutVersion);
+}
+
+TEST_F(UpdateInstallerTest, OnlyANewerBundleIsInstalled) {
+    for (const QByteArray& version :
+         {QByteArray("1.2.3"), QByteArray("1.2.3.0"), QByteArray("1.2"), QByteArray("0")}) {
+        const QByteArray zip = zipOf(newBundle({}, version));
+        FeedEntry entry = entryFor(zip);
+        entry.version = QString::fromLatin1(version);
+        SCOPED_TRACE(version.toStdString());
+        expectRefusal(failureOf([&] { installUpdate(archive(zip), entry, std::nullopt); }),
+                      ErrorCode::UpdateBundleInvalid, u"Bundle aggiornamento non valido"_s);
+    }
+}
+
 TEST_F(UpdateInstallerTest, AFullDiskWhileUnpackingLeavesTheOldOne) {
     const QByteArray zip =
         zipOf(newBundle({{"Parlivo.app/Contents/Resources/big", QByteArray(64 << 10, 'x')}}));
     const QString arrived = archive(zip);
     const FileSizeLimit limit(16 << 10);
-    expectRefusedExtraction(failureOf([&] { installUpdate(arrived, zip.size()); }));
+    expectRefusedExtraction(failureOf([&] { installUpdate(arrived, entryFor(zip), std::nullopt); }));
 }
 
 TEST_F(UpdateInstallerTest, WhereTheProgramStandsWithoutABundleNothingIsReplaced) {

@@ -37,7 +37,7 @@ class UpdateReplacementTest : public UpdateTest {
         const QByteArray zip = zipOf(newBundle());
         const QString archive = place.filePath(u"arrived.zip"_s);
         write(archive, zip);
-        installUpdate(archive, zip.size());
+        installUpdate(archive, entryFor(zip), std::nullopt);
     }
     std::optional<Error> failure() const {
         try {
@@ -51,7 +51,7 @@ class UpdateReplacementTest : public UpdateTest {
     bool isNew() const {
         const auto now = contents(running());
         return now.size() == 6 && now.at(u"Contents/MacOS/Parlivo"_s) == "new program" &&
-               now.at(u"Contents/Info.plist"_s) == "new version" &&
+               now.at(u"Contents/Info.plist"_s) == propertyList(newVersion) &&
                now.at(u"Contents/Resources/new"_s) == "here at last";
     }
 

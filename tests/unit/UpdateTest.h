@@ -4,6 +4,7 @@
 #include "support/ChildProcess.h"
 #include "support/WindowTest.h"
 #include "support/ZipWriter.h"
+#include "update/FeedEntry.h"
 
 #include <QDirIterator>
 #include <QTemporaryDir>
@@ -13,9 +14,21 @@
 
 namespace parlivo {
 
-/// A running bundle at a place with a difficult name, and the system's real tools to replace it with.
+/// A running bundle at a place with a difficult name, and the system's real tools to replace it with. It is
+/// of version 1.2.3.
 class UpdateTest : public WindowTest {
   protected:
+    static constexpr const char* newVersion = "1.3";
+
+    /// What a site says of an archive.
+    static FeedEntry entryFor(const QByteArray& zip) {
+        return {.version = QString::fromLatin1(newVersion),
+                .url = {},
+                .changelog = {},
+                .size = zip.size(),
+                .date = {}};
+    }
+
     UpdateTest() {
         for (const auto& [name, content] : {std::pair("MacOS/Parlivo", "old program"),
                                             std::pair("Resources/old", "gone in the new version"),
@@ -62,10 +75,16 @@ class UpdateTest : public WindowTest {
         return all;
     }
 
+    static QByteArray propertyList(const QByteArray& version) {
+        return "<plist version=\"1.0\"><dict><key>CFBundleShortVersionString</key><string>" + version +
+               "</string></dict></plist>";
+    }
+
     /// The entries of a sound archive, and further ones.
-    static std::vector<ZipEntry> newBundle(const std::vector<ZipEntry>& more = {}) {
+    static std::vector<ZipEntry> newBundle(const std::vector<ZipEntry>& more = {},
+                                           const QByteArray& version = newVersion) {
         std::vector<ZipEntry> entries{{"Parlivo.app/Contents/MacOS/Parlivo", "new program", 0100755},
-                                      {"Parlivo.app/Contents/Info.plist", "new version"},
+                                      {"Parlivo.app/Contents/Info.plist", propertyList(version)},
                                       {"Parlivo.app/Contents/Resources/new", "here at last"}};
         entries.insert(entries.end(), more.begin(), more.end());
         return entries;

@@ -182,6 +182,63 @@ TEST_F(UpdaterTest, AnAddressThatIsNoneDoesNothingAtAll) {
     EXPECT_EQ(dialogs->alerts.size(), 3U) << "the offers only";
 }
 
+/// What the feed of a site on http may say; with one on https it would have to be https.
+TEST_F(UpdaterTest, AnUnsafeAddressIsNotAskedAndTold) {
+    write(place.filePath(u"here.zip"_s), zipOf(newBundle()));
+    for (const QString& url : {u"file://"_s + place.filePath(u"here.zip"_s), u"ftp://127.0.0.1/a.zip"_s,
+                               u"data:application/zip;base64,UEs="_s, u"Parlivo.zip"_s, u"qrc:/a"_s}) {
+        QJsonObject object = feed(u"1.3"_s, zipOf(newBundle()).size());
+        object[u"url"_s] = url;
+        publish(object);
+        ASSERT_TRUE(check());
+        updater.promptAndInstall();
+        ASSERT_TRUE(waitForAlert(u"Download non riuscito. Riprova più tardi."_s)) << url.toStdString();
+        EXPECT_TRUE(logged().last().startsWith(u"download update fallito: indirizzo non sicuro"_s));
+        expectNothingHappened();
+        dialogs->alerts.clear();
+    }
+}
+
+TEST_F(UpdaterTest, OfASiteOnHttpsNoArchiveIsFetchedWithoutIt) {
+    publish(feed(u"1.3"_s, 10));
+    ASSERT_TRUE(check());
+    qputenv("PARLIVO_SITE_BASE", "https://127.0.0.1");
+    updater.promptAndInstall();
+    EXPECT_TRUE(waitForAlert(u"Download non riuscito. Riprova più tardi."_s));
+    EXPECT_TRUE(site.requests("/Parlivo.zip").empty());
+    expectNothingHappened();
+}
+
+TEST_F(UpdaterTest, AnOldFeedThatIsPlayedBackOffersNothing) {
+    publish(feed(u"1.2.2"_s, zipOf(newBundle({}, "1.2.2")).size()));
+    site.on("/Parlivo.zip", StubReply::body(zipOf(newBundle({}, "1.2.2"))));
+    ASSERT_TRUE(check());
+    updater.promptAndInstall();
+    EXPECT_TRUE(dialogs->alerts.empty());
+    EXPECT_TRUE(site.requests("/Parlivo.zip").empty());
+}
+
+TEST_F(UpdaterTest, AnOldArchiveUnderANewVersionsNameIsRefused) {
+    update(zipOf(newBundle({}, "1.2.2")));
+    ASSERT_TRUE(waitForAlert(u"Bundle aggiornamento non valido"_s));
+    expectNothingHappened();
+}
+
+TEST_F(UpdaterTest, WithAKeyAnUnsignedUpdateIsRefused) {
+    Updater careful({.stopEngines = [] {}, .quit = [this] { calls.append(u"quit"_s); }},
+                    std::chrono::hours(24), UpdateKey(32, 'k'));
+    const QByteArray zip = zipOf(newBundle());
+    publish(feed(u"1.3"_s, zip.size()));
+    site.on("/Parlivo.zip", StubReply::body(zip));
+    careful.onStateChange = [this] { ++changes; };
+    careful.check();
+    ASSERT_TRUE(desktop::waitFor([&] { return changes > 0; }));
+    careful.promptAndInstall();
+    ASSERT_TRUE(waitForAlert(u"Aggiornamento non autentico (firma mancante)"_s));
+    EXPECT_TRUE(isUntouched());
+    EXPECT_EQ(calls, QStringList());
+}
+
 TEST_F(UpdaterTest, ADownloadThatFailsIsToldAndCanBeTriedAgain) {
     const QByteArray zip = zipOf(newBundle());
     for (const StubReply& reply :

@@ -42,7 +42,7 @@ class Site(http.server.ThreadingHTTPServer):
         self.address = f"http://127.0.0.1:{self.server_port}"
         self.pages["/updates.json"] = json.dumps({
             "version": version, "url": f"{self.address}/Parlivo.zip", "changelog": NEWS, "size": len(archive),
-            "date": "2026-11-21", "further": [1, 2]}).encode()
+            "date": "2026-11-21", "sha256": hashlib.sha256(archive).hexdigest(), "further": [1, 2]}).encode()
         threading.Thread(target=self.serve_forever, daemon=True).start()
 
 
