@@ -63,7 +63,9 @@ void AppDelegate::applicationDidFinishLaunching() {
         });
     }
     collaborators_.startUpdater([self] {
-        if (self) self->updateUI();
+        if (!self) return;
+        self->updateUI();
+        self->showUpdate();
     });
     collaborators_.showWhatsNew();
     installHotKey();
@@ -215,7 +217,15 @@ void AppDelegate::menuWillOpen() {
     auto& permissions = Platform::current().permissions();
     menu_->setMicrophone(permissions.microphone());
     menu_->setAccessibility(permissions.accessibilityTrusted(Permissions::Prompt::No));
-    menu_->setUpdate(collaborators_.availableVersion());
+    showUpdate();
+}
+
+void AppDelegate::showUpdate() {
+    if (const auto installing = collaborators_.installingVersion()) {
+        menu_->setUpdate(installing, UpdateStage::UnderWay);
+    } else {
+        menu_->setUpdate(collaborators_.availableVersion());
+    }
 }
 
 void AppDelegate::requestPermissions() {

@@ -52,6 +52,7 @@ class AppDelegate : public QObject {
     void setupStatusItem();
     void updateUI();
     void menuWillOpen();
+    void showUpdate();
     void requestPermissions();
     void setState(State state);
 

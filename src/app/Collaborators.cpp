@@ -65,6 +65,7 @@ Collaborators Collaborators::real() {
         .startUpdater =
             [owned](const std::function<void()>& onStateChange) {
                 owned->updater.onStateChange = onStateChange;
+                owned->updater.onInstallation = onStateChange;
                 owned->updater.start();
             },
         .availableVersion =
@@ -72,6 +73,7 @@ Collaborators Collaborators::real() {
                 const auto& available = owned->updater.available;
                 return available ? std::optional(available->version) : std::nullopt;
             },
+        .installingVersion = [owned] { return owned->updater.installing(); },
         .promptAndInstall = [owned] { owned->updater.promptAndInstall(); },
         .showWhatsNew = WhatsNew::showIfPending,
         .showSettings = [owned] { owned->settings.show(); },

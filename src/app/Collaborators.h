@@ -24,6 +24,7 @@ struct Collaborators {
     std::function<void(std::function<void()> onFinished)> showOnboarding;
     std::function<void(std::function<void()> onStateChange)> startUpdater;
     std::function<std::optional<QString>()> availableVersion;
+    std::function<std::optional<QString>()> installingVersion;
     std::function<void()> promptAndInstall;
     std::function<void()> showWhatsNew;
     std::function<void()> showSettings;

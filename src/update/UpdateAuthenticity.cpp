@@ -2,6 +2,7 @@
 
 #include "support/Error.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QFile>
 
@@ -70,14 +71,20 @@ bool isSafeAddress(const QUrl& address, const QUrl& site) {
 
 void checkArchive(const QString& archive, const FeedEntry& entry, const std::optional<UpdateKey>& key) {
     const qint64 size = sizeOf(archive);
-    if (size != entry.size) throw corrupted(u"Aggiornamento corrotto (dimensione inattesa)"_s);
-    if (key && entry.signature.isEmpty()) throw corrupted(u"Aggiornamento non autentico (firma mancante)"_s);
+    if (size != entry.size)
+        throw corrupted(QCoreApplication::translate("parlivo::UpdateAuthenticity",
+                                                    "Aggiornamento corrotto (dimensione inattesa)"));
+    if (key && entry.signature.isEmpty())
+        throw corrupted(QCoreApplication::translate("parlivo::UpdateAuthenticity",
+                                                    "Aggiornamento non autentico (firma mancante)"));
     if (!key && !entry.sha256) return;
     const QByteArray sha256 = sha256Of(archive);
     if (entry.sha256 && entry.sha256->toLatin1().toLower() != sha256)
-        throw corrupted(u"Aggiornamento corrotto (contenuto inatteso)"_s);
+        throw corrupted(QCoreApplication::translate("parlivo::UpdateAuthenticity",
+                                                    "Aggiornamento corrotto (contenuto inatteso)"));
     if (key && !isSignedBy(*key, signedText(entry.version, size, sha256), entry.signature))
-        throw corrupted(u"Aggiornamento non autentico (firma non valida)"_s);
+        throw corrupted(QCoreApplication::translate("parlivo::UpdateAuthenticity",
+                                                    "Aggiornamento non autentico (firma non valida)"));
 }
 
 }  // namespace parlivo

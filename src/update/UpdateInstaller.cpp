@@ -7,6 +7,7 @@
 #include "support/Uuid.h"
 #include "update/Versions.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -82,7 +83,9 @@ qint64 largestNewBundle() {
 void unpack(const QString& archive, const WorkingFolder& folder) {
     if (Platform::current().bundleTools().unpack(archive, folder.path(), largestNewBundle()) !=
         BundleTools::Outcome::Done) {
-        throw Error(ErrorCode::UpdateExtractionFailed, QStringLiteral("Estrazione aggiornamento fallita"));
+        throw Error(
+            ErrorCode::UpdateExtractionFailed,
+            QCoreApplication::translate("parlivo::UpdateInstaller", "Estrazione aggiornamento fallita"));
     }
 }
 
@@ -122,7 +125,8 @@ bool holdsOnly(const QString& folder, const QString& name) {
 }
 
 Error invalidBundle() {
-    return {ErrorCode::UpdateBundleInvalid, QStringLiteral("Bundle aggiornamento non valido")};
+    return {ErrorCode::UpdateBundleInvalid,
+            QCoreApplication::translate("parlivo::UpdateInstaller", "Bundle aggiornamento non valido")};
 }
 
 QString findBundle(const WorkingFolder& folder) {
@@ -149,7 +153,8 @@ void replaceRunningBundle(const QString& bundle, WorkingFolder& folder) {
     if (QFileInfo::exists(executableOf(running)))
         outcome = Platform::current().bundleTools().replace(bundle, running);
     if (outcome == BundleTools::Replacement::Failed)
-        throw Error(ErrorCode::UpdateReplacementFailed, QStringLiteral("Sostituzione app fallita"));
+        throw Error(ErrorCode::UpdateReplacementFailed,
+                    QCoreApplication::translate("parlivo::UpdateInstaller", "Sostituzione app fallita"));
     if (outcome == BundleTools::Replacement::GoesOn) folder.keep();
 }
 

@@ -62,16 +62,15 @@ void Updater::take(const FeedEntry& feed) {
 }
 
 void Updater::promptAndInstall() {
-    if (!available || step_ != Step::Idle) return;
+    if (!available || offering_ || installing_) return;
     // A check may replace it while the offer is open.
     const FeedEntry entry = *available;
-    step_ = Step::Offering;
-    const int chosen =
-        Dialogs::current().ask({.message = u"Parlivo %1 è disponibile"_s.arg(entry.version),
-                                .informativeText = u"Novità:\n"_s + entry.changelog +
-                                                   u"\n\nL'app si riavvierà da sola al termine."_s,
-                                .buttons = {u"Aggiorna ora"_s, u"Più tardi"_s}});
-    step_ = Step::Idle;
+    offering_ = true;
+    const int chosen = Dialogs::current().ask(
+        {.message = tr("Parlivo %1 è disponibile").arg(entry.version),
+         .informativeText = tr("Novità:\n%1\n\nL'app si riavvierà da sola al termine.").arg(entry.changelog),
+         .buttons = {tr("Aggiorna ora"), tr("Più tardi")}});
+    offering_ = false;
     if (chosen == 0) install(entry);
 }
 
@@ -79,10 +78,10 @@ void Updater::install(const FeedEntry& entry) {
     const QUrl url(entry.url, QUrl::StrictMode);
     if (!url.isValid()) return;
     if (!isSafeAddress(url, Config::siteBase())) {
-        failDownload(u"indirizzo non sicuro: "_s + url.scheme());
+        failDownload(u"%1://"_s.arg(url.scheme()));
         return;
     }
-    step_ = Step::Installing;
+    setInstalling(entry.version);
     Log::info(u"download aggiornamento "_s + entry.version);
     const auto fetch = [this, url, entry, alive = lifetime_.token()](const std::stop_token& calledOff) {
         const FetchedArchive archive = fetchArchive(url, entry.size, calledOff);
@@ -91,12 +90,17 @@ void Updater::install(const FeedEntry& entry) {
     download_ = std::make_unique<Worker>(u"parlivo.archive"_s, fetch);
 }
 
+void Updater::setInstalling(const std::optional<QString>& version) {
+    installing_ = version;
+    if (onInstallation) onInstallation();
+}
+
 void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
     if (archive.failure) {
         failDownload(archive.failure->localizedDescription());
         return;
     }
-    installing_.async([this, entry, file = archive.file, alive = lifetime_.token()]() mutable {
+    queue_.async([this, entry, file = archive.file, alive = lifetime_.token()]() mutable {
         try {
             // The archive is gone before the outcome is told: the program may end at once.
             installUpdate(std::exchange(file, nullptr)->path(), entry, key_);
@@ -112,13 +116,13 @@ void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
 
 void Updater::failDownload(const QString& reason) {
     Log::info(u"download update fallito: "_s + reason);
-    fail(u"Download non riuscito. Riprova più tardi."_s);
+    fail(tr("Download non riuscito. Riprova più tardi."));
 }
 
 void Updater::fail(const QString& explanation) {
-    step_ = Step::Idle;
+    setInstalling({});
     Dialogs::current().ask(
-        {.message = u"Aggiornamento non riuscito"_s, .informativeText = explanation, .buttons = {u"OK"_s}});
+        {.message = tr("Aggiornamento non riuscito"), .informativeText = explanation, .buttons = {tr("OK")}});
 }
 
 void Updater::relaunch(const FeedEntry& entry) {

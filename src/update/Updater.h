@@ -7,6 +7,7 @@
 #include "update/FeedEntry.h"
 #include "update/UpdateAuthenticity.h"
 
+#include <QCoreApplication>
 #include <QTimer>
 
 #include <chrono>
@@ -19,6 +20,8 @@ namespace parlivo {
 /// Keeps the program current: asks the site for a newer version, offers it, and puts it in the place of the
 /// running one. Main thread; the work itself runs on workers and on a queue of its own.
 class Updater {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::Updater)
+
   public:
     using FeedEntry = parlivo::FeedEntry;
 
@@ -39,6 +42,8 @@ class Updater {
     std::optional<FeedEntry> available;
     /// After every check that could read the feed, whatever it found.
     std::function<void()> onStateChange;
+    /// Whenever installing() has changed.
+    std::function<void()> onInstallation;
 
     /// Checks now and then every `period`.
     void start();
@@ -47,12 +52,13 @@ class Updater {
     /// Offers what is available and waits for the answer; installs it if that is wanted. Does nothing while
     /// an earlier offer is open or being installed.
     void promptAndInstall();
+    /// The version that is being downloaded and installed, if one is.
+    const std::optional<QString>& installing() const { return installing_; }
 
   private:
-    enum class Step { Idle, Offering, Installing };
-
     void take(const FeedEntry& feed);
     void install(const FeedEntry& entry);
+    void setInstalling(const std::optional<QString>& version);
     void apply(const FeedEntry& entry, const FetchedArchive& archive);
     void failDownload(const QString& reason);
     void fail(const QString& explanation);
@@ -61,12 +67,13 @@ class Updater {
     const Restart restart_;
     const std::optional<UpdateKey> key_;
     QTimer timer_;
-    Step step_ = Step::Idle;
+    bool offering_ = false;
+    std::optional<QString> installing_;
     std::unique_ptr<Worker> check_;
     std::unique_ptr<Worker> download_;
     Lifetime lifetime_;
     /// Last: its end waits for the running job.
-    SerialQueue installing_{QStringLiteral("parlivo.update")};
+    SerialQueue queue_{QStringLiteral("parlivo.update")};
 };
 
 }  // namespace parlivo

@@ -16,7 +16,7 @@ LITERAL = r'"(?:[^"\\]|\\.)*"'
 TRANSLATED = re.compile(rf'\b(?:tr|QT_TRANSLATE_NOOP|translate)\(\s*(?:"parlivo::\w+",\s*)?({LITERAL})(?!\s*,\s*")')
 
 # The rooms that talk to the user. What else is not for the user's eyes: words of the log, keys, names of files.
-ROOMS = ["app", "ui", "update/feedback"]
+ROOMS = ["app", "ui", "update"]
 SENTENCE = re.compile(rf'(?:u{LITERAL}_s|QStringLiteral\(\s*{LITERAL}\s*\))')
 NOT_SHOWN = [
     r"Parlivo:? ?",  # the program's name

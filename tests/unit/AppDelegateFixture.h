@@ -62,6 +62,7 @@ class AppDelegateTest : public PlatformTest {
             updaterChanged = std::move(onStateChange);
         };
         fake.availableVersion = [this] { return available; };
+        fake.installingVersion = [this] { return installing; };
         fake.promptAndInstall = note("install");
         fake.showWhatsNew = [this] {
             record(QStringLiteral("whatsNew"));
@@ -118,6 +119,7 @@ class AppDelegateTest : public PlatformTest {
     std::optional<Error> conversionError;
     std::optional<Error> transcriptionError;
     std::optional<QString> available;
+    std::optional<QString> installing;
     std::function<void()> onboardingFinished;
     std::function<void()> updaterChanged;
     std::size_t hotKeysAtWhatsNew = 0;

@@ -173,6 +173,20 @@ TEST_F(AppDelegateIndicatorsTest, TheMenuTellsThePermissionsAtTheStartAndAtEachO
     EXPECT_FALSE(item(6)->isVisible());
 }
 
+TEST_F(AppDelegateIndicatorsTest, AnInstallationIsShownAtOnceAndUntilItEnds) {
+    available = line(u"2.0");
+    launch();
+    installing = line(u"2.0");
+    ASSERT_TRUE(updaterChanged);
+    updaterChanged();
+    EXPECT_EQ(item(6)->text(), line(u"⬇️ Scarico Parlivo 2.0…"));
+    EXPECT_FALSE(item(6)->isEnabled());
+    installing.reset();
+    updaterChanged();
+    EXPECT_EQ(item(6)->text(), line(u"⬆️ Aggiorna a Parlivo 2.0…"));
+    EXPECT_TRUE(item(6)->isEnabled());
+}
+
 TEST_F(AppDelegateIndicatorsTest, AChangeOfTheUpdaterDrawsTheStateAgain) {
     launch();
     delegate->showError(line(u"qualcosa"));

@@ -102,6 +102,16 @@ TEST_F(StatusMenuTest, OffersAnUpdateOnlyWhileThereIsOne) {
     EXPECT_FALSE(line(menu, 6)->isVisible());
 }
 
+TEST_F(StatusMenuTest, AnUpdateUnderWayIsShownAndCannotBeChosen) {
+    menu.setUpdate(QStringLiteral("2.0.1"), UpdateStage::UnderWay);
+    EXPECT_TRUE(line(menu, 6)->isVisible());
+    EXPECT_FALSE(line(menu, 6)->isEnabled());
+    EXPECT_EQ(line(menu, 6)->text(), QStringLiteral("⬇️ Scarico Parlivo 2.0.1…"));
+    menu.setUpdate(QStringLiteral("2.0.1"));
+    EXPECT_TRUE(line(menu, 6)->isEnabled()) << "it failed, and can be tried again";
+    EXPECT_EQ(line(menu, 6)->text(), QStringLiteral("⬆️ Aggiorna a Parlivo 2.0.1…"));
+}
+
 TEST_F(StatusMenuTest, TheFirstLineCanBeReadInEveryTheme) {
     const QPalette before = QApplication::palette();
     for (const QColor ink : {QColor(0, 0, 0), QColor(255, 255, 255), QColor(0, 0, 0)}) {

@@ -193,7 +193,7 @@ TEST_F(UpdaterTest, AnUnsafeAddressIsNotAskedAndTold) {
         ASSERT_TRUE(check());
         updater.promptAndInstall();
         ASSERT_TRUE(waitForAlert(u"Download non riuscito. Riprova più tardi."_s)) << url.toStdString();
-        EXPECT_TRUE(logged().last().startsWith(u"download update fallito: indirizzo non sicuro"_s));
+        EXPECT_TRUE(logged().last().startsWith(u"download update fallito: "_s));
         expectNothingHappened();
         dialogs->alerts.clear();
     }
@@ -292,6 +292,15 @@ TEST_F(UpdaterTest, OneInstallationAtATime) {
     updater.promptAndInstall();
     EXPECT_EQ(dialogs->alerts.size(), 1U);
     EXPECT_EQ(site.requests("/Parlivo.zip").size(), 1U);
+}
+
+TEST_F(UpdaterTest, WhatIsBeingInstalledIsToldUntilItFails) {
+    std::vector<std::optional<QString>> told;
+    updater.onInstallation = [&] { told.push_back(updater.installing()); };
+    update(zipOf({{"readme.txt", "hello"}}));
+    EXPECT_EQ(updater.installing(), u"1.3"_s);
+    ASSERT_TRUE(waitForAlert(u"Bundle aggiornamento non valido"_s));
+    EXPECT_EQ(told, std::vector<std::optional<QString>>({u"1.3"_s, std::nullopt}));
 }
 
 }  // namespace

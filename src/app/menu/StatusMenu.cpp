@@ -40,8 +40,10 @@ QString accessibilityTitle(bool trusted) {
                    : StatusMenu::tr("Accessibilità: ⛔️ manca — clicca");
 }
 
-QString updateTitle(const QString& version) {
-    return StatusMenu::tr("⬆️ Aggiorna a Parlivo %1…").arg(version);
+QString updateTitle(const QString& version, UpdateStage stage) {
+    return (stage == UpdateStage::Offered ? StatusMenu::tr("⬆️ Aggiorna a Parlivo %1…")
+                                          : StatusMenu::tr("⬇️ Scarico Parlivo %1…"))
+        .arg(version);
 }
 
 /// `text` as a menu shows it letter for letter. A menu of ours takes an ampersand for the mark of a shortcut,
@@ -253,9 +255,10 @@ void StatusMenu::setAccessibility(bool trusted) {
     axMenuItem_->setText(accessibilityTitle(trusted));
 }
 
-void StatusMenu::setUpdate(const std::optional<QString>& version) {
-    if (version) updateTitle_ = updateTitle(*version);
+void StatusMenu::setUpdate(const std::optional<QString>& version, UpdateStage stage) {
+    if (version) updateTitle_ = updateTitle(*version, stage);
     drawTitles();
+    updateMenuItem_->setEnabled(stage == UpdateStage::Offered);
     updateMenuItem_->setVisible(version.has_value());
 }
 

@@ -18,6 +18,8 @@ namespace parlivo {
 
 enum class Tint { None, Red, Orange, Purple, Blue };
 
+enum class UpdateStage { Offered, UnderWay };
+
 /// The status item and its menu: all that the user normally sees of the program. It shows what it is given
 /// and reports what is chosen.
 ///
@@ -51,8 +53,9 @@ class StatusMenu : public QObject {
     void setIcon(const QString& symbol, Tint tint);
     void setMicrophone(MicrophoneStatus status);
     void setAccessibility(bool trusted);
-    /// The version on offer; nullopt hides the line.
-    void setUpdate(const std::optional<QString>& version);
+    /// The version on offer, or the one that is being downloaded and installed, which cannot be chosen again;
+    /// nullopt hides the line.
+    void setUpdate(const std::optional<QString>& version, UpdateStage stage = UpdateStage::Offered);
 
     /// The current menu and icon, whether there is a place for them or not.
     QMenu& menu() { return menu_; }
