@@ -14,10 +14,11 @@ namespace {
 /// What is chosen and not there yet, by the stored settings; the recognition model first.
 std::vector<ModelCatalog::Entry> missingModels() {
     std::vector<ModelCatalog::Entry> queue;
-    const auto& asr = ModelCatalog::asrTier(Config::get(Settings::asrTier));
-    if (!ModelCatalog::isDownloaded(asr)) queue.push_back(asr);
-    const auto& cleanup = ModelCatalog::cleanupTier(Config::get(Settings::cleanupTier));
-    if (!ModelCatalog::isDownloaded(cleanup)) queue.push_back(cleanup);
+    const auto add = [&](const ModelCatalog::Entry& model) {
+        if (!ModelCatalog::isDownloaded(model)) queue.push_back(model);
+    };
+    add(ModelCatalog::asrTier(Config::get(Settings::asrTier)));
+    add(ModelCatalog::cleanupTier(Config::get(Settings::cleanupTier)));
     return queue;
 }
 
