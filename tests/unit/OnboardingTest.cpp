@@ -196,6 +196,11 @@ TEST_F(OnboardingTest, TheFolderIsStoredOnLeavingItsPage) {
     EXPECT_EQ(dialogs->questions.at(0).startingIn, before);
     EXPECT_EQ(dialogs->questions.at(0).prompt, u"Usa questa cartella"_s);
     EXPECT_TRUE(shows(window(), chosen));
+    for (const auto* label : window().findChildren<QLabel*>()) {
+        if (label->text() == chosen) {
+            EXPECT_EQ(label->toolTip(), chosen) << "a long path can be read";
+        }
+    }
     EXPECT_FALSE(stored(Settings::modelsDir).isValid());
     next();
     EXPECT_EQ(stored(Settings::modelsDir), chosen);

@@ -51,6 +51,28 @@ TEST_F(ViewsTest, EveryTextStyleFollowsTheDesktopsFont) {
     EXPECT_EQ(monospacedFont(TextStyle::Body).pixelSize(), 100);
 }
 
+TEST_F(ViewsTest, ALabelHasItsOwnColourAndFollowsTheDesktops) {
+    QWidget window;
+    QPalette light = window.palette();
+    light.setColor(QPalette::Window, Qt::white);
+    light.setColor(QPalette::WindowText, Qt::black);
+    window.setPalette(light);
+    const Label explanation(u"piano"_s, TextStyle::Caption, secondaryColour, &window);
+    const Label failure(u"errore"_s, TextStyle::Caption, errorColour, &window);
+    const auto colourOf = [](const Label& label) { return label.palette().color(QPalette::WindowText); };
+    EXPECT_EQ(colourOf(explanation).rgb(), QColor(Qt::black).rgb());
+    EXPECT_NEAR(colourOf(explanation).alphaF(), 0.65, 0.01);
+    EXPECT_EQ(colourOf(failure), QColor(255, 59, 48));
+    QPalette dark = light;
+    dark.setColor(QPalette::Window, Qt::black);
+    dark.setColor(QPalette::WindowText, Qt::white);
+    window.setPalette(dark);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(colourOf(explanation).rgb(), QColor(Qt::white).rgb());
+    EXPECT_NEAR(colourOf(explanation).alphaF(), 0.65, 0.01);
+    EXPECT_EQ(colourOf(failure), QColor(255, 69, 58)) << "the brighter red of dark windows";
+}
+
 TEST_F(ViewsTest, ABoxIsOutlinedInTheSecondaryColourAtThreeTenths) {
     OutlinedBox box;
     QPalette colours = box.palette();
