@@ -76,6 +76,21 @@ TEST_F(TierPickerTest, EveryTierIsARowBelowTheTitle) {
               u"Whisper turbo q5 · 574 MB · ottimo, più leggero"_s);
 }
 
+TEST_F(TierPickerTest, TheCircleOfTheChosenRowIsFilled) {
+    const auto circle = [this](const QString& label) {
+        for (const auto* widget : row(label)->findChildren<QWidget*>()) {
+            if (const auto* symbol = dynamic_cast<const SymbolView*>(widget)) return symbol->symbol();
+        }
+        return QString();
+    };
+    EXPECT_EQ(circle(u"Precisa"_s), u"largecircle.fill.circle"_s);
+    EXPECT_EQ(circle(u"Veloce"_s), u"circle"_s);
+    click(picker, u"Veloce"_s);
+    EXPECT_EQ(circle(u"Precisa"_s), u"circle"_s);
+    EXPECT_EQ(circle(u"Veloce"_s), u"largecircle.fill.circle"_s);
+    EXPECT_EQ(picker.accessibleName(), u"Qualità trascrizione"_s) << "what a screen reader says of the group";
+}
+
 TEST_F(TierPickerTest, OnlyTheChosenTierOffersItsDownload) {
     EXPECT_EQ(trailing(u"Precisa"_s), u"Scarica"_s);
     EXPECT_EQ(trailing(u"Veloce"_s), u"nothing"_s);

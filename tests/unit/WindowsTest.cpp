@@ -69,6 +69,11 @@ TEST_F(WindowsTest, TheSettings) {
     window->close();
     controller.show();
     EXPECT_EQ(windowTitled(u"Impostazioni Parlivo"_s), window) << "built once";
+    window->setWindowState(Qt::WindowMinimized);
+    controller.show();
+    EXPECT_FALSE(window->isMinimized());
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(WindowsTest, TheFeedback) {
