@@ -366,7 +366,7 @@ class KillTest(InterruptedCase):
         before = digest(self.bundle)
         program = self.hold_half_of_the_archive(site)
         quit_program()
-        self.assertEqual(program.wait(PATIENCE), 0)
+        self.assertEqual(program.wait(TIMEOUT), 0)
         site.held.pop("/Parlivo.zip").set()
         self.assertEqual(self.leftovers(), [])
         self.assert_the_old_version_starts(site, before)
@@ -374,7 +374,7 @@ class KillTest(InterruptedCase):
             program = self.halt(site, step)
             program.terminate()
             program.send_signal(signal.SIGCONT)
-            self.assertEqual(program.wait(PATIENCE), 0)
+            self.assertEqual(program.wait(TIMEOUT), 0)
             self.assertEqual(self.leftovers(), [])
             self.assertIn(digest(self.bundle), (before, digest(self.expected)))
             if digest(self.bundle) != before:
@@ -405,9 +405,12 @@ class CopyTest(InterruptedCase):
         return program
 
     def let_copy_go_on(self):
-        for process in windows.halted("rsync"):
-            os.kill(process, signal.SIGCONT)
-        wait_for("rsync to end", lambda: not windows.processes_named("rsync"))
+        """rsync comes to the step twice: it renames a file when it has arrived, and again when all have."""
+        def ended():
+            for process in windows.halted("rsync"):
+                os.kill(process, signal.SIGCONT)
+            return not windows.processes_named("rsync")
+        wait_for("rsync to end", ended)
 
     def test_a_killed_programs_copy_is_finished_without_it(self):
         site = self.open_site()
@@ -424,7 +427,7 @@ class CopyTest(InterruptedCase):
         with self.assertRaises(subprocess.TimeoutExpired):
             program.wait(1)
         self.let_copy_go_on()
-        self.assertEqual(program.wait(PATIENCE), 0)
+        self.assertEqual(program.wait(TIMEOUT), 0)
         self.assertEqual(digest(self.bundle), digest(self.expected))
         self.assertEqual(self.leftovers(), [])
 
