@@ -25,8 +25,7 @@ FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const std::sto
                file.size() <= expectedSize;
     };
     const HttpReply reply = Http::download(request, receive, calledOff);
-    if (!isOpen || file.error() != QFileDevice::NoError)
-        return {nullptr, Error(QStringLiteral("File"), file.error(), file.errorString())};
+    if (!isOpen || file.error() != QFileDevice::NoError) return {nullptr, Error::file(file)};
     if (reply.failure && file.size() <= expectedSize) return {nullptr, reply.failure};
     kept->claim();
     return {kept, std::nullopt};

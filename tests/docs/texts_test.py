@@ -15,14 +15,18 @@ LUPDATE = Path("/usr/lib/qt6/bin/lupdate")
 LITERAL = r'"(?:[^"\\]|\\.)*"'
 TRANSLATED = re.compile(rf'\b(?:tr|QT_TRANSLATE_NOOP|translate)\(\s*(?:"parlivo::\w+",\s*)?({LITERAL})(?!\s*,\s*")')
 
-# The rooms that talk to the user. What else is not for the user's eyes: words of the log, keys, names of files.
-ROOMS = ["app", "ui", "update"]
+# Where a sentence must be translatable. Words of the log, keys and names of files are not for the user's eyes.
+# Adapters have few texts and many words of other programs; lupdate reads them all the same.
+ROOMS = [path.name for path in (PROJECT / "src").iterdir() if path.is_dir() and path.name != "platform"]
 SENTENCE = re.compile(rf'(?:u{LITERAL}_s|QStringLiteral\(\s*{LITERAL}\s*\))')
 NOT_SHOWN = [
     r"Parlivo:? ?",  # the program's name
     r"QPushButton.*|QProgressBar.*",  # style sheets
     r"  %1 %2\\n",  # a line of --help, put together
     r"sottotitoli e revisione a cura di",  # compared with
+    r"[:,\]] | Glossario: |yyyy-MM-dd HH:mm:ss.zzz",  # punctuation, formats
+    r"Trascrizione in italiano, .*|.*ESATTAMENTE.*|.*\{TEXT\}.*",  # for the engines
+    r"Parlivo: impossibile avviare whisper-server: ",  # for the system's log
 ]
 
 
