@@ -20,7 +20,7 @@ std::unique_ptr<Worker> fetchNames(const Lifetime::Token& owner,
     request.url = Config::ollamaURL();
     request.url.setPath(QStringLiteral("/api/tags"));
     request.timeout = 3s;
-    const auto ask = [request, owner, completion = std::move(completion)](const std::stop_token& calledOff) {
+    const auto ask = [request, owner, completion = std::move(completion)](const StopToken& calledOff) {
         const HttpReply reply = Http::exchange(request, calledOff);
         const auto found = reply.complete() ? names(reply.body) : std::nullopt;
         if (found) MainQueue::async(owner, [completion, names = *found] { completion(names); });

@@ -54,14 +54,14 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
         request_.headers = {{"Accept-Encoding", "identity"}};
     }
 
-    void run(const std::stop_token& calledOff) {
+    void run(const StopToken& calledOff) {
         const auto receive = [this](QByteArrayView bytes, qint64 statedLength) {
             statedLength_ = statedLength;
             return write(bytes);
         };
         const HttpReply reply = Http::download(request_, receive, calledOff);
         // Nobody is interested any more, not even in what is on the disk.
-        if (calledOff.stop_requested()) return;
+        if (calledOff.stopRequested()) return;
         if (!diskFailure_ && reply.failure) {
             file_.reset();
             onMain(
@@ -158,9 +158,8 @@ void Downloader::start() {
     const auto attempt = std::make_shared<Attempt>(*this, entry_, destination_);
     // First of all: a short answer is dealt with on the worker before this thread goes on.
     Log::info(QStringLiteral("download avviato: ") + entry_.fileName);
-    worker_ =
-        std::make_unique<Worker>(QStringLiteral("parlivo.download"),
-                                 [attempt](const std::stop_token& calledOff) { attempt->run(calledOff); });
+    worker_ = std::make_unique<Worker>(QStringLiteral("parlivo.download"),
+                                       [attempt](const StopToken& calledOff) { attempt->run(calledOff); });
 }
 
 void Downloader::transferFailed(const Error& failure) {

@@ -32,9 +32,9 @@ void observe(std::chrono::milliseconds stated) {
 struct WaitState {
     std::mutex mutex;
     std::condition_variable changed;
-    std::stop_source ending;  // under mutex
+    StopSource ending;  // under mutex
 
-    bool interrupted() const { return ending.stop_requested(); }
+    bool interrupted() const { return ending.stopRequested(); }
 };
 
 WaitState& waitState() {
@@ -76,7 +76,7 @@ bool sleepUntil(TimePoint moment) {
 void interruptAll() {
     {
         const std::lock_guard lock(waitState().mutex);
-        waitState().ending.request_stop();
+        waitState().ending.requestStop();
     }
     waitState().changed.notify_all();
 }
@@ -86,14 +86,14 @@ bool interrupted() {
     return waitState().interrupted();
 }
 
-std::stop_token ending() {
+StopToken ending() {
     const std::lock_guard lock(waitState().mutex);
-    return waitState().ending.get_token();
+    return waitState().ending.token();
 }
 
 void resume() {
     const std::lock_guard lock(waitState().mutex);
-    waitState().ending = std::stop_source();
+    waitState().ending = StopSource();
 }
 
 // A signal uses the lock of the shared wait state, so that "raised or interrupted" is one condition.

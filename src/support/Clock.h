@@ -1,8 +1,9 @@
 #pragma once
 
+#include "support/Stop.h"
+
 #include <chrono>
 #include <functional>
-#include <stop_token>
 
 /// The waits of the program, in one place: the end of the program cuts them short, and a test runs them on a
 /// fast clock. QWaitCondition and QDeadlineTimer know neither that end nor a scale.
@@ -63,7 +64,7 @@ void interruptAll();
 bool interrupted();
 /// Stops when the program ends, for waits that do not sleep here. What is called then must be quick and must
 /// not use Clock.
-std::stop_token ending();
+StopToken ending();
 /// Waits work again; for tests, which simulate the program's end more than once in a process.
 void resume();
 

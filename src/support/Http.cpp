@@ -102,9 +102,9 @@ class Transfer {
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
-    HttpReply run(const HttpRequest& request, const std::stop_token& calledOff) {
+    HttpReply run(const HttpRequest& request, const StopToken& calledOff) {
         const auto wake = [this] { curl_multi_wakeup(multi_.get()); };
-        const std::stop_callback wakesUp(calledOff, wake);
+        const StopCallback wakesUp(calledOff, wake);
         const CURLcode result = perform(request, calledOff);
         HttpReply reply;
         reply.status = static_cast<int>(number<long>(CURLINFO_RESPONSE_CODE));
@@ -164,12 +164,12 @@ class Transfer {
         headers_.reset(longer);
     }
 
-    CURLcode perform(const HttpRequest& request, const std::stop_token& calledOff) {
+    CURLcode perform(const HttpRequest& request, const StopToken& calledOff) {
         const auto end = request.limit ? Clock::Deadline(*request.limit).end() : TimePoint::max();
         const auto silence = std::max(Clock::scaled(request.timeout), milliseconds(1));
         auto lastProgress = Clock::now();
         qint64 reached = progress();
-        while (!calledOff.stop_requested()) {
+        while (!calledOff.stopRequested()) {
             int running = 0;
             curl_multi_perform(multi_.get(), &running);
             if (running == 0) return outcome();
@@ -225,7 +225,7 @@ class Transfer {
 
 }  // namespace
 
-HttpReply exchange(const HttpRequest& request, const std::stop_token& calledOff) {
+HttpReply exchange(const HttpRequest& request, const StopToken& calledOff) {
     QByteArray body;
     bool tooLong = false;
     const Receiver gather = [&](QByteArrayView bytes, qint64) {
@@ -242,7 +242,7 @@ HttpReply exchange(const HttpRequest& request, const std::stop_token& calledOff)
     return reply;
 }
 
-HttpReply download(const HttpRequest& request, const Receiver& receive, const std::stop_token& calledOff) {
+HttpReply download(const HttpRequest& request, const Receiver& receive, const StopToken& calledOff) {
     return Transfer(request, receive).run(request, calledOff);
 }
 

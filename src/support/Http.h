@@ -2,6 +2,7 @@
 
 #include "support/Clock.h"
 #include "support/Error.h"
+#include "support/Stop.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -10,7 +11,6 @@
 #include <chrono>
 #include <functional>
 #include <optional>
-#include <stop_token>
 #include <utility>
 #include <vector>
 
@@ -58,7 +58,7 @@ struct HttpReply {
 namespace Http {
 
 /// Sends a request and waits for its reply.
-HttpReply exchange(const HttpRequest& request, const std::stop_token& calledOff = Clock::ending());
+HttpReply exchange(const HttpRequest& request, const StopToken& calledOff = Clock::ending());
 
 /// Takes the next bytes of a body, on the calling thread; as long as it takes, the sender has to wait, which
 /// does not count as a stretch without progress. `statedLength` is what the server says of the whole body, in
@@ -67,7 +67,7 @@ using Receiver = std::function<bool(QByteArrayView bytes, qint64 statedLength)>;
 
 /// The same, for a body of any size in little memory. Bodies of redirections are left out.
 HttpReply download(const HttpRequest& request, const Receiver& receive,
-                   const std::stop_token& calledOff = Clock::ending());
+                   const StopToken& calledOff = Clock::ending());
 
 }  // namespace Http
 

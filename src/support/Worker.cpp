@@ -13,7 +13,7 @@
 namespace parlivo {
 
 struct Worker::Task {
-    std::stop_source stop;
+    StopSource stop;
     std::unique_ptr<QThread> thread;
     bool ended = false;  // under the registry's mutex
 };
@@ -51,8 +51,8 @@ Worker::Worker(const QString& name, Job job) : task_(std::make_shared<Task>()) {
     registry().clean();
     task_->thread.reset(QThread::create([task = task_, job = std::move(job)]() mutable {
         {
-            const std::stop_callback atEnd(Clock::ending(), [&task] { task->stop.request_stop(); });
-            job(task->stop.get_token());
+            const StopCallback atEnd(Clock::ending(), [&task] { task->stop.requestStop(); });
+            job(task->stop.token());
         }
         job = nullptr;  // what it held goes here and not with the thread
         const std::lock_guard lock(registry().mutex);
@@ -66,13 +66,13 @@ Worker::Worker(const QString& name, Job job) : task_(std::make_shared<Task>()) {
 }
 
 Worker::~Worker() {
-    task_->stop.request_stop();
+    task_->stop.requestStop();
 }
 
 void Worker::endAll(std::chrono::milliseconds limit) {
     {
         std::unique_lock lock(registry().mutex);
-        for (const auto& task : registry().tasks) task->stop.request_stop();
+        for (const auto& task : registry().tasks) task->stop.requestStop();
         registry().changed.wait_for(lock, limit, [] {
             return std::ranges::all_of(registry().tasks, [](const auto& task) { return task->ended; });
         });

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "support/Stop.h"
+
 #include <QString>
 
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <stop_token>
 
 namespace parlivo {
 
@@ -17,7 +18,7 @@ namespace parlivo {
 class Worker {
   public:
     /// Must not throw.
-    using Job = std::function<void(const std::stop_token& calledOff)>;
+    using Job = std::function<void(const StopToken& calledOff)>;
 
     /// `name` is that of the thread.
     Worker(const QString& name, Job job);

@@ -9,7 +9,7 @@
 
 namespace parlivo {
 
-FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const std::stop_token& calledOff) {
+FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const StopToken& calledOff) {
     const auto kept = std::make_shared<ScopedFile>(Platform::current().directories().temporary() +
                                                    QStringLiteral("/parlivo-update-%1.zip").arg(freshUuid()));
     QFile file(kept->path());

@@ -2,12 +2,12 @@
 
 #include "support/Error.h"
 #include "support/ScopedFile.h"
+#include "support/Stop.h"
 
 #include <QUrl>
 
 #include <memory>
 #include <optional>
-#include <stop_token>
 
 namespace parlivo {
 
@@ -20,6 +20,6 @@ struct FetchedArchive {
 
 /// Fetches an archive into a temporary file that only the user can read. What is longer than `expectedSize`
 /// bytes is of no use and fetched no further than one piece beyond it. Blocks, so not on the main thread.
-FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const std::stop_token& calledOff);
+FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const StopToken& calledOff);
 
 }  // namespace parlivo

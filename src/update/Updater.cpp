@@ -42,7 +42,7 @@ void Updater::check() {
     request.headers = {{"Cache-Control", "no-cache"}};
     request.timeout = feedTimeout;
     request.maximumReplySize = longestFeed;
-    const auto ask = [this, request, alive = lifetime_.token()](const std::stop_token& calledOff) {
+    const auto ask = [this, request, alive = lifetime_.token()](const StopToken& calledOff) {
         const HttpReply reply = Http::exchange(request, calledOff);
         const auto feed = reply.complete() ? FeedEntry::decode(reply.body) : std::nullopt;
         if (feed) MainQueue::async(alive, [this, feed = *feed] { take(feed); });
@@ -83,7 +83,7 @@ void Updater::install(const FeedEntry& entry) {
     }
     setInstalling(entry.version);
     Log::info(u"download aggiornamento "_s + entry.version);
-    const auto fetch = [this, url, entry, alive = lifetime_.token()](const std::stop_token& calledOff) {
+    const auto fetch = [this, url, entry, alive = lifetime_.token()](const StopToken& calledOff) {
         const FetchedArchive archive = fetchArchive(url, entry.size, calledOff);
         MainQueue::async(alive, [this, entry, archive] { apply(entry, archive); });
     };

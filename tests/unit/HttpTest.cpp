@@ -243,7 +243,7 @@ TEST_F(HttpTest, AWorkersEndEndsItsRequestAtOnce) {
     server.on("/a%20b", silence());
     Clock::Signal ended;
     {
-        const Worker worker(QStringLiteral("test"), [&](const std::stop_token& calledOff) {
+        const Worker worker(QStringLiteral("test"), [&](const StopToken& calledOff) {
             EXPECT_TRUE(Http::exchange(request(), calledOff).failure);
             ended.raise();
         });
@@ -274,7 +274,7 @@ TEST(WorkerTest, AJobThatIsHeldUpHoldsNobodyElseUp) {
     };
     static Gate gate;
     {
-        const Worker worker(QStringLiteral("test"), [](const std::stop_token&) {
+        const Worker worker(QStringLiteral("test"), [](const StopToken&) {
             gate.entered = true;
             gate.entered.notify_all();
             gate.open.wait(false);
@@ -293,7 +293,7 @@ TEST(WorkerTest, AJobThatIsHeldUpHoldsNobodyElseUp) {
 TEST(WorkerTest, WhatAJobHoldsGoesWithItsEnd) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> watch = held;
-    const Worker worker(QStringLiteral("test"), [held = std::move(held)](const std::stop_token&) {});
+    const Worker worker(QStringLiteral("test"), [held = std::move(held)](const StopToken&) {});
     Worker::endAll(seconds(60));
     EXPECT_TRUE(watch.expired());
 }

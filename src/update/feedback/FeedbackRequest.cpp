@@ -43,7 +43,7 @@ std::unique_ptr<Worker> sendFeedback(const Feedback& feedback, const Lifetime::T
     request.body = bodyOf(feedback);
     request.timeout = 15s;
     request.redirects = HttpRequest::Redirects::Refuse;
-    const auto send = [request, owner, completion = std::move(completion)](const std::stop_token& calledOff) {
+    const auto send = [request, owner, completion = std::move(completion)](const StopToken& calledOff) {
         const bool success = isSuccess(Http::exchange(request, calledOff));
         MainQueue::async(owner, [completion, success] { completion(success); });
     };
