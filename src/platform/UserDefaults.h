@@ -11,8 +11,9 @@ class UserDefaults {
   public:
     virtual ~UserDefaults() = default;
 
-    /// The stored value (bool, integer, double, string; a date is a string in ISO 8601, UTC), or an invalid
-    /// variant when the key was never written or the store cannot be read.
+    /// The stored value (bool, integer, double, string, date; a store without a type for dates gives them as
+    /// strings in ISO 8601, UTC), or an invalid variant when the key was never written or the store cannot
+    /// be read.
     virtual QVariant value(const QString& key) const = 0;
     /// Stores a value. A failure is reported by the store in the system log, never to the caller.
     virtual void setValue(const QString& key, const QVariant& value) = 0;

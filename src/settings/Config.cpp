@@ -95,7 +95,11 @@ std::optional<QString> get(const Setting<std::optional<QString>>& setting) {
 }
 
 std::optional<QDateTime> get(const Setting<std::optional<QDateTime>>& setting) {
-    const auto moment = QDateTime::fromString(string(setting.key).value_or(QString()), Qt::ISODateWithMs);
+    const QVariant value = stored(setting.key);
+    const auto moment =
+        value.typeId() == QMetaType::QDateTime
+            ? value.toDateTime()
+            : QDateTime::fromString(string(setting.key).value_or(QString()), Qt::ISODateWithMs);
     if (!moment.isValid()) return std::nullopt;
     return moment;
 }
@@ -117,7 +121,7 @@ void set(const Setting<std::optional<QString>>& setting, const QString& value) {
 }
 
 void set(const Setting<std::optional<QDateTime>>& setting, const QDateTime& value) {
-    store(setting.key, value.toUTC().toString(Qt::ISODateWithMs));
+    store(setting.key, value.toUTC());
 }
 
 void remove(const QString& key) {

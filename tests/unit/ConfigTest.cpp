@@ -162,7 +162,9 @@ TEST_F(ConfigTest, ADateIsKeptInUtcAndAnythingElseIsNoDate) {
     const QDateTime moment(QDate(2026, 3, 1), QTime(12, 30, 15, 250), Qt::UTC);
     Config::set(Settings::feedbackPromptLastShown, moment);
     EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), moment);
-    EXPECT_EQ(stored(Settings::feedbackPromptLastShown), QStringLiteral("2026-03-01T12:30:15.250Z"));
+    EXPECT_EQ(stored(Settings::feedbackPromptLastShown), moment.toUTC());
+    store(Settings::feedbackPromptLastShown, QStringLiteral("2026-03-01T12:30:15.250Z"));
+    EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), moment) << "from a store without dates";
     for (const QVariant& wrong : {QVariant(QStringLiteral("ieri")), QVariant(12), QVariant(true)}) {
         store(Settings::feedbackPromptLastShown, wrong);
         EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), std::nullopt);

@@ -62,6 +62,12 @@ TEST_F(JsonUserDefaultsTest, KeepsEachTypeAcrossProcesses) {
     EXPECT_TRUE(complaints.isEmpty());
 }
 
+TEST_F(JsonUserDefaultsTest, ADateIsKeptAsTextInUtc) {
+    const QDateTime moment(QDate(2026, 3, 1), QTime(13, 30, 15, 250), Qt::OffsetFromUTC, 3600);
+    store().setValue(QStringLiteral("when"), moment);
+    EXPECT_EQ(store().value(QStringLiteral("when")), QStringLiteral("2026-03-01T12:30:15.250Z"));
+}
+
 TEST_F(JsonUserDefaultsTest, IsPlainJsonForTheUsersEyesOnly) {
     store().setValue(key, QStringLiteral("v"));
     EXPECT_EQ(QJsonDocument::fromJson(read(file())).object().value(key).toString(), QStringLiteral("v"));

@@ -2,6 +2,7 @@
 
 #include "support/Claim.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -81,7 +82,9 @@ QVariant JsonUserDefaults::value(const QString& key) const {
 }
 
 void JsonUserDefaults::setValue(const QString& key, const QVariant& value) {
-    write([&](QSettings& settings) { settings.setValue(key, value); });
+    const bool isDate = value.typeId() == QMetaType::QDateTime;
+    const QVariant kept = isDate ? value.toDateTime().toUTC().toString(Qt::ISODateWithMs) : value;
+    write([&](QSettings& settings) { settings.setValue(key, kept); });
 }
 
 void JsonUserDefaults::remove(const QString& key) {
