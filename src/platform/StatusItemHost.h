@@ -12,14 +12,16 @@ namespace parlivo {
 struct StatusItemPlace {
     /// What plain symbols are drawn in there.
     enum class Foreground {
-        Unknown,  ///< not published: read from the screen, or the applications' own text colour
-        Dark,     ///< on a light panel
-        Light,    ///< on a dark panel
+        Unknown,   ///< not published: read from the screen, or the applications' own text colour
+        Dark,      ///< on a light panel
+        Light,     ///< on a dark panel
+        Template,  ///< the place itself chooses, by nothing but the symbol's shape
     };
     /// Who draws an item's menu.
     enum class Menus {
         DrawnByUs,     ///< an ordinary pop-up window
         DrawnByPanel,  ///< titles travel to the panel, which reads an underscore as the mark of a shortcut
+        Native,        ///< the system's own kind of menu, which the place opens itself
     };
 
     Foreground foreground = Foreground::Unknown;

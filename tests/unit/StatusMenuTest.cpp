@@ -226,6 +226,17 @@ TEST_F(StatusMenuTest, TheUntintedSymbolFollowsThePanel) {
     EXPECT_EQ(ink(menu.icon()).name(), QStringLiteral("#222222"));
 }
 
+TEST_F(StatusMenuTest, APlaceThatColoursSymbolsItselfGetsUntintedOnesAsTemplates) {
+    platform.statusItems().report(StatusItemPlace{Foreground::Template, Menus::Native});
+    menu.setIcon(QStringLiteral("mic"), Tint::None);
+    EXPECT_TRUE(menu.icon().isMask());
+    menu.setIcon(QStringLiteral("mic.fill"), Tint::Red);
+    EXPECT_FALSE(menu.icon().isMask());
+    menu.setIcon(QStringLiteral("mic"), Tint::None);
+    platform.statusItems().report(StatusItemPlace{Foreground::Dark, Menus::DrawnByUs});
+    EXPECT_FALSE(menu.icon().isMask());
+}
+
 TEST_F(StatusMenuTest, EveryStateHasItsOwnSymbol) {
     std::vector<QImage> images;
     for (const char* name : {"mic", "mic.fill", "waveform", "wand.and.stars", "keyboard"}) {

@@ -82,6 +82,7 @@ QColor plainColour(StatusItemPlace::Foreground foreground) {
         case StatusItemPlace::Foreground::Light:
             return {0xf2, 0xf2, 0xf2};
         case StatusItemPlace::Foreground::Unknown:
+        case StatusItemPlace::Foreground::Template:
             break;
     }
     return QApplication::palette().color(QPalette::WindowText);
@@ -195,7 +196,8 @@ void StatusMenu::showItem() {
     item_->setContextMenu(&menu_);
     // Panels open the menu with the right button only; here the left one opens it too.
     connect(item_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger) menu_.popup(QCursor::pos());
+        const bool opened = place_.value_or(StatusItemPlace()).menus == StatusItemPlace::Menus::Native;
+        if (reason == QSystemTrayIcon::Trigger && !opened) menu_.popup(QCursor::pos());
     });
     item_->show();
 }
@@ -223,6 +225,8 @@ void StatusMenu::setIcon(const QString& symbol, Tint tint) {
 
 void StatusMenu::drawIcon() {
     icon_ = SymbolIcon::icon(symbol_, colour());
+    if (!icon_.isNull())
+        icon_.setIsMask(foreground() == StatusItemPlace::Foreground::Template && tint_ == Tint::None);
     if (item_) item_->setIcon(icon_);
 }
 

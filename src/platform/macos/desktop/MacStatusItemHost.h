@@ -8,7 +8,8 @@ namespace parlivo {
 class MacStatusItemHost : public StatusItemHost {
   public:
     void watch(Observer observer) override {
-        if (observer) observer(StatusItemPlace{});
+        if (!observer) return;
+        observer(StatusItemPlace{StatusItemPlace::Foreground::Template, StatusItemPlace::Menus::Native});
     }
     StatusItemPlace::Foreground foregroundAt(const QRect&) override {
         return StatusItemPlace::Foreground::Unknown;
