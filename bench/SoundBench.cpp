@@ -8,9 +8,9 @@
 #include "Table.h"
 #include "audio/CaptureFile.h"
 #include "audio/LevelMeter.h"
-#include "platform/linux/sound/BlockAssembler.h"
 #include "platform/linux/sound/PulseAudioInput.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
+#include "platform/sound/BlockAssembler.h"
 #include "support/Error.h"
 
 #include <QFile>

@@ -3,8 +3,16 @@
 set(PARLIVO_BUNDLE ${PROJECT_BINARY_DIR}/Parlivo.app)
 set(bundle_resources ${PARLIVO_BUNDLE}/Contents/Resources)
 
-configure_file(${PROJECT_SOURCE_DIR}/resources/Info.plist.in ${PARLIVO_BUNDLE}/Contents/Info.plist @ONLY)
-set_target_properties(Parlivo PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PARLIVO_BUNDLE}/Contents/MacOS)
+if(CMAKE_SYSTEM_NAME STREQUAL "Darwin")
+    # CMake makes the bundle and fills in its Info.plist; the rest goes into the same folder.
+    set_target_properties(Parlivo PROPERTIES
+        MACOSX_BUNDLE ON
+        MACOSX_BUNDLE_INFO_PLIST ${PROJECT_SOURCE_DIR}/resources/macos/Info.plist.in
+        RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+else()
+    configure_file(${PROJECT_SOURCE_DIR}/resources/Info.plist.in ${PARLIVO_BUNDLE}/Contents/Info.plist @ONLY)
+    set_target_properties(Parlivo PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PARLIVO_BUNDLE}/Contents/MacOS)
+endif()
 
 # bundle_resource(source destination): keeps Contents/Resources/destination equal to the file.
 function(bundle_resource source destination)
@@ -23,17 +31,31 @@ foreach(folder symbols icons sounds help)
     endforeach()
 endforeach()
 
-# The application's icon as pictures, for desktops that want them (freedesktop.org's icon theme "hicolor").
 add_executable(render_icon ${PROJECT_SOURCE_DIR}/tools/RenderIcon.cpp)
 target_link_libraries(render_icon PRIVATE parlivo_options Qt6::Svg)
-set(icon_sizes 16 22 24 32 48 64 128 256 512)
-set(icon_theme ${bundle_resources}/icons/hicolor)
 set(icon_drawing ${PROJECT_SOURCE_DIR}/resources/icons/it.parlivo.Parlivo.svg)
-list(TRANSFORM icon_sizes REPLACE "(.+)" "${icon_theme}/\\1x\\1/apps/it.parlivo.Parlivo.png" OUTPUT_VARIABLE icon_pictures)
-add_custom_command(OUTPUT ${icon_pictures}
-                   COMMAND render_icon ${icon_drawing} ${icon_theme} it.parlivo.Parlivo ${icon_sizes}
-                   DEPENDS render_icon ${icon_drawing} VERBATIM)
-set_property(GLOBAL APPEND PROPERTY PARLIVO_BUNDLED ${icon_pictures})
+
+# icon_pictures(variable folder size...): draws the application's icon at these sizes.
+function(icon_pictures variable folder)
+    list(TRANSFORM ARGN REPLACE "(.+)" "${folder}/\\1x\\1/apps/it.parlivo.Parlivo.png" OUTPUT_VARIABLE pictures)
+    add_custom_command(OUTPUT ${pictures}
+                       COMMAND render_icon ${icon_drawing} ${folder} it.parlivo.Parlivo ${ARGN}
+                       DEPENDS render_icon ${icon_drawing} VERBATIM)
+    set(${variable} ${pictures} PARENT_SCOPE)
+endfunction()
+
+if(CMAKE_SYSTEM_NAME STREQUAL "Darwin")
+    icon_pictures(pictures ${PROJECT_BINARY_DIR}/icon 16 32 64 128 256 512 1024)
+    set(icon ${bundle_resources}/Parlivo.icns)
+    set(make_icns ${PROJECT_SOURCE_DIR}/tools/make-icns)
+    add_custom_command(OUTPUT ${icon} COMMAND ${make_icns} ${icon} ${pictures} DEPENDS ${make_icns} ${pictures} VERBATIM)
+    set_property(GLOBAL APPEND PROPERTY PARLIVO_BUNDLED ${icon})
+else()
+    # For desktops that want pictures (freedesktop.org's icon theme "hicolor").
+    set(icon_theme ${bundle_resources}/icons/hicolor)
+    icon_pictures(pictures ${icon_theme} 16 22 24 32 48 64 128 256 512)
+    set_property(GLOBAL APPEND PROPERTY PARLIVO_BUNDLED ${pictures})
+endif()
 
 # Qt's own words in the interface's language.
 get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)

@@ -1,5 +1,5 @@
 #include "FuzzTarget.h"
-#include "platform/linux/sound/BlockAssembler.h"
+#include "platform/sound/BlockAssembler.h"
 
 #include <algorithm>
 #include <span>

@@ -1,7 +1,7 @@
-#include "platform/linux/sound/ArrivalClock.h"
-#include "platform/linux/sound/BlockAssembler.h"
 #include "platform/linux/sound/MicrophoneChoice.h"
 #include "platform/linux/sound/PulseReason.h"
+#include "platform/sound/ArrivalClock.h"
+#include "platform/sound/BlockAssembler.h"
 
 #include <gmock/gmock.h>
 #include <pulse/def.h>

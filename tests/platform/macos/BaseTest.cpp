@@ -49,6 +49,16 @@ TEST_F(BaseTest, TheVersionCountsOnlyAsAString) {
     EXPECT_EQ(bundle.shortVersion(), QStringLiteral("1.5"));
 }
 
+TEST_F(BaseTest, TheVersionOfAnotherBundleIsReadFromItsPath) {
+    const QString bundle = QStringLiteral("/tmp/l'app nuova/Parlivo.app");
+    EXPECT_EQ(shortVersionOf(bundle), std::nullopt);
+    mac::world().otherBundles[bundle] = {};
+    EXPECT_EQ(shortVersionOf(bundle), std::nullopt);
+    mac::world().otherBundles[bundle] = {
+        {QStringLiteral("CFBundleShortVersionString"), QStringLiteral("2.0")}};
+    EXPECT_EQ(shortVersionOf(bundle), QStringLiteral("2.0"));
+}
+
 TEST_F(BaseTest, TheBundleLiesWhereItsLinksLead) {
     const QTemporaryDir folder;
     const QString real = QDir(folder.path()).canonicalPath() + QStringLiteral("/Parlivo.app");

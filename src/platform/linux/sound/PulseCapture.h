@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/AudioInput.h"
-#include "platform/linux/sound/ArrivalClock.h"
-#include "platform/linux/sound/BlockAssembler.h"
 #include "platform/linux/sound/MicrophoneChoice.h"
 #include "platform/linux/sound/PulseConnection.h"
+#include "platform/sound/ArrivalClock.h"
+#include "platform/sound/BlockAssembler.h"
 
 #include <chrono>
 #include <memory>

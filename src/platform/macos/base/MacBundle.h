@@ -4,6 +4,9 @@
 
 namespace parlivo {
 
+/// "CFBundleShortVersionString" of the bundle at a path; nullopt if there is no bundle or no such string.
+std::optional<QString> shortVersionOf(const QString& bundle);
+
 /// The main bundle, as the system knows it.
 class MacBundle : public Bundle {
   public:

@@ -6,6 +6,20 @@
 
 namespace parlivo {
 
+namespace {
+
+std::optional<QString> versionIn(NSBundle* bundle) {
+    const id version = [bundle objectForInfoDictionaryKey:@"CFBundleShortVersionString"];
+    if (![version isKindOfClass:[NSString class]]) return std::nullopt;
+    return fromNSString(version);
+}
+
+}  // namespace
+
+std::optional<QString> shortVersionOf(const QString& bundle) {
+    return versionIn([NSBundle bundleWithPath:toNSString(bundle)]);
+}
+
 QString MacBundle::location() const {
     return QFileInfo(fromNSString(NSBundle.mainBundle.bundlePath)).canonicalFilePath();
 }
@@ -17,9 +31,7 @@ std::optional<QString> MacBundle::resource(const QString& name) const {
 }
 
 std::optional<QString> MacBundle::shortVersion() const {
-    const id version = [NSBundle.mainBundle objectForInfoDictionaryKey:@"CFBundleShortVersionString"];
-    if (![version isKindOfClass:[NSString class]]) return std::nullopt;
-    return fromNSString(version);
+    return versionIn(NSBundle.mainBundle);
 }
 
 }  // namespace parlivo

@@ -1,4 +1,4 @@
-#include "platform/linux/sound/ArrivalClock.h"
+#include "platform/sound/ArrivalClock.h"
 
 #include <algorithm>
 

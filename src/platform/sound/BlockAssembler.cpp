@@ -1,4 +1,4 @@
-#include "platform/linux/sound/BlockAssembler.h"
+#include "platform/sound/BlockAssembler.h"
 
 #include <algorithm>
 #include <utility>
