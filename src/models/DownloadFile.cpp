@@ -9,30 +9,32 @@
 #include <QFileInfo>
 
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
-#include <utility>
 
 namespace parlivo {
 
 namespace {
 
 const QString suffix = QStringLiteral(".parlivo-download");
+constexpr qsizetype blockSize = 1 << 20;
 constexpr unsigned permissions = 0666;  // less the user's own mask
 
 }  // namespace
 
-DownloadFile::DownloadFile(QString destination)
-    : destination_(std::move(destination)),
-      temporary_(destination_ + QLatin1Char('.') + freshUuid() + suffix) {}
+DownloadFile::DownloadFile(const QString& destination)
+    : path_(destination + QLatin1Char('.') + freshUuid() + suffix),
+      name_(QFileInfo(destination).fileName()),
+      temporary_(path_) {}
 
 DownloadFile::~DownloadFile() {
     if (descriptor_ < 0) return;
     close(descriptor_);
-    // No longer there once it was moved into its place.
+    // No longer there once it was moved to its place.
     QFile::remove(temporary_);
 }
 
@@ -55,13 +57,36 @@ qint64 DownloadFile::size() {
     return status.st_size;
 }
 
-void DownloadFile::moveIntoPlace() {
+std::optional<qint64> DownloadFile::freeSpace() {
+    open();
+    struct statvfs status = {};
+    if (fstatvfs(descriptor_, &status) != 0 || status.f_blocks == 0) return std::nullopt;
+    return static_cast<qint64>(status.f_bavail) * static_cast<qint64>(status.f_frsize);
+}
+
+void DownloadFile::moveTo(const QString& place) {
     open();
     // The name must not reach the disk before the bytes: after a power cut the size alone would look right.
     if (fsync(descriptor_) != 0) fail();
-    const int result =
-        std::rename(QFile::encodeName(temporary_).constData(), QFile::encodeName(destination_).constData());
-    if (result != 0) fail();
+    if (std::rename(QFile::encodeName(path_).constData(), QFile::encodeName(place).constData()) != 0) {
+        if (errno != EXDEV) fail();
+        copyTo(place);
+    }
+    path_ = place;
+}
+
+void DownloadFile::copyTo(const QString& place) {
+    DownloadFile copy(place);
+    QByteArray block(blockSize, Qt::Uninitialized);
+    for (off_t at = 0;;) {
+        const ssize_t count = pread(descriptor_, block.data(), static_cast<std::size_t>(block.size()), at);
+        if (count < 0) fail();
+        if (count == 0) break;
+        copy.append(QByteArrayView(block).first(count));
+        at += count;
+    }
+    copy.moveTo(place);
+    QFile::remove(path_);
 }
 
 void DownloadFile::open() {
@@ -71,7 +96,7 @@ void DownloadFile::open() {
 }
 
 void DownloadFile::fail() const {
-    throw Error::system(errno, QFileInfo(destination_).fileName());
+    throw Error::system(errno, name_);
 }
 
 void DownloadFile::removeLeftovers(const QString& folder) {

@@ -1,5 +1,6 @@
 #include "models/Downloader.h"
 
+#include "models/Checksums.h"
 #include "models/DownloadFile.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
@@ -10,10 +11,12 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <memory>
 #include <utility>
 
 namespace parlivo {
@@ -36,6 +39,12 @@ Error incomplete(qint64 actual, qint64 expected) {
             Texts::tr("Download incompleto (%1MB su %2MB)").arg(actual / mebibyte).arg(expected / mebibyte)};
 }
 
+/// The 64 hexadecimal digits of an entity tag that is a SHA-256; empty for any other.
+QByteArray sha256In(const QByteArray& tag) {
+    static const QRegularExpression pattern(QStringLiteral("^\"([0-9A-Fa-f]{64})\"$"));
+    return pattern.match(QString::fromLatin1(tag)).captured(1).toLatin1();
+}
+
 }  // namespace
 
 /// One try of a download, on a thread of its own: a slow disk slows the sender down and nobody else. What it
@@ -47,41 +56,76 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
           alive_(downloader.lifetime_.token()),
           expectedSize_(entry.expectedSize),
           fileName_(entry.fileName),
+          sha1_(entry.sha1),
           file_(std::in_place, destination) {
         request_.url = entry.url;
         request_.timeout = 60s;
         // A body that is compressed on its way has another size than the file that was asked for.
         request_.headers = {{"Accept-Encoding", "identity"}};
+        // The host redirects to where the bytes are, and says what they hash to.
+        request_.firstHeader = "X-Linked-Etag";
     }
 
     void run(const StopToken& calledOff) {
-        const auto receive = [this](QByteArrayView bytes, qint64 statedLength) {
-            statedLength_ = statedLength;
-            return write(bytes);
+        const auto receive = [this](QByteArrayView bytes, const Http::Head& head) {
+            return take(bytes, head);
         };
         const HttpReply reply = Http::download(request_, receive, calledOff);
         // Nobody is interested any more, not even in what is on the disk.
         if (calledOff.stopRequested()) return;
-        if (!diskFailure_ && reply.failure) {
+        statedLength_ = reply.statedLength;
+        const bool ended = !reply.failure || diskFailure_ || tooLong_ || isCutOff(reply);
+        const auto retriable = ended ? checksumFailure() : reply.failure;
+        if (retriable) {
             file_.reset();
-            onMain(
-                [failure = *reply.failure](Downloader& downloader) { downloader.transferFailed(failure); });
+            onMain([failure = *retriable](Downloader& downloader) { downloader.transferFailed(failure); });
         } else {
             settle();
         }
     }
 
   private:
-    bool write(QByteArrayView bytes) {
+    /// False if there is no use in more.
+    bool take(QByteArrayView bytes, const Http::Head& head) {
         try {
-            file_->append(bytes);
+            if (written_ == 0) begin(head);
+            // One byte beyond the expected size shows that the file is another.
+            const auto room = expectedSize_ >= 1 ? expectedSize_ + 1 - written_ : bytes.size();
+            const QByteArrayView piece = bytes.first(std::min<qsizetype>(bytes.size(), room));
+            file_->append(piece);
+            checksums_.add(piece);
+            written_ += piece.size();
         } catch (const Error& error) {
             diskFailure_ = error;
             return false;
         }
-        written_ += bytes.size();
         reportProgress();
-        return true;
+        tooLong_ = expectedSize_ >= 1 && written_ > expectedSize_;
+        return !tooLong_;
+    }
+
+    /// Before the first bytes.
+    void begin(const Http::Head& head) {
+        statedLength_ = head.statedLength;
+        const auto space = file_->freeSpace();
+        if (space && *space < expectedLength()) throw Error::system(ENOSPC, fileName_);
+        if (!sha1_.isEmpty()) checksums_.expect(QCryptographicHash::Sha1, sha1_);
+        if (const QByteArray sha256 = sha256In(head.firstHeader); !sha256.isEmpty())
+            checksums_.expect(QCryptographicHash::Sha256, sha256);
+    }
+
+    /// The size that the file is to have, 0 or less if nobody says.
+    qint64 expectedLength() const { return expectedSize_ >= 1 ? expectedSize_ : statedLength_.load(); }
+
+    /// Without a size of our own, a body that ends before its stated length is a file of the wrong size.
+    bool isCutOff(const HttpReply& reply) const {
+        return expectedSize_ < 1 && reply.status != 0 && reply.statedLength >= 1 && !reply.timedOut;
+    }
+
+    /// A file of the right size whose bytes are others: another try may bring the right ones.
+    std::optional<Error> checksumFailure() const {
+        if (diskFailure_ || written_ != expectedLength() || checksums_.match()) return std::nullopt;
+        return incomplete(written_, expectedLength());
     }
 
     /// Tells where the transfer stands a moment later, and all that came meanwhile with it.
@@ -123,11 +167,21 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
     }
 
     void keep() {
-        const qint64 expected = expectedSize_ >= 1 ? expectedSize_ : statedLength_.load();
-        const qint64 actual = file_->size();
+        const qint64 expected = expectedLength();
+        // What is too long was not fetched to its end.
+        const qint64 actual = tooLong_ ? std::max(file_->size(), statedLength_.load()) : file_->size();
         if (expected >= 1 && actual != expected) throw incomplete(actual, expected);
-        file_->moveIntoPlace();
+        moveIntoPlace();
         Log::info(QStringLiteral("download completato e verificato: ") + fileName_);
+    }
+
+    /// The models' folder may be exchanged for another before or while the file gets there.
+    void moveIntoPlace() {
+        QString folder;
+        do {
+            folder = Config::modelsDir();
+            file_->moveTo(folder + QLatin1Char('/') + fileName_);
+        } while (Config::modelsDir() != folder);
     }
 
     void onMain(std::function<void(Downloader&)> job) {
@@ -138,24 +192,28 @@ class Downloader::Attempt : public std::enable_shared_from_this<Attempt> {
     const Lifetime::Token alive_;
     const qint64 expectedSize_;
     const QString fileName_;
+    const QByteArray sha1_;
     HttpRequest request_;
     std::optional<DownloadFile> file_;
     std::optional<Error> diskFailure_;
+    bool tooLong_ = false;
+    Checksums checksums_;
     // Written by the worker, read by the main thread.
     std::atomic<qint64> statedLength_ = -1;
     std::atomic<qint64> written_ = 0;
     std::atomic<bool> reportDue_ = false;
 };
 
-Downloader::Downloader(ModelCatalog::Entry entry)
-    : entry_(std::move(entry)), destination_(Config::modelsDir() + QLatin1Char('/') + entry_.fileName) {}
+Downloader::Downloader(ModelCatalog::Entry entry) : entry_(std::move(entry)) {}
 
 Downloader::~Downloader() = default;
 
 void Downloader::start() {
-    QDir().mkpath(QFileInfo(destination_).path());
-    QFile::remove(destination_);
-    const auto attempt = std::make_shared<Attempt>(*this, entry_, destination_);
+    const QString folder = Config::modelsDir();
+    const QString destination = folder + QLatin1Char('/') + entry_.fileName;
+    QDir().mkpath(folder);
+    QFile::remove(destination);
+    const auto attempt = std::make_shared<Attempt>(*this, entry_, destination);
     // First of all: a short answer is dealt with on the worker before this thread goes on.
     Log::info(QStringLiteral("download avviato: ") + entry_.fileName);
     worker_ = std::make_unique<Worker>(QStringLiteral("parlivo.download"),

@@ -14,8 +14,8 @@
 namespace parlivo {
 
 /// Fetches one model file into the models folder: streams it into a temporary file beside its place, checks
-/// its exact size, moves it into place. A transport failure is tried again from the beginning, three times, 3
-/// s apart.
+/// its exact size and its checksums where there are any, moves it into place. A transport failure or a wrong
+/// checksum is tried again from the beginning, three times, 3 s apart.
 ///
 /// One object serves one download; the caller keeps it alive for that long, destroying it calls the download
 /// off. Main thread, both callbacks too.
@@ -44,7 +44,6 @@ class Downloader {
     void complete(const std::optional<Error>& error);
 
     const ModelCatalog::Entry entry_;
-    const QString destination_;
     int retriesLeft_ = 3;
     std::unique_ptr<Worker> worker_;
     Lifetime lifetime_;

@@ -18,6 +18,10 @@ const Entry& find(const std::vector<Entry>& tiers, const QString& id, const Sett
     return found != tiers.end() ? *found : *std::ranges::find(tiers, setting.absent, &Entry::id);
 }
 
+QFileInfo fileOf(const Entry& entry) {
+    return QFileInfo(Config::modelsDir() + QLatin1Char('/') + entry.fileName);
+}
+
 }  // namespace
 
 const Entry& asrTier(const QString& id) {
@@ -30,9 +34,23 @@ const Entry& cleanupTier(const QString& id) {
 
 bool isDownloaded(const Entry& entry) {
     if (entry.fileName.isEmpty()) return true;
-    const QFileInfo file(Config::modelsDir() + QLatin1Char('/') + entry.fileName);
+    const QFileInfo file = fileOf(entry);
     if (!file.isFile()) return false;
     return entry.expectedSize >= 1 ? file.size() == entry.expectedSize : file.size() > plausibleSize;
+}
+
+std::optional<Fault> faultOf(const Entry& entry) {
+    if (isDownloaded(entry)) return std::nullopt;
+    const QFileInfo file = fileOf(entry);
+    if (!file.isFile()) {
+        return Fault{QStringLiteral("modello mancante: ") + entry.fileName,
+                     QStringLiteral("modello mancante: ") + file.filePath()};
+    }
+    return Fault{QStringLiteral("modello incompleto: ") + entry.fileName,
+                 QStringLiteral("modello incompleto: %1 (%2 byte invece di %3)")
+                     .arg(file.filePath())
+                     .arg(file.size())
+                     .arg(entry.expectedSize)};
 }
 
 }  // namespace parlivo::ModelCatalog

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QUrl>
 
+#include <optional>
 #include <vector>
 
 /// The fixed list of model files that can be downloaded and used. Any thread.
@@ -19,6 +21,8 @@ struct Entry {
     QUrl url;
     /// Exact size of the complete file in bytes; 0 = unknown or no file.
     qint64 expectedSize = 0;
+    /// Of the file's bytes, as its makers publish it: 40 hexadecimal digits; empty = not published.
+    QByteArray sha1{};
 };
 
 /// Speech recognition.
@@ -33,5 +37,13 @@ const Entry& cleanupTier(const QString& id);
 /// Whether the entry's file is in the models folder and complete. Size is looked at on each call: half a
 /// model taken for a whole one would block a user for good.
 bool isDownloaded(const Entry& entry);
+
+/// Why an entry's file cannot be used.
+struct Fault {
+    QString message;  ///< for the user
+    QString detail;   ///< for the log, with the file's whole path
+};
+/// nullopt if it is downloaded.
+std::optional<Fault> faultOf(const Entry& entry);
 
 }  // namespace parlivo::ModelCatalog

@@ -27,7 +27,8 @@ std::vector<Entry> makeAsrTiers() {
     const QString best = QStringLiteral("ggml-large-v3-turbo-q8_0.bin");
     return {
         {QStringLiteral("fast"), Texts::tr("Veloce"),
-         Texts::tr("Whisper turbo q5 · 574 MB · ottimo, più leggero"), fast, recogniser(fast), 574'041'195},
+         Texts::tr("Whisper turbo q5 · 574 MB · ottimo, più leggero"), fast, recogniser(fast), 574'041'195,
+         "e050f7970618a659205450ad97eb95a18d69c9ee"},
         {QStringLiteral("best"), Texts::tr("Precisa"),
          Texts::tr("Whisper turbo q8 · 834 MB · massima accuratezza (consigliata)"), best, recogniser(best),
          874'188'075},

@@ -10,16 +10,30 @@
 
 namespace parlivo {
 
+namespace {
+
+/// A download that began in the old folder may have ended there after the models were staged.
+void moveLatecomers(const QString& from, const QString& to) {
+    ModelsMove move(from, to);
+    move.stage();
+    move.commit();
+}
+
+}  // namespace
+
 void ModelsMover::move(const QString& to, std::function<void()> onAdopted) {
     const QString from = Config::modelsDir();
     queue_.async([this, alive = lifetime_.token(), from, to, onAdopted = std::move(onAdopted)] {
         const auto move = std::make_shared<ModelsMove>(from, to);
         move->stage();
         if (Clock::interrupted()) return;
-        MainQueue::async(alive, [this, to, move, onAdopted] {
+        MainQueue::async(alive, [this, from, to, move, onAdopted] {
             Config::set(Settings::modelsDir, to);
             onAdopted();
-            queue_.async([move] { move->commit(); });
+            queue_.async([move, from, to] {
+                move->commit();
+                moveLatecomers(from, to);
+            });
         });
     });
 }

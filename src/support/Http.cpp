@@ -80,7 +80,8 @@ bool isLoopback(const QUrl& url) {
 /// One request under way, on libcurl's handles.
 class Transfer {
   public:
-    Transfer(const HttpRequest& request, const Receiver& receive) : receive_(receive) {
+    Transfer(const HttpRequest& request, const Receiver& receive)
+        : firstHeader_(request.firstHeader), receive_(receive) {
         // What libcurl sets up once for the process, which it may do on any thread.
         static const CURLcode ready = curl_global_init(CURL_GLOBAL_DEFAULT);
         easy_.reset(curl_easy_init());
@@ -108,6 +109,8 @@ class Transfer {
         const CURLcode result = perform(request, calledOff);
         HttpReply reply;
         reply.status = static_cast<int>(number<long>(CURLINFO_RESPONSE_CODE));
+        reply.timedOut = result == CURLE_OPERATION_TIMEDOUT;
+        reply.statedLength = number<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
         if (result != CURLE_OK) {
             const QString text = describe(result, number<curl_off_t>(CURLINFO_CONNECT_TIME_T) > 0,
                                           number<long>(CURLINFO_OS_ERRNO));
@@ -204,9 +207,18 @@ class Transfer {
 
     static std::size_t takeBody(const char* bytes, std::size_t, std::size_t count, void* self) {
         const Transfer& transfer = *static_cast<const Transfer*>(self);
-        const qint64 stated = transfer.number<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
         const QByteArrayView piece(bytes, static_cast<qsizetype>(count));
-        return transfer.receive_(piece, stated) ? count : CURL_WRITEFUNC_ERROR;
+        return transfer.receive_(piece, transfer.head()) ? count : CURL_WRITEFUNC_ERROR;
+    }
+
+    Head head() const {
+        Head head{number<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T), {}};
+        curl_header* found = nullptr;
+        if (!firstHeader_.isEmpty() && curl_easy_header(easy_.get(), firstHeader_.constData(), 0,
+                                                        CURLH_HEADER, 0, &found) == CURLHE_OK) {
+            head.firstHeader = found->value;
+        }
+        return head;
     }
 
     /// libcurl keeps every line of every head.
@@ -216,6 +228,7 @@ class Transfer {
         return transfer.headBytes_ <= longestHead ? count : CURL_WRITEFUNC_ERROR;
     }
 
+    const QByteArray firstHeader_;
     const Receiver& receive_;
     qint64 headBytes_ = 0;
     std::unique_ptr<curl_slist, ListDeleter> headers_;
@@ -228,7 +241,7 @@ class Transfer {
 HttpReply exchange(const HttpRequest& request, const StopToken& calledOff) {
     QByteArray body;
     bool tooLong = false;
-    const Receiver gather = [&](QByteArrayView bytes, qint64) {
+    const Receiver gather = [&](QByteArrayView bytes, const Head&) {
         tooLong = body.size() + bytes.size() > request.maximumReplySize;
         if (!tooLong) body.append(bytes);
         return !tooLong;

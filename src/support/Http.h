@@ -30,6 +30,9 @@ struct HttpRequest {
     /// A body that grows beyond this many bytes ends the request with a failure. Not for `Http::download`.
     qint64 maximumReplySize = 16 << 20;
 
+    /// The name of a header whose value in the first answer `Http::Receiver` is told.
+    QByteArray firstHeader;
+
     enum class Redirects {
         Follow,  ///< but never from https to http
         Refuse,  ///< the redirection itself is the reply
@@ -45,6 +48,10 @@ struct HttpReply {
     /// What went wrong below HTTP, in Italian (domain "Network", libcurl's code): refused, cut off, timed
     /// out, too long, called off. A response of any status is not a failure.
     std::optional<Error> failure;
+    /// Whether the failure is that nothing came in time.
+    bool timedOut = false;
+    /// What the server said of the length of the body, in bytes, -1 if it said nothing.
+    qint64 statedLength = -1;
 
     bool complete() const { return status != 0 && !failure; }
 };
@@ -60,10 +67,17 @@ namespace Http {
 /// Sends a request and waits for its reply.
 HttpReply exchange(const HttpRequest& request, const StopToken& calledOff = Clock::ending());
 
+/// What comes before a body.
+struct Head {
+    /// Of the whole body, as the server says, in bytes; -1 if it says nothing.
+    qint64 statedLength = -1;
+    /// The header `HttpRequest::firstHeader` of the first answer, be it a redirection; empty without one.
+    QByteArray firstHeader;
+};
+
 /// Takes the next bytes of a body, on the calling thread; as long as it takes, the sender has to wait, which
-/// does not count as a stretch without progress. `statedLength` is what the server says of the whole body, in
-/// bytes, -1 if it says nothing. False ends the request.
-using Receiver = std::function<bool(QByteArrayView bytes, qint64 statedLength)>;
+/// does not count as a stretch without progress. False ends the request.
+using Receiver = std::function<bool(QByteArrayView bytes, const Head& head)>;
 
 /// The same, for a body of any size in little memory. Bodies of redirections are left out.
 HttpReply download(const HttpRequest& request, const Receiver& receive,

@@ -20,7 +20,7 @@ FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const StopToke
     request.url = url;
     // A body that is compressed on its way has another size than the file that was asked for.
     request.headers = {{"Accept-Encoding", "identity"}};
-    const auto receive = [&](QByteArrayView bytes, qint64) {
+    const auto receive = [&](QByteArrayView bytes, const Http::Head&) {
         return isOpen && file.write(bytes.data(), bytes.size()) == bytes.size() &&
                file.size() <= expectedSize;
     };

@@ -24,9 +24,9 @@ TEST_F(DownloaderDiskTest, WhatLiesInItsPlaceIsDeletedAtTheStart) {
     EXPECT_FALSE(QFile::exists(file()));
 }
 
-TEST_F(DownloaderDiskTest, ABodyWithoutEndFillsTheDiskAndNothingIsLeft) {
+TEST_F(DownloaderDiskTest, ABodyOfUnknownSizeMayFillTheDiskAndNothingIsLeft) {
     server.on(path, StubReply{"HTTP/1.1 200 OK\r\n\r\n", Manner::WithoutBound, {}});
-    EXPECT_FALSE(fetch());
+    EXPECT_FALSE(fetch(entry(0)));
     EXPECT_EQ(failure(), fileName + u": spazio su disco esaurito"_s);
     EXPECT_EQ(logged(), QStringList({u"download avviato: "_s + fileName,
                                      u"errore salvataggio "_s + fileName + u": "_s + failure()}))
@@ -37,10 +37,14 @@ TEST_F(DownloaderDiskTest, ABodyWithoutEndFillsTheDiskAndNothingIsLeft) {
 TEST_F(DownloaderDiskTest, AFullDiskIsTold) {
     constexpr qint64 large = 12 << 20;  // the disk here holds 8 MiB
     server.on(path, whole(makeModel(large)));
-    EXPECT_FALSE(fetch(entry(large)));
-    EXPECT_EQ(failure(), fileName + u": spazio su disco esaurito"_s);
-    EXPECT_EQ(server.requests(path).size(), 1U);
-    expectNothingLeft();
+    for (const qint64 expected : {large, qint64{0}}) {
+        ends.clear();
+        EXPECT_FALSE(fetch(entry(expected)));
+        EXPECT_EQ(failure(), fileName + u": spazio su disco esaurito"_s);
+        EXPECT_TRUE(progress.empty()) << "before the first byte";
+        expectNothingLeft();
+    }
+    EXPECT_EQ(server.requests(path).size(), 2U) << "one for each";
 }
 
 TEST_F(DownloaderDiskTest, AFileTooLargeForTheDiskIsTold) {

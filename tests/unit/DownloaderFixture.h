@@ -106,8 +106,9 @@ class DownloaderTest : public PlatformTest {
         }
         return lines;
     }
-    void expectRefused(const QString& reason) {
-        EXPECT_FALSE(fetch());
+    void expectRefused(const QString& reason) { expectRefused(reason, entry()); }
+    void expectRefused(const QString& reason, const ModelCatalog::Entry& wanted) {
+        EXPECT_FALSE(fetch(wanted));
         EXPECT_EQ(failure(), reason);
         EXPECT_TRUE(ends.back() && ends.back()->is(ErrorCode::IncompleteDownload));
         EXPECT_EQ(logged(), QStringList({u"download avviato: "_s + fileName,

@@ -1,5 +1,7 @@
 #include "DownloaderFixture.h"
 
+#include <QCryptographicHash>
+
 namespace parlivo {
 namespace {
 
@@ -173,10 +175,29 @@ TEST_F(DownloaderTest, WithoutAnyKnownSizeEverythingIsTaken) {
 }
 
 TEST_F(DownloaderTest, WithoutAKnownSizeTheStatedLengthMustBeMet) {
-    // A transport that breaks off is noticed before: what is left is a proxy that closes in good order.
-    server.on(path, {StubReply::cutOff(QByteArray(999, 'x'), 1000), whole(QByteArray(1000, 'x'))});
+    for (const qint64 sent : {0, 999}) {
+        ends.clear();
+        QFile::remove(Log::path());
+        server.on(path, StubReply::cutOff(QByteArray(sent, 'x'), 1000));
+        expectRefused(u"Download incompleto (0MB su 0MB)"_s, entry(0));
+    }
+    EXPECT_EQ(server.requests(path).size(), 2U) << "one for each";
+    ends.clear();
+    server.on(path, whole(QByteArray(1000, 'x')));
     ASSERT_TRUE(fetch(entry(0))) << failure().toStdString();
     EXPECT_EQ(contents().size(), 1000);
+}
+
+TEST_F(DownloaderTest, ABodyWithoutEndIsTakenToOneByteBeyondTheSize) {
+    server.on(path, StubReply{"HTTP/1.1 200 OK\r\n\r\n", Manner::WithoutBound, {}});
+    expectRefused(u"Download incompleto (2MB su 2MB)"_s);
+    for (const Progress& step : progress) EXPECT_LE(step.written, fileSize + 1);
+    EXPECT_EQ(server.requests(path).size(), 1U);
+}
+
+TEST_F(DownloaderTest, ALongerFileIsNamedWithItsStatedLength) {
+    server.on(path, whole(model() + model()));
+    expectRefused(u"Download incompleto (5MB su 2MB)"_s);
 }
 
 TEST_F(DownloaderTest, ARedirectionIsFollowed) {
@@ -197,6 +218,102 @@ TEST_F(DownloaderTest, ARedirectionInACircleEnds) {
     EXPECT_FALSE(fetch());
     EXPECT_EQ(failure(), u"troppi reindirizzamenti"_s);
     expectNothingLeft();
+}
+
+/// The host: it says what the bytes hash to and sends the client elsewhere for them.
+class HashingHostTest : public DownloaderTest {
+  protected:
+    HashingHostTest() { storage.on("/bytes?key=1", whole()); }
+
+    void redirect(const QByteArray& tag) {
+        server.on(path, StubReply{"HTTP/1.1 302 Found\r\nX-Linked-Etag: " + tag +
+                                      "\r\nX-Linked-Size: " + QByteArray::number(fileSize) +
+                                      "\r\nLocation: http://localhost:" + QByteArray::number(storage.port()) +
+                                      "/bytes?key=1\r\nContent-Length: 0\r\n\r\n",
+                                  Manner::Whole,
+                                  {}});
+    }
+    static QByteArray hash(QCryptographicHash::Algorithm algorithm) {
+        return QCryptographicHash::hash(model(), algorithm).toHex();
+    }
+    void expectRefusedFourTimes(const ModelCatalog::Entry& wanted) {
+        ends.clear();
+        QFile::remove(Log::path());
+        EXPECT_FALSE(fetch(wanted));
+        EXPECT_EQ(failure(), u"Download incompleto (2MB su 2MB)"_s);
+        EXPECT_TRUE(ends.back() && ends.back()->code() == static_cast<int>(ErrorCode::IncompleteDownload));
+        EXPECT_EQ(logged(), retries(3, failure()));
+        EXPECT_EQ(ends.size(), 1U);
+        expectNothingLeft();
+    }
+
+    StubServer storage;
+};
+
+TEST_F(HashingHostTest, TheRightBytesAreTaken) {
+    redirect('"' + hash(QCryptographicHash::Sha256) + '"');
+    ModelCatalog::Entry published = entry();
+    published.sha1 = hash(QCryptographicHash::Sha1);
+    ASSERT_TRUE(fetch(published)) << failure().toStdString();
+    EXPECT_TRUE(contents() == model());
+}
+
+TEST_F(HashingHostTest, OtherBytesOfTheSameSizeAreTriedAgain) {
+    QByteArray other = model();
+    other[fileSize / 2] = static_cast<char>(other[fileSize / 2] ^ 1);
+    redirect('"' + hash(QCryptographicHash::Sha256) + '"');
+    storage.on("/bytes?key=1", {whole(other), whole()});
+    ASSERT_TRUE(fetch()) << failure().toStdString();
+    EXPECT_TRUE(contents() == model());
+    EXPECT_EQ(logged().filter(u"fallito (Download incompleto (2MB su 2MB)), retry"_s).size(), 1);
+
+    storage.on("/bytes?key=1", whole(other));
+    expectRefusedFourTimes(entry());
+}
+
+TEST_F(HashingHostTest, BytesOtherThanThePublishedOnesAreRefused) {
+    server.on(path, whole());
+    ModelCatalog::Entry published = entry();
+    published.sha1 = hash(QCryptographicHash::Sha1).replace('a', 'b');
+    expectRefusedFourTimes(published);
+}
+
+TEST_F(HashingHostTest, ATagThatIsNoHashIsNotLookedAt) {
+    const QByteArray wrong(64, 'a');
+    for (const QByteArray& tag : {QByteArray("\"abc\""), wrong, "W/\"" + wrong + '"', '"' + wrong + "b\"",
+                                  '"' + QByteArray(64, 'z') + '"'}) {
+        ends.clear();
+        redirect(tag);
+        EXPECT_TRUE(fetch()) << tag.toStdString() << failure().toStdString();
+    }
+}
+
+TEST_F(HashingHostTest, APageInThePlaceOfTheBytesIsNoModel) {
+    redirect('"' + hash(QCryptographicHash::Sha256) + '"');
+    storage.on("/bytes?key=1", StubReply::body("<html>sign in</html>", 200, "text/html"));
+    expectRefused(u"Download incompleto (0MB su 2MB)"_s);
+}
+
+TEST_F(DownloaderTest, TheFolderMayBeExchangedMeanwhile) {
+    Clock::setScale(1);
+    const QByteArray body = model().left(300);
+    server.on(path, StubReply{whole(body).bytes, Manner::OneByOne, std::chrono::milliseconds(2)});
+    const QString sameDisk = platform.directories().temporary() + u"/altrove"_s;
+    const QString otherDisk = u"/dev/shm/parlivo-altrove"_s;
+    for (const QString& other : {sameDisk, otherDisk}) {
+        ends.clear();
+        const QString former = Config::modelsDir();
+        start(entry(body.size()));
+        ASSERT_TRUE(desktop::waitFor([&] { return filesIn(former).size() == 1; }));
+        QDir().mkpath(other);
+        store(Settings::modelsDir, other);
+        ASSERT_TRUE(desktop::waitFor([this] { return !ends.empty(); }));
+        EXPECT_FALSE(ends.back()) << failure().toStdString();
+        EXPECT_TRUE(contents() == body);
+        EXPECT_EQ(filesIn(other), QStringList(fileName));
+        EXPECT_EQ(filesIn(former), QStringList());
+        QFile::remove(file());
+    }
 }
 
 TEST_F(DownloaderTest, AnotherProtocolIsNoDownload) {

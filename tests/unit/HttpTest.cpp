@@ -255,11 +255,12 @@ TEST_F(HttpTest, AWorkersEndEndsItsRequestAtOnce) {
 TEST_F(HttpTest, AReceiverThatHasEnoughEndsTheRequest) {
     server.on("/a%20b", StubReply{"HTTP/1.1 200 OK\r\n\r\n", Manner::WithoutBound, {}});
     qint64 received = 0;
-    const HttpReply reply = Http::download(request(), [&received](QByteArrayView bytes, qint64 statedLength) {
-        EXPECT_EQ(statedLength, -1);
-        received += bytes.size();
-        return received < 5'000'000;
-    });
+    const HttpReply reply =
+        Http::download(request(), [&received](QByteArrayView bytes, const Http::Head& head) {
+            EXPECT_EQ(head.statedLength, -1);
+            received += bytes.size();
+            return received < 5'000'000;
+        });
     EXPECT_TRUE(reply.failure);
     EXPECT_EQ(reply.status, 200);
     EXPECT_LT(received, 6'000'000);

@@ -1,4 +1,5 @@
 #include "models/ModelsMove.h"
+#include "models/ModelsMover.h"
 #include "support/PlatformTest.h"
 #include "support/Waiting.h"
 
@@ -211,6 +212,16 @@ TEST_F(ModelsMoveDiskTest, AJournalThatWasNotWrittenToItsEndIsIgnored) {
         ModelsMove::recover();
         EXPECT_EQ(read(to(u"a.gguf"_s)), "b") << note.toStdString();
     }
+}
+
+TEST_F(ModelsMoveDiskTest, ADownloadThatEndsInTheOldFolderMeanwhileComesAlong) {
+    store(Settings::modelsDir, from_.path());
+    write(from(u"a.bin"_s), "first");
+    ModelsMover mover;
+    mover.move(to_.path(), [this] { write(from(u"b.bin"_s), "latecomer"); });
+    EXPECT_TRUE(desktop::waitFor([this] { return files(from_.path()).isEmpty(); }));
+    EXPECT_EQ(read(to(u"a.bin"_s)), "first");
+    EXPECT_EQ(read(to(u"b.bin"_s)), "latecomer");
 }
 
 }  // namespace

@@ -89,8 +89,8 @@ TEST_F(SecureTransferTest, AFileOverHttp2TakesLittleMemoryHoweverSlowlyItIsTaken
     double most = 0;
     const double before = residentMegabytes();
     const HttpReply reply = Http::download(request(secure(QStringLiteral("/modello.bin"))),
-                                           [&](QByteArrayView bytes, qint64 stated) {
-                                               EXPECT_EQ(stated, size);
+                                           [&](QByteArrayView bytes, const Http::Head& head) {
+                                               EXPECT_EQ(head.statedLength, size);
                                                // Long enough for the server to send as much as it is allowed
                                                // to.
                                                if (received == 0)
