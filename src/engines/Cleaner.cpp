@@ -41,7 +41,7 @@ std::optional<QString> ollamaClean(const QString& prompt) {
     HttpRequest request = JsonExchange::post(Config::ollamaURL(), body);
     request.timeout = ollamaTimeout;
     request.limit = ollamaLimit;
-    const auto reply = JsonExchange::send(std::move(request));
+    const auto reply = JsonExchange::object(JsonExchange::send(std::move(request)));
     return reply ? EngineReplies::ollamaAnswer(*reply) : std::nullopt;
 }
 

@@ -15,9 +15,12 @@ HttpRequest post(const QUrl& url, const QJsonObject& body) {
     return request;
 }
 
-std::optional<QJsonObject> send(HttpRequest request) {
+HttpReply send(HttpRequest request) {
     request.redirects = HttpRequest::Redirects::Refuse;
-    const HttpReply reply = Http::exchange(request);
+    return Http::exchange(request);
+}
+
+std::optional<QJsonObject> object(const HttpReply& reply) {
     return reply.complete() ? EngineReplies::object(reply.body) : std::nullopt;
 }
 

@@ -15,7 +15,10 @@ namespace parlivo::JsonExchange {
 HttpRequest post(const QUrl& url, const QJsonObject& body);
 
 /// Sends the request and waits for its reply. A redirection, which could lead away from this machine, is not
-/// followed. nullopt if no whole reply came in time or the reply is no JSON object.
-std::optional<QJsonObject> send(HttpRequest request);
+/// followed.
+HttpReply send(HttpRequest request);
+
+/// nullopt if the reply is not whole or no JSON object.
+std::optional<QJsonObject> object(const HttpReply& reply);
 
 }  // namespace parlivo::JsonExchange

@@ -3,6 +3,7 @@
 #include "engines/EngineReplies.h"
 #include "engines/JsonExchange.h"
 #include "engines/LocalServer.h"
+#include "models/ModelCatalog.h"
 #include "models/ModelPaths.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
@@ -52,6 +53,7 @@ HttpRequest chat(const QString& prompt) {
 void ensureServer() {
     const auto model = Config::llamaModel();
     if (!model || (server().isAlive() && server().loadedModel() == model)) return;
+    if (server().isLoading(*model)) return;
     try {
         server().start(program(*model), *model);
         Log::info(QStringLiteral("llama-server avviato (%1)").arg(QFileInfo(*model).fileName()));
@@ -62,8 +64,12 @@ void ensureServer() {
 
 std::optional<QString> clean(const QString& prompt) {
     ensureServer();
-    if (!server().isStarted() || !server().waitUntilAlive(startLimit)) return std::nullopt;
-    const auto reply = JsonExchange::send(chat(prompt));
+    if (!server().isStarted()) return std::nullopt;
+    if (!server().waitUntilAlive(startLimit)) {
+        if (const auto fault = ModelCatalog::faultOf(Config::chosenCleaner())) Log::info(fault->detail);
+        return std::nullopt;
+    }
+    const auto reply = server().ask(chat(prompt));
     return reply ? EngineReplies::chatAnswer(*reply) : std::nullopt;
 }
 

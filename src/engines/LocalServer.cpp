@@ -1,8 +1,7 @@
 #include "engines/LocalServer.h"
 
-#include "support/Clock.h"
+#include "engines/JsonExchange.h"
 #include "support/Error.h"
-#include "support/Http.h"
 
 #include <QCoreApplication>
 
@@ -18,6 +17,7 @@ class Texts {
 
 constexpr std::chrono::milliseconds probeTimeout{1000};
 constexpr std::chrono::milliseconds probeLimit{1500};
+constexpr std::chrono::minutes longestLoad{5};
 
 }  // namespace
 
@@ -32,14 +32,20 @@ bool LocalServer::answers() const {
 }
 
 bool LocalServer::isAlive() {
-    return waitForFormer() && answers();
+    if (!waitForFormer() || !answers()) return false;
+    const std::lock_guard lock(mutex_);
+    if (started_) started_->wasAlive = true;
+    return true;
 }
 
 bool LocalServer::waitUntilAlive(std::chrono::milliseconds timeout) {
     const Clock::Deadline deadline(timeout);
+    const auto awaited = process();
     while (!deadline.passed()) {
+        // Before the question: what answers after that is another server.
+        const bool ended = awaited && !awaited->isRunning();
         if (isAlive()) return true;
-        if (!Clock::sleepFor(traits_.pollInterval)) return false;
+        if (ended || !Clock::sleepFor(traits_.pollInterval)) return false;
     }
     return false;
 }
@@ -49,8 +55,31 @@ void LocalServer::start(const ChildProcess::Program& program, const QString& mod
     if (!waitForFormer()) {
         throw Error(QStringLiteral("Process"), 0, Texts::tr("il server precedente non termina"));
     }
+    const int terminations = [this] {
+        const std::lock_guard lock(mutex_);
+        return terminations_;
+    }();
+    // Not under the lock: a slow disk may hold this up, but nobody who ends the server meanwhile.
+    auto process = ChildProcess::launch(program);
     const std::lock_guard lock(mutex_);
-    started_ = Started{ChildProcess::launch(program), model};
+    if (terminations_ == terminations) {
+        started_ = Started{std::move(process), model, Clock::Deadline(longestLoad)};
+    } else {
+        process->terminate();
+        former_ = std::move(process);
+    }
+}
+
+std::optional<QJsonObject> LocalServer::ask(const HttpRequest& request) {
+    const HttpReply reply = JsonExchange::send(request);
+    if (reply.timedOut) terminate();
+    return JsonExchange::object(reply);
+}
+
+bool LocalServer::isLoading(const QString& model) const {
+    const std::lock_guard lock(mutex_);
+    return started_ && started_->model == model && !started_->wasAlive && !started_->loadLimit.passed() &&
+           started_->process->isRunning();
 }
 
 bool LocalServer::isStarted() const {
@@ -66,10 +95,16 @@ std::optional<QString> LocalServer::loadedModel() const {
 
 void LocalServer::terminate() {
     const std::lock_guard lock(mutex_);
+    ++terminations_;
     if (!started_) return;
     started_->process->terminate();
     former_ = std::move(started_->process);
     started_.reset();
+}
+
+std::shared_ptr<ChildProcess> LocalServer::process() const {
+    const std::lock_guard lock(mutex_);
+    return started_ ? started_->process : nullptr;
 }
 
 /// True when nothing of ours is on its way out any more.

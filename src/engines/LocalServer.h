@@ -1,7 +1,10 @@
 #pragma once
 
 #include "support/ChildProcess.h"
+#include "support/Clock.h"
+#include "support/Http.h"
 
+#include <QJsonObject>
 #include <QString>
 #include <QUrl>
 
@@ -36,13 +39,21 @@ class LocalServer {
     /// Whether something answers on the server's address within 1.5 s, started by us or not. Waits first for
     /// a server that we ended to be gone: until then it may still answer, and take a request with it.
     bool isAlive();
-    /// Looks again and again until the server is alive or `timeout` has passed.
+    /// Looks again and again until the server is alive, `timeout` has passed, or the server that we started
+    /// has ended and nobody else answers in its place.
     bool waitUntilAlive(std::chrono::milliseconds timeout);
+    /// Whether the server that we started last is to load `model`, runs, and has not been alive yet. One that
+    /// takes longer than any disk needs (5 min) does not count.
+    bool isLoading(const QString& model) const;
 
     /// Ends the server that we started earlier, waits until it has really gone (two servers may share a port
     /// without a word, and either would answer) and starts `program`, which loads `model`. Throws Error with
     /// the system's reason when it cannot be started.
     void start(const ChildProcess::Program& program, const QString& model);
+
+    /// Sends a request and reads the reply, one JSON object; nullopt if it is anything else. A server of ours
+    /// that gives no reply in time is ended, so that its next use starts a fresh one.
+    std::optional<QJsonObject> ask(const HttpRequest& request);
 
     /// Whether a server started by us, running or not, has not been given up since.
     bool isStarted() const;
@@ -55,15 +66,19 @@ class LocalServer {
   private:
     bool answers() const;
     bool waitForFormer();
+    std::shared_ptr<ChildProcess> process() const;
 
     struct Started {
         std::shared_ptr<ChildProcess> process;
         QString model;
+        Clock::Deadline loadLimit;
+        bool wasAlive = false;
     };
 
     const Traits traits_;
     mutable std::mutex mutex_;
     std::optional<Started> started_;        // under mutex_
+    int terminations_ = 0;                  // under mutex_
     std::shared_ptr<ChildProcess> former_;  // under mutex_: asked to end, perhaps still there
 };
 

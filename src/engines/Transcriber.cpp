@@ -1,17 +1,19 @@
 #include "engines/Transcriber.h"
 
 #include "engines/EngineReplies.h"
-#include "engines/JsonExchange.h"
 #include "engines/LocalServer.h"
+#include "models/ModelCatalog.h"
 #include "models/ModelPaths.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
+#include "settings/Log.h"
 #include "support/Error.h"
 #include "support/Text.h"
 #include "support/Uuid.h"
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 
 #include <utility>
 
@@ -95,6 +97,16 @@ QByteArray enclose(const QByteArray& head, const QString& path, const QByteArray
     return body += tail;
 }
 
+/// Names the model where that is the reason.
+[[noreturn]] void failToRespond() {
+    const auto fault = QFileInfo(Config::whisperModel()).isFile()
+                           ? std::nullopt
+                           : ModelCatalog::faultOf(Config::chosenRecogniser());
+    if (fault) Log::info(fault->detail);
+    throw Error(ErrorCode::WhisperNotResponding,
+                fault ? fault->message : Texts::tr("whisper-server non risponde"));
+}
+
 HttpRequest inference(const QString& wav) {
     const QByteArray boundary = "Parlivo-" + freshUuid().toLatin1();
     const Form form(boundary);
@@ -112,8 +124,9 @@ HttpRequest inference(const QString& wav) {
 
 void ensureServer() {
     if (server().isAlive()) return;
+    const QString model = Config::whisperModel();
+    if (server().isLoading(model)) return;
     try {
-        const QString model = Config::whisperModel();
         server().start(program(model), model);
     } catch (const Error& error) {
         Platform::current().systemLog().write(
@@ -123,10 +136,8 @@ void ensureServer() {
 
 QString transcribe(const QString& wav) {
     ensureServer();
-    if (!server().waitUntilAlive(startLimit)) {
-        throw Error(ErrorCode::WhisperNotResponding, Texts::tr("whisper-server non risponde"));
-    }
-    const auto reply = JsonExchange::send(inference(wav));
+    if (!server().waitUntilAlive(startLimit)) failToRespond();
+    const auto reply = server().ask(inference(wav));
     const auto text = reply ? EngineReplies::recognisedText(*reply) : std::nullopt;
     if (!text) {
         throw Error(ErrorCode::WhisperReplyInvalid, Texts::tr("risposta whisper-server non valida"));

@@ -2,6 +2,7 @@
 
 #include "settings/Config.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -9,6 +10,10 @@
 namespace parlivo::ModelCatalog {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::ModelCatalog)
+};
 
 /// What a file of unknown size must exceed to be taken for a model.
 constexpr qint64 plausibleSize = 100'000'000;
@@ -43,10 +48,10 @@ std::optional<Fault> faultOf(const Entry& entry) {
     if (isDownloaded(entry)) return std::nullopt;
     const QFileInfo file = fileOf(entry);
     if (!file.isFile()) {
-        return Fault{QStringLiteral("modello mancante: ") + entry.fileName,
+        return Fault{Texts::tr("modello mancante: ") + entry.fileName,
                      QStringLiteral("modello mancante: ") + file.filePath()};
     }
-    return Fault{QStringLiteral("modello incompleto: ") + entry.fileName,
+    return Fault{Texts::tr("modello incompleto: ") + entry.fileName,
                  QStringLiteral("modello incompleto: %1 (%2 byte invece di %3)")
                      .arg(file.filePath())
                      .arg(file.size())

@@ -1,6 +1,5 @@
 #include "models/ModelPaths.h"
 
-#include "models/ModelCatalog.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
 
@@ -13,6 +12,12 @@ namespace {
 const QString bundledModel = QStringLiteral("ggml-model.bin");
 const QString developersModel = QStringLiteral("Projects/Parlivo/models/ggml-large-v3-turbo-q8_0.bin");
 
+QString inModelsDir(const ModelCatalog::Entry& entry) {
+    return modelsDir() + QLatin1Char('/') + entry.fileName;
+}
+
+}  // namespace
+
 const ModelCatalog::Entry& chosenRecogniser() {
     return ModelCatalog::asrTier(get(Settings::asrTier));
 }
@@ -20,12 +25,6 @@ const ModelCatalog::Entry& chosenRecogniser() {
 const ModelCatalog::Entry& chosenCleaner() {
     return ModelCatalog::cleanupTier(get(Settings::cleanupTier));
 }
-
-QString inModelsDir(const ModelCatalog::Entry& entry) {
-    return modelsDir() + QLatin1Char('/') + entry.fileName;
-}
-
-}  // namespace
 
 QString whisperModel() {
     const ModelCatalog::Entry& entry = chosenRecogniser();

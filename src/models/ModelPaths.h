@@ -1,11 +1,17 @@
 #pragma once
 
+#include "models/ModelCatalog.h"
+
 #include <QString>
 
 #include <optional>
 
 /// The part of Config that resolves the chosen tiers to files. Recomputed on each call. Any thread.
 namespace parlivo::Config {
+
+/// The tiers that are chosen.
+const ModelCatalog::Entry& chosenRecogniser();
+const ModelCatalog::Entry& chosenCleaner();
 
 /// The recognition model: the chosen tier's file when it is complete, else the bundle's own, else the
 /// developer's.

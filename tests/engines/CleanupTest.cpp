@@ -54,7 +54,7 @@ class CleanupTest : public PlatformTest {
     static QString servedModel() {
         HttpRequest request;
         request.url = QUrl(QStringLiteral("http://127.0.0.1:8766/props"));
-        const auto reply = JsonExchange::send(request);
+        const auto reply = JsonExchange::object(JsonExchange::send(request));
         return reply ? reply->value(QLatin1String("model_path")).toString() : QStringLiteral("no reply");
     }
 

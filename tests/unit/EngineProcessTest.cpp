@@ -1,6 +1,7 @@
 #include "EngineTest.h"
 #include "engines/LlamaRunner.h"
 #include "engines/Transcriber.h"
+#include "platform/linux/base/ChildSetup.h"
 #include "support/ChildProcess.h"
 #include "support/Error.h"
 #include "support/Http.h"
@@ -8,7 +9,13 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <csignal>
+#include <future>
+#include <new>
 
 namespace parlivo {
 namespace {
@@ -61,12 +68,14 @@ class EngineProcessTest : public EngineTest {
         try {
             return Transcriber::transcribe(wav);
         } catch (const Error& error) {
+            message = error.localizedDescription();
             return QStringLiteral("error %1").arg(error.code());
         }
     }
 
     static QJsonObject answering(const QString& text) { return {{QStringLiteral("text"), text}}; }
 
+    QString message;  ///< of the last error
     const QString wav = writeFile(QStringLiteral("recording.wav"), "RIFF");
     const QString lightModel = llamaModelName(QStringLiteral("light"));
     const QString fullModel = llamaModelName(QStringLiteral("full"));
@@ -91,7 +100,6 @@ TEST_F(EngineProcessTest, LlamaServerGetsItsArguments) {
 TEST_F(EngineProcessTest, AWarmServerServesEveryDictation) {
     installWhisper(answering(QStringLiteral("Ciao")));
     Transcriber::ensureServer();
-    // One that still loads would be started again.
     HttpRequest look;
     look.url = QUrl(QStringLiteral("http://127.0.0.1:8765/"));
     EXPECT_TRUE(eventually([&look] { return Http::exchange(look).complete(); }));
@@ -128,13 +136,103 @@ TEST_F(EngineProcessTest, AProgramThatIsNotExecutableIsReportedToTheSystem) {
     EXPECT_EQ(platform.systemLog().lines().size(), 1);
 }
 
-TEST_F(EngineProcessTest, AProgramThatDiesAtStartIsGivenUp) {
+TEST_F(EngineProcessTest, AProgramThatDiesAtStartIsNotWaitedFor) {
     installWhisper({{QStringLiteral("exitAtStart"), 3}});
-    hurry();
-    QString text;
-    EXPECT_GE(statedTimeOf([&] { text = transcription(); }), seconds(30));
-    EXPECT_EQ(text, QStringLiteral("error 3"));
+    const auto took = statedTimeOf(
+        [&] {
+            EXPECT_EQ(transcription(), QStringLiteral("error 3"));
+            EXPECT_EQ(message, QStringLiteral("whisper-server non risponde"));
+            EXPECT_EQ(starts().size(), 1U);
+            installLlama({{QStringLiteral("exitAtStart"), 1}});
+            EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), std::nullopt);
+            EXPECT_EQ(starts(lightModel).size(), 1U);
+        },
+        1);
+    EXPECT_LT(took, seconds(30)) << "the shorter of the two limits";
+}
+
+TEST_F(EngineProcessTest, AModelThatIsNotThereIsNamed) {
+    installWhisper({});
+    store(Settings::modelsDir, folder.path());
+    platform.bundle().resources[QStringLiteral("ggml-model.bin")] =
+        folder.filePath(QStringLiteral("gone.bin"));
+    const QString best = ModelCatalog::asrTier(QStringLiteral("best")).fileName;
+    EXPECT_EQ(transcription(), QStringLiteral("error 3"));
+    EXPECT_EQ(message, QStringLiteral("modello mancante: ") + best);
+    EXPECT_EQ(logged().last(), QStringLiteral("modello mancante: ") + folder.filePath(best));
+    writeFile(best, "half of it");
+    EXPECT_EQ(transcription(), QStringLiteral("error 3"));
+    EXPECT_EQ(message, QStringLiteral("modello incompleto: ") + best);
+    EXPECT_EQ(
+        logged().last(),
+        QStringLiteral("modello incompleto: %1 (10 byte invece di 874188075)").arg(folder.filePath(best)));
+    installLlama({});
+    QFile::remove(folder.filePath(lightModel));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), std::nullopt);
+    EXPECT_EQ(logged().last(), QStringLiteral("modello mancante: ") + folder.filePath(lightModel));
+}
+
+TEST_F(EngineProcessTest, AServerThatLoadsIsNotStartedAgain) {
+    installWhisper({{QStringLiteral("text"), QStringLiteral("Ciao")}, {QStringLiteral("loading"), 700}});
+    installLlama({{QStringLiteral("text"), QStringLiteral("Ciao")}, {QStringLiteral("loading"), 700}});
+    Transcriber::ensureServer();
+    LlamaRunner::ensureServer();
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
     EXPECT_EQ(starts().size(), 1U);
+    EXPECT_EQ(starts(lightModel).size(), 1U);
+}
+
+TEST_F(EngineProcessTest, AServerThatLoadsAnotherModelIsReplaced) {
+    installLlama({{QStringLiteral("text"), QStringLiteral("lenta")}, {QStringLiteral("loading"), 3'600'000}});
+    LlamaRunner::ensureServer();
+    installLlama(answering(QStringLiteral("Ciao")), QStringLiteral("full"));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
+    EXPECT_TRUE(eventually([this] { return !lives(starts(lightModel).front().process); }));
+}
+
+TEST_F(EngineProcessTest, AnEngineThatLetsARequestTimeOutIsReplaced) {
+    Clock::setScale(0.02);
+    installWhisper({{QStringLiteral("onRequest"), QStringLiteral("never")}});
+    installLlama({{QStringLiteral("onRequest"), QStringLiteral("never")}});
+    EXPECT_EQ(transcription(), QStringLiteral("error 4"));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), std::nullopt);
+    EXPECT_TRUE(eventually(
+        [this] { return !lives(starts().front().process) && !lives(starts(lightModel).front().process); }));
+    Clock::setScale(1);
+    installWhisper(answering(QStringLiteral("Ciao")));
+    installLlama(answering(QStringLiteral("Ciao")));
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
+}
+
+/// What a start waits at, seen by this process and the one that is being started.
+struct StartGate {
+    std::atomic<bool> reached = false;
+    std::atomic<bool> open = false;
+};
+
+TEST_F(EngineProcessTest, EndingAServerDoesNotWaitForItsStart) {
+    installWhisper(answering(QStringLiteral("Ciao")));
+    auto* gate =
+        new (mmap(nullptr, sizeof(StartGate), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
+            StartGate;
+    ChildProcess::setChildSetup([gate, setup = linuxChildSetup()] {
+        setup();
+        gate->reached = true;
+        while (!gate->open) usleep(1000);
+    });
+    std::thread pipeline([] { Transcriber::ensureServer(); });
+    EXPECT_TRUE(eventually([gate] { return gate->reached.load(); }));
+    auto stopped = std::async(std::launch::async, [] { Transcriber::stopServer(); });
+    EXPECT_EQ(stopped.wait_for(seconds(20)), std::future_status::ready);
+    gate->open = true;
+    pipeline.join();
+    stopped.wait();
+    ChildProcess::setChildSetup(linuxChildSetup());
+    EXPECT_TRUE(eventually([this] { return !starts().empty() && !lives(starts().front().process); }))
+        << "what was started meanwhile ends, too";
+    munmap(gate, sizeof(StartGate));
 }
 
 TEST_F(EngineProcessTest, AServerThatDiesInMidRequestIsReplacedByTheNext) {
