@@ -7,13 +7,12 @@
 
 #include <archive.h>
 #include <archive_entry.h>
-#include <locale.h>
 
 #include <clocale>
 #include <cstddef>
 #include <memory>
 #include <string>
-#include <string_view>
+#include <utility>
 
 namespace parlivo {
 

@@ -13,7 +13,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>

@@ -174,6 +174,21 @@ TEST_F(UpdateAuthenticityTest, NothingIsUnpackedBeforeItIsKnownToBeAuthentic) {
     expectRefusal(install(zip, publish(zip), Maker().key()), wrongSignature);
 }
 
+/// Key and signature are what `tools/update-feed` and openssl have made of these bytes.
+TEST_F(UpdateAuthenticityTest, WhatTheReleaseToolsSignIsAccepted) {
+    const QByteArray archive = "contenuto";
+    const QString path = place.filePath(u"signed.zip"_s);
+    write(path, archive);
+    FeedEntry entry = entryFor(archive);
+    entry.sha256 = u"5ecf8a3e9aae33e21de58970df1dbf1195f133b3373add4e1b839caec272c36f"_s;
+    entry.signature = QByteArray::fromBase64(
+        "pHQ/henkLw8llRYGfmBmzPDdfpnUu5IRC/b10CL0mUqu+rFKnuhZ5eiheiO7NO/a2ZJhyOm+FiJ5PtxG96BiCQ==");
+    const UpdateKey key = QByteArray::fromBase64("Qc0JkrsIPXfErRDrYmykXUXTpVRoVS/YekFZB3tuI9Q=");
+    EXPECT_NO_THROW(checkArchive(path, entry, key));
+    entry.version = u"1.4"_s;
+    EXPECT_THROW(checkArchive(path, entry, key), Error);
+}
+
 TEST(SignedTextTest, IsWhatTheFeedsMakerSigns) {
     EXPECT_EQ(signedText(u"1.3"_s, 77, "00ff"), "parlivo-update\n1.3\n77\n00ff\n");
 }

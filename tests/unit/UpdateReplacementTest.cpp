@@ -61,7 +61,7 @@ class UpdateReplacementTest : public UpdateTest {
 
     /// A program in rsync's place that says that it has begun, and copies when it is told to go on.
     QString hesitantRsync() const {
-        const QString path = place.filePath(u"rsync"_s);
+        QString path = place.filePath(u"rsync"_s);
         write(path, "#!/bin/sh\n: >'" + begun().toUtf8() + "'\nwhile [ ! -e '" + goOn().toUtf8() +
                         "' ]; do sleep 0.01; done\nexec /usr/bin/rsync \"$@\"\n");
         QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
