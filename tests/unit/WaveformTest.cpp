@@ -1,4 +1,4 @@
-#include "audio/overlay/InkLayer.h"
+#include "audio/overlay/StrokeRasterizer.h"
 #include "audio/overlay/WaveformGeometry.h"
 #include "audio/overlay/WaveformPainter.h"
 #include "audio/overlay/WaveformView.h"
@@ -100,73 +100,73 @@ TEST(WaveformLevelTest, RisesFastAndFallsGently) {
     EXPECT_DOUBLE_EQ(WaveformView::smoothed(0.4, 0.4), 0.4);
 }
 
-/// How much of each pixel the line covers, 0 to 255: full ink on white.
+/// The line in black on white.
 QImage coverage(QSize size, std::span<const QPointF> line, double width) {
     QImage picture(size, QImage::Format_ARGB32_Premultiplied);
     picture.fill(Qt::white);
-    InkLayer ink;
-    ink.resize(size);
-    ink.stroke(line, width, 1);
-    ink.flowOnto(picture, Qt::black);
+    StrokeRasterizer rasterizer;
+    rasterizer.resize(size);
+    rasterizer.stroke(line, width, 1);
+    rasterizer.composite(picture, Qt::black);
     return picture;
 }
 
-int inkAt(const QImage& picture, int x, int y) {
+int darknessAt(const QImage& picture, int x, int y) {
     return 255 - qBlue(picture.pixel(x, y));
 }
 
-TEST(InkLayerTest, CoversExactlyTheAreaOfALevelStroke) {
+TEST(StrokeRasterizerTest, CoversExactlyTheAreaOfALevelStroke) {
     const std::vector<QPointF> line{{2, 5.25}, {18, 5.25}};
     const QImage picture = coverage({20, 10}, line, 1.5);
-    EXPECT_EQ(inkAt(picture, 10, 3), 0);
-    EXPECT_NEAR(inkAt(picture, 10, 4), 127.5, 0.5);
-    EXPECT_EQ(inkAt(picture, 10, 5), 255);
-    EXPECT_EQ(inkAt(picture, 10, 6), 0);
+    EXPECT_EQ(darknessAt(picture, 10, 3), 0);
+    EXPECT_NEAR(darknessAt(picture, 10, 4), 127.5, 0.5);
+    EXPECT_EQ(darknessAt(picture, 10, 5), 255);
+    EXPECT_EQ(darknessAt(picture, 10, 6), 0);
 }
 
-TEST(InkLayerTest, CoversExactlyTheAreaOfASlantingStroke) {
+TEST(StrokeRasterizerTest, CoversExactlyTheAreaOfASlantingStroke) {
     // At 45° a stroke of width √2 is two pixels high: within a column it fills the middle row but two
     // corners of an eighth, and half of it spills evenly into the rows above and below.
     const std::vector<QPointF> line{{2, 2}, {18, 18}};
     const QImage picture = coverage({20, 20}, line, std::numbers::sqrt2);
-    EXPECT_NEAR(inkAt(picture, 10, 10), 255, 1);
-    EXPECT_NEAR(inkAt(picture, 10, 9), 127, 1);
-    EXPECT_NEAR(inkAt(picture, 10, 11), 127, 1);
-    EXPECT_EQ(inkAt(picture, 10, 8), 0);
+    EXPECT_NEAR(darknessAt(picture, 10, 10), 255, 1);
+    EXPECT_NEAR(darknessAt(picture, 10, 9), 127, 1);
+    EXPECT_NEAR(darknessAt(picture, 10, 11), 127, 1);
+    EXPECT_EQ(darknessAt(picture, 10, 8), 0);
 }
 
-TEST(InkLayerTest, RoundsTheEnds) {
+TEST(StrokeRasterizerTest, RoundsTheEnds) {
     const std::vector<QPointF> line{{10, 10}, {30, 10}};
     const QImage picture = coverage({40, 20}, line, 8);
     double area = 0;
     for (int y = 0; y < 20; ++y)
-        for (int x = 0; x < 10; ++x) area += inkAt(picture, x, y) / 255.0;
+        for (int x = 0; x < 10; ++x) area += darknessAt(picture, x, y) / 255.0;
     EXPECT_NEAR(area, std::numbers::pi * 16 / 2, 0.8);
-    EXPECT_EQ(inkAt(picture, 5, 10), 0);
+    EXPECT_EQ(darknessAt(picture, 5, 10), 0);
 }
 
-TEST(InkLayerTest, PartsOfAStrokeInOnePixelAddUp) {
+TEST(StrokeRasterizerTest, PartsOfAStrokeInOnePixelAddUp) {
     const std::vector<QPointF> whole{{2, 5.5}, {18, 5.5}};
     const std::vector<QPointF> parts{{2, 5.5}, {9.3, 5.5}, {9.6, 5.5}, {18, 5.5}};
     EXPECT_EQ(coverage({20, 10}, whole, 1), coverage({20, 10}, parts, 1));
 }
 
-TEST(InkLayerTest, WhatRunsOutOfThePictureIsCutOff) {
+TEST(StrokeRasterizerTest, WhatRunsOutOfThePictureIsCutOff) {
     const std::vector<QPointF> line{{-10, -400}, {10, 5}, {15, 900}, {60, -900}};
     const QImage picture = coverage({20, 10}, line, 2);
-    EXPECT_EQ(inkAt(picture, 10, 5), 255);
-    EXPECT_EQ(inkAt(picture, 1, 5), 0);
+    EXPECT_EQ(darknessAt(picture, 10, 5), 255);
+    EXPECT_EQ(darknessAt(picture, 1, 5), 0);
 }
 
-TEST(InkLayerTest, StaysWithinWhatIsPaintedAlready) {
+TEST(StrokeRasterizerTest, StaysWithinWhatIsPaintedAlready) {
     QImage picture(20, 10, QImage::Format_ARGB32_Premultiplied);
     picture.fill(Qt::transparent);
     picture.setPixel(10, 5, qRgba(64, 64, 64, 128));
-    InkLayer ink;
-    ink.resize(picture.size());
+    StrokeRasterizer rasterizer;
+    rasterizer.resize(picture.size());
     const std::vector<QPointF> line{{0, 5.5}, {20, 5.5}};
-    ink.stroke(line, 3, 1);
-    ink.flowOnto(picture, Qt::white);
+    rasterizer.stroke(line, 3, 1);
+    rasterizer.composite(picture, Qt::white);
     EXPECT_EQ(picture.pixel(9, 5), 0U);
     EXPECT_EQ(qAlpha(picture.pixel(10, 5)), 128);
     EXPECT_EQ(qRed(reinterpret_cast<const QRgb*>(picture.constScanLine(5))[10]), 128) << "premultiplied";
@@ -243,11 +243,11 @@ TEST(WaveformPainterTest, DrawsTheCardAnewWhenTheScaleChanges) {
 TEST(WaveformPainterTest, ASingleStrandHasItsColour) {
     QImage picture(20, 10, QImage::Format_ARGB32_Premultiplied);
     picture.fill(Qt::white);
-    InkLayer ink;
-    ink.resize(picture.size());
+    StrokeRasterizer rasterizer;
+    rasterizer.resize(picture.size());
     const std::vector<QPointF> line{{0, 5.5}, {20, 5.5}};
-    ink.stroke(line, 1, WaveformGeometry::strandAlpha({.u = 0}));
-    ink.flowOnto(picture, QColor(66, 60, 53));
+    rasterizer.stroke(line, 1, WaveformGeometry::strandAlpha({.u = 0}));
+    rasterizer.composite(picture, QColor(66, 60, 53));
     EXPECT_NEAR(qRed(picture.pixel(10, 5)), 255 - 0.11 * (255 - 66), 0.6);
     EXPECT_NEAR(qBlue(picture.pixel(10, 5)), 255 - 0.11 * (255 - 53), 0.6);
 }

@@ -94,19 +94,19 @@ void WaveformPainter::drawCard() {
     card_ = cardSurface(size, scale, pixels);
     if (corners == FloatingPanel::Corners::Transparent) card_ = roundedOff(card_, size, scale);
     frame_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
-    ink_.resize(pixels);
+    rasterizer_.resize(pixels);
 }
 
 void WaveformPainter::drawStrands(double scale) {
     for (const Strand& strand : strands_)
-        ink_.stroke(inPixels(geometry_.strand(strand), scale), strandWidth * scale,
+        rasterizer_.stroke(inPixels(geometry_.strand(strand), scale), strandWidth * scale,
                     WaveformGeometry::strandAlpha(strand));
-    ink_.flowOnto(frame_, strandColour);
+    rasterizer_.composite(frame_, strandColour);
 }
 
 void WaveformPainter::drawCentreLine(double scale) {
-    ink_.stroke(inPixels(geometry_.centreLine(), scale), centreWidth * scale, centreAlpha);
-    ink_.flowOnto(frame_, centreColour);
+    rasterizer_.stroke(inPixels(geometry_.centreLine(), scale), centreWidth * scale, centreAlpha);
+    rasterizer_.composite(frame_, centreColour);
 }
 
 std::span<const QPointF> WaveformPainter::inPixels(std::span<const QPointF> line, double scale) {

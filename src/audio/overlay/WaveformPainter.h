@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audio/overlay/InkLayer.h"
+#include "audio/overlay/StrokeRasterizer.h"
 #include "audio/overlay/WaveformGeometry.h"
 #include "platform/FloatingPanel.h"
 
@@ -38,7 +38,7 @@ class WaveformPainter {
 
     std::array<Strand, WaveformGeometry::strandCount> strands_ = WaveformGeometry::makeStrands();
     WaveformGeometry geometry_;
-    InkLayer ink_;
+    StrokeRasterizer rasterizer_;
     std::vector<QPointF> line_;
     QImage card_;
     QImage frame_;
