@@ -18,7 +18,8 @@ LoopJobs::~LoopJobs() {
 void LoopJobs::post(Job job) {
     const std::lock_guard lock(mutex_);
     jobs_.push_back(std::move(job));
-    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    // Before any painting that waits: a key must not wait for a picture.
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::HighEventPriority);
 }
 
 void LoopJobs::run(const Job& job) {

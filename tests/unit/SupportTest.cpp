@@ -6,10 +6,12 @@
 #include "support/Text.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QFile>
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <random>
 #include <thread>
 
@@ -159,6 +161,23 @@ TEST(MainQueueTest, JobsOfOtherThreadsRunOnTheMainThread) {
     EXPECT_FALSE(done) << "never at once";
     spin([&] { return done; });
     EXPECT_TRUE(onMain);
+}
+
+TEST(MainQueueTest, AJobRunsBeforeThePaintingThatWaits) {
+    struct Window : QObject {
+        bool event(QEvent* event) override {
+            if (event->type() == QEvent::UpdateRequest) painted = true;
+            return QObject::event(event);
+        }
+        bool painted = false;
+    } window;
+    QCoreApplication::postEvent(&window, new QEvent(QEvent::UpdateRequest), Qt::LowEventPriority);
+    QCoreApplication::postEvent(&window, new QEvent(QEvent::UpdateRequest));
+    std::optional<bool> paintedBefore;
+    std::thread([&] { MainQueue::async([&] { paintedBefore = window.painted; }); }).join();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(paintedBefore, false);
+    EXPECT_TRUE(window.painted);
 }
 
 TEST(MainQueueTest, ADeadOwnersJobsDoNothing) {
