@@ -211,6 +211,8 @@ void AppDelegate::setupStatusItem() {
     menu_ = new StatusMenu(actions, this);
     updateUI();
     menuWillOpen();
+    Platform::current().permissions().observeMicrophone(
+        this, [this](MicrophoneStatus status) { menu_->setMicrophone(status); });
 }
 
 void AppDelegate::menuWillOpen() {
@@ -230,8 +232,9 @@ void AppDelegate::showUpdate() {
 
 void AppDelegate::requestPermissions() {
     auto& permissions = Platform::current().permissions();
-    permissions.requestMicrophone(
-        [](bool granted) { Log::info(QStringLiteral("permesso microfono: ") + answerWord(granted)); });
+    permissions.requestMicrophone(MicrophoneCheck::WithoutRecording, [](bool granted) {
+        Log::info(QStringLiteral("permesso microfono: ") + answerWord(granted));
+    });
     const bool trusted = permissions.accessibilityTrusted(Permissions::Prompt::Yes);
     Log::info(QStringLiteral("permesso accessibilità: ") + answerWord(trusted));
 }

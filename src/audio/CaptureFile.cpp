@@ -5,8 +5,6 @@
 
 #include <QFile>
 
-#include <sndfile.h>
-
 #include <cerrno>
 
 namespace parlivo {
@@ -37,16 +35,12 @@ CaptureFile::CaptureFile(const QString& path, const AudioFormat& format) {
         QFile::remove(path);
         throw Error(QStringLiteral("libsndfile"), sf_error(nullptr), QString::fromUtf8(sf_strerror(nullptr)));
     }
-    // Otherwise every block would be searched for its loudest sample, for a chunk that nobody reads.
+    // Otherwise every block would be searched for its loudest sample, for a chunk that is never read.
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 }
 
 void CaptureFile::append(std::span<const float> samples, std::size_t frames) noexcept {
     sf_writef_float(file_.get(), samples.data(), static_cast<sf_count_t>(frames));
-}
-
-void CaptureFile::Close::operator()(sf_private_tag* file) const {
-    sf_close(file);
 }
 
 }  // namespace parlivo

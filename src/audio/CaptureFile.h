@@ -1,14 +1,12 @@
 #pragma once
 
 #include "platform/AudioInput.h"
+#include "support/SoundFile.h"
 
 #include <QString>
 
 #include <cstddef>
-#include <memory>
 #include <span>
-
-struct sf_private_tag;
 
 namespace parlivo {
 
@@ -25,10 +23,7 @@ class CaptureFile {
     void append(std::span<const float> samples, std::size_t frames) noexcept;
 
   private:
-    struct Close {
-        void operator()(sf_private_tag* file) const;
-    };
-    std::unique_ptr<sf_private_tag, Close> file_;
+    SoundFile file_;
 };
 
 }  // namespace parlivo

@@ -12,7 +12,7 @@ namespace parlivo::LevelMeter {
 
 /// Ordinary speech has a root mean square of about a tenth of full scale: this brings it near 1.
 inline constexpr float gain = 9.0F;
-// A rise shows at once, a fall lingers, so that the picture follows syllables without flickering.
+// Fast attack and slow release, so that the picture follows syllables without flickering.
 inline constexpr float attack = 0.6F;
 inline constexpr float release = 0.18F;
 
@@ -20,7 +20,7 @@ inline constexpr float release = 0.18F;
 inline float rootMeanSquare(std::span<const float> samples, std::size_t channels) {
     const std::size_t frames = samples.size() / channels;
     if (frames == 0) return 0;
-    // Several sums side by side: one alone would wait for each addition to finish before the next.
+    // Several sums, because the additions to a single one would have to wait for each other.
     constexpr std::size_t lanes = 16;
     std::array<float, lanes> sums{};
     const std::size_t whole = frames - frames % lanes;
@@ -36,8 +36,7 @@ inline float rootMeanSquare(std::span<const float> samples, std::size_t channels
     return std::sqrt(sum / static_cast<float>(frames));
 }
 
-/// The level that one block of sound drives to. (A sample that is no number counts as full scale: it is a
-/// loud fault.)
+/// The target level of one block of sound. (A sample that is not a number counts as full scale.)
 inline float target(std::span<const float> samples, std::size_t channels) {
     return std::min(1.0F, rootMeanSquare(samples, channels) * gain);
 }

@@ -50,9 +50,9 @@ class AudioInput {
   public:
     virtual ~AudioInput() = default;
 
-    /// Looks up the default microphone afresh and opens it, without capturing yet. Null if there is no
-    /// microphone (no sound server, no source, a source without rate or channels). Main thread; returns
-    /// within about a second.
+    /// Looks up the default microphone afresh and opens it, without capturing yet. nullptr if there is no
+    /// microphone (no sound server, no source, a source without rate or channels). Returns within about a
+    /// second, at once while a sound server is known to hang.
     virtual std::unique_ptr<AudioCapture> open() = 0;
 };
 

@@ -228,8 +228,18 @@ int Pasteboard::restores() const {
     return restores_;
 }
 
-void Permissions::requestMicrophone(Answer answer) {
-    ++microphoneRequests;
+void Permissions::observeMicrophone(const QObject* owner, std::function<void(MicrophoneStatus)> changed) {
+    observers_.emplace_back(owner, std::move(changed));
+}
+
+void Permissions::setMicrophone(MicrophoneStatus status) {
+    microphoneStatus = status;
+    for (const auto& [owner, changed] : observers_)
+        if (owner) changed(status);
+}
+
+void Permissions::requestMicrophone(MicrophoneCheck check, Answer answer) {
+    microphoneRequests.push_back(check);
     answer(microphoneStatus == MicrophoneStatus::Authorised);
 }
 

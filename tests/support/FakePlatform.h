@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "support/Error.h"
 
+#include <QPointer>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <QUrl>
@@ -187,14 +188,25 @@ class Pasteboard : public parlivo::Pasteboard {
 
 class Permissions : public parlivo::Permissions {
   public:
-    MicrophoneStatus microphone() override { return microphoneStatus; }
-    void requestMicrophone(Answer answer) override;
+    MicrophoneStatus microphone() override {
+        ++microphoneQuestions;
+        return microphoneStatus;
+    }
+    void observeMicrophone(const QObject* owner, std::function<void(MicrophoneStatus)> changed) override;
+    void requestMicrophone(MicrophoneCheck check, Answer answer) override;
     bool accessibilityTrusted(Prompt prompt) override;
 
     MicrophoneStatus microphoneStatus = MicrophoneStatus::Authorised;
     std::atomic<bool> trusted = true;
     std::atomic<int> prompts = 0;
-    int microphoneRequests = 0;
+    int microphoneQuestions = 0;
+    std::vector<MicrophoneCheck> microphoneRequests;
+
+    /// The system's answer comes, or changes.
+    void setMicrophone(MicrophoneStatus status);
+
+  private:
+    std::vector<std::pair<QPointer<const QObject>, std::function<void(MicrophoneStatus)>>> observers_;
 };
 
 class RemoteControl : public parlivo::RemoteControl {
@@ -291,10 +303,14 @@ class UserDefaults : public parlivo::UserDefaults {
     std::map<QString, QVariant> values_;  // under mutex_
 };
 
-/// Writes a small WAV, or fails as told.
+/// Writes a small WAV, or fails as told. Converts only whole files, unless it has a real one to ask.
 class WavConverter : public parlivo::WavConverter {
   public:
     void convert(const QString& source, const QString& destination) override;
+    std::unique_ptr<WavStream> convertWhileRecording(const AudioFormat& format,
+                                                     const QString& destination) override {
+        return real ? real->convertWhileRecording(format, destination) : nullptr;
+    }
 
     /// Asked instead, if set.
     parlivo::WavConverter* real = nullptr;

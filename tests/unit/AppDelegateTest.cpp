@@ -1,10 +1,22 @@
 #include "AppDelegateFixture.h"
 #include "settings/SettingsNotifier.h"
 
+#include <QAction>
+#include <QApplication>
+#include <QWidget>
+
 namespace parlivo {
 namespace {
 
 using namespace std::chrono_literals;
+
+/// The line of the only menu that there is.
+QString microphoneLine() {
+    for (QWidget* window : QApplication::topLevelWidgets())
+        for (const QAction* line : window->actions())
+            if (line->text().startsWith(QStringLiteral("Microfono: "))) return line->text();
+    return {};
+}
 
 TEST_F(AppDelegateTest, StartsUpInOrder) {
     launch();
@@ -13,12 +25,23 @@ TEST_F(AppDelegateTest, StartsUpInOrder) {
     EXPECT_EQ(delegate->statusLine(), line(u"Pronto — tieni premuto ⌥Spazio per dettare"));
     EXPECT_EQ(platform.hotKeys().registered.size(), 1U);
     EXPECT_EQ(platform.permissions().prompts, 1);
-    EXPECT_EQ(platform.permissions().microphoneRequests, 1);
+    EXPECT_EQ(platform.permissions().microphoneRequests, std::vector{MicrophoneCheck::WithoutRecording})
+        << "a recording at each login";
     EXPECT_EQ(logged(), Strings({line(u"permesso microfono: OK"), line(u"permesso accessibilità: OK")}));
     delegate.reset();  // waits for the warm-up
     const Strings made = calls();
     EXPECT_FALSE(made.contains(line(u"onboarding")));
     EXPECT_LT(made.indexOf(line(u"updater")), made.indexOf(line(u"whatsNew")));
+}
+
+TEST_F(AppDelegateTest, TheMicrophonesLineFollowsAnAnswerThatComesLater) {
+    platform.permissions().microphoneStatus = MicrophoneStatus::NotAsked;
+    launch();
+    EXPECT_EQ(microphoneLine(), line(u"Microfono: ⚠️ non richiesto — clicca"));
+    platform.permissions().setMicrophone(MicrophoneStatus::Authorised);
+    EXPECT_EQ(microphoneLine(), line(u"Microfono: ✅"));
+    platform.permissions().setMicrophone(MicrophoneStatus::Denied);
+    EXPECT_EQ(microphoneLine(), line(u"Microfono: ⛔️ negato — clicca"));
 }
 
 TEST_F(AppDelegateTest, WarmsUpBothEnginesWhenAllIsReady) {

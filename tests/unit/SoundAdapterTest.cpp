@@ -167,6 +167,13 @@ TEST_F(MicrophoneChoiceTest, AMonitorBesideAMicrophoneWasChosenByTheUser) {
     EXPECT_EQ(chosen({source("usb"), source("out.monitor", "out")}, {"out.monitor", "out"}), "out.monitor");
 }
 
+TEST_F(MicrophoneChoiceTest, AMonitorThatTheUserNamedIsTaken) {
+    const std::vector only{source("out.monitor", "out")};
+    EXPECT_EQ(chosen(only, {"out.monitor", "out", SoundDefaults::ChosenBy::User}), "out.monitor");
+    EXPECT_EQ(chosen(only, {"out.monitor", "out", SoundDefaults::ChosenBy::Server}), "none");
+    EXPECT_EQ(chosen(only, {"gone", "out", SoundDefaults::ChosenBy::User}), "none");
+}
+
 TEST_F(MicrophoneChoiceTest, AnotherSinksMonitorWasChosenByTheUser) {
     EXPECT_EQ(chosen({source("out.monitor", "out"), source("call.monitor", "call")}, {"call.monitor", "out"}),
               "call.monitor");

@@ -7,8 +7,8 @@ namespace parlivo {
 
 namespace {
 
-constexpr double firstPlace = 0.045;  // of the width; nothing is drawn left of it
-constexpr double lastPlace = 0.955;
+constexpr double ribbonBegin = 0.045;  // of the width; nothing is drawn left of it
+constexpr double ribbonEnd = 0.955;
 constexpr double ribbonLength = 0.91;
 constexpr double strandStep = 3;
 constexpr double centreStep = 2;
@@ -18,7 +18,7 @@ double smoothstep(double x) {
     return clamped * clamped * (3 - 2 * clamped);
 }
 
-double bell(double s, double centre, double width) {
+double gaussian(double s, double centre, double width) {
     const double distance = (s - centre) / width;
     return std::exp(-distance * distance);
 }
@@ -29,12 +29,12 @@ double envelope(double s) {
 }
 
 double profile(double s) {
-    return 0.46 * bell(s, 0.37, 0.08) - 0.13 * bell(s, 0.12, 0.075) - 0.21 * bell(s, 0.55, 0.085) +
-           0.07 * bell(s, 0.71, 0.09) - 0.06 * bell(s, 0.85, 0.09);
+    return 0.46 * gaussian(s, 0.37, 0.08) - 0.13 * gaussian(s, 0.12, 0.075) -
+           0.21 * gaussian(s, 0.55, 0.085) + 0.07 * gaussian(s, 0.71, 0.09) - 0.06 * gaussian(s, 0.85, 0.09);
 }
 
 double spread(double s) {
-    return 0.5 + 4.4 * bell(s, 0.37, 0.1) + 1.8 * bell(s, 0.55, 0.12);
+    return 0.5 + 4.4 * gaussian(s, 0.37, 0.1) + 1.8 * gaussian(s, 0.55, 0.12);
 }
 
 }  // namespace
@@ -57,31 +57,31 @@ WaveformGeometry::Phase::Phase(double fast, double slow)
     : sinFast(std::sin(fast)), cosFast(std::cos(fast)), sinSlow(std::sin(slow)), cosSlow(std::cos(slow)) {}
 
 /// 0.55·sin(fast + 9.5·s) + 0.45·sin(slow + 4.2·s), by the sum of angles.
-double WaveformGeometry::Phase::at(const Place& place) const {
-    return 0.55 * (sinFast * place.cosFast + cosFast * place.sinFast) +
-           0.45 * (sinSlow * place.cosSlow + cosSlow * place.sinSlow);
+double WaveformGeometry::Phase::waveAt(const Abscissa& at) const {
+    return 0.55 * (sinFast * at.cosFast + cosFast * at.sinFast) +
+           0.45 * (sinSlow * at.cosSlow + cosSlow * at.sinSlow);
 }
 
-WaveformGeometry::Place WaveformGeometry::makePlace(double x, double s) {
+WaveformGeometry::Abscissa WaveformGeometry::makeAbscissa(double x, double s) {
     return {.x = x,
             .envelope = envelope(s),
             .profile = profile(s),
             .spread = spread(s),
-            .upperWidening = 1 + 1.4 * bell(s, 0.37, 0.09),
+            .upperWidening = 1 + 1.4 * gaussian(s, 0.37, 0.09),
             .sinFast = std::sin(9.5 * s),
             .cosFast = std::cos(9.5 * s),
             .sinSlow = std::sin(4.2 * s),
             .cosSlow = std::cos(4.2 * s)};
 }
 
-std::vector<WaveformGeometry::Place> WaveformGeometry::places(double width, double step) {
-    std::vector<Place> result;
+std::vector<WaveformGeometry::Abscissa> WaveformGeometry::abscissae(double width, double step) {
+    std::vector<Abscissa> result;
     const auto count = static_cast<int>(width / step) + 1;
     for (int i = 0; i < count; ++i) {
         const double x = i * step;
         const double p = x / width;
-        if (p >= firstPlace && p <= lastPlace)
-            result.push_back(makePlace(x, (p - firstPlace) / ribbonLength));
+        if (p >= ribbonBegin && p <= ribbonEnd)
+            result.push_back(makeAbscissa(x, (p - ribbonBegin) / ribbonLength));
     }
     return result;
 }
@@ -89,9 +89,9 @@ std::vector<WaveformGeometry::Place> WaveformGeometry::places(double width, doub
 void WaveformGeometry::update(QSizeF size, double seconds, double level) {
     if (size != size_) {
         size_ = size;
-        strandPlaces_ = places(size.width(), strandStep);
-        centrePlaces_ = places(size.width(), centreStep);
-        points_.reserve(centrePlaces_.size());
+        strandAbscissae_ = abscissae(size.width(), strandStep);
+        centreAbscissae_ = abscissae(size.width(), centreStep);
+        points_.reserve(centreAbscissae_.size());
     }
     seconds_ = seconds;
     amplitude_ = 0.72 * size.height() * (0.55 + 0.5 * level);
@@ -105,11 +105,11 @@ std::span<const QPointF> WaveformGeometry::strand(const Strand& strand) {
     const Phase phase(0.55 * seconds_ + strand.ph, 0.38 * seconds_ - 0.7 * strand.ph);
     const double fan = strand.u * spreadFactor_;
     points_.clear();
-    for (const Place& place : strandPlaces_) {
-        const double widening = strand.u > 0 ? place.upperWidening : 1;
+    for (const Abscissa& at : strandAbscissae_) {
+        const double widening = strand.u > 0 ? at.upperWidening : 1;
         const double y =
-            amplitude_ * place.profile + phase.at(place) * waveHeight_ + fan * place.spread * widening;
-        points_.emplace_back(place.x, base_ + place.envelope * y);
+            amplitude_ * at.profile + phase.waveAt(at) * waveHeight_ + fan * at.spread * widening;
+        points_.emplace_back(at.x, base_ + at.envelope * y);
     }
     return points_;
 }
@@ -117,9 +117,9 @@ std::span<const QPointF> WaveformGeometry::strand(const Strand& strand) {
 std::span<const QPointF> WaveformGeometry::centreLine() {
     const Phase phase(0.55 * seconds_, 0.38 * seconds_);
     points_.clear();
-    for (const Place& place : centrePlaces_) {
-        const double y = amplitude_ * place.profile + 0.5 * phase.at(place) * waveHeight_;
-        points_.emplace_back(place.x, base_ + place.envelope * y);
+    for (const Abscissa& at : centreAbscissae_) {
+        const double y = amplitude_ * at.profile + 0.5 * phase.waveAt(at) * waveHeight_;
+        points_.emplace_back(at.x, base_ + at.envelope * y);
     }
     return points_;
 }

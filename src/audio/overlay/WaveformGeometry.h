@@ -29,15 +29,16 @@ class WaveformGeometry {
     /// How dark a strand is: the middle ones most.
     static double strandAlpha(const Strand& strand);
 
-    /// Sets the moment: the view's size, the seconds since the animation began, the smoothed level (0–1).
+    /// Sets the moment that is computed next: the view's size, the seconds since the animation began, the
+    /// smoothed level (0–1).
     void update(QSizeF size, double seconds, double level);
 
     std::span<const QPointF> strand(const Strand& strand);
     std::span<const QPointF> centreLine();
 
   private:
-    /// What the formulas need of one place along the ribbon; it changes only with the width of the view.
-    struct Place {
+    /// What the formulas need at one x along the ribbon; it changes only with the width of the view.
+    struct Abscissa {
         double x = 0;
         double envelope = 0;       ///< fades the ends
         double profile = 0;        ///< the fixed, speech-like shape, for an amplitude of 1
@@ -48,12 +49,12 @@ class WaveformGeometry {
     /// The two waves of a line, as sines and cosines of their angles at the ribbon's beginning.
     struct Phase {
         Phase(double fast, double slow);
-        double at(const Place& place) const;
+        double waveAt(const Abscissa& at) const;
         double sinFast, cosFast, sinSlow, cosSlow;
     };
 
-    static std::vector<Place> places(double width, double step);
-    static Place makePlace(double x, double s);
+    static std::vector<Abscissa> abscissae(double width, double step);
+    static Abscissa makeAbscissa(double x, double s);
 
     QSizeF size_;
     double seconds_ = 0;
@@ -61,8 +62,8 @@ class WaveformGeometry {
     double waveHeight_ = 0;
     double spreadFactor_ = 0;
     double base_ = 0;
-    std::vector<Place> strandPlaces_;
-    std::vector<Place> centrePlaces_;
+    std::vector<Abscissa> strandAbscissae_;
+    std::vector<Abscissa> centreAbscissae_;
     std::vector<QPointF> points_;
 };
 

@@ -37,7 +37,7 @@ QLinearGradient cardGradient(double height) {
     return gradient;
 }
 
-/// The whole card but the ribbon, as if it had no corners to cut.
+/// The card without the ribbon, with square corners.
 QImage cardSurface(QSizeF size, double scale, QSize pixels) {
     QImage surface(pixels, QImage::Format_ARGB32_Premultiplied);
     QPainter painter(&surface);
@@ -52,7 +52,7 @@ QImage cardSurface(QSizeF size, double scale, QSize pixels) {
     return surface;
 }
 
-QImage roundedOff(const QImage& surface, QSizeF size, double scale) {
+QImage withRoundCorners(const QImage& surface, QSizeF size, double scale) {
     QImage card(surface.size(), QImage::Format_ARGB32_Premultiplied);
     card.fill(Qt::transparent);
     QPainter painter(&card);
@@ -92,7 +92,7 @@ void WaveformPainter::drawCard() {
     const auto& [size, scale, corners] = setting_;
     const QSize pixels = pixelSize(size, scale);
     card_ = cardSurface(size, scale, pixels);
-    if (corners == FloatingPanel::Corners::Transparent) card_ = roundedOff(card_, size, scale);
+    if (corners == FloatingPanel::Corners::Transparent) card_ = withRoundCorners(card_, size, scale);
     frame_ = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
     rasterizer_.resize(pixels);
 }
@@ -100,7 +100,7 @@ void WaveformPainter::drawCard() {
 void WaveformPainter::drawStrands(double scale) {
     for (const Strand& strand : strands_)
         rasterizer_.stroke(inPixels(geometry_.strand(strand), scale), strandWidth * scale,
-                    WaveformGeometry::strandAlpha(strand));
+                           WaveformGeometry::strandAlpha(strand));
     rasterizer_.composite(frame_, strandColour);
 }
 

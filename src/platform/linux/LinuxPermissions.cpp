@@ -2,14 +2,21 @@
 
 #include "platform/linux/sound/PulseMicrophone.h"
 
+#include <utility>
+
 namespace parlivo {
 
 MicrophoneStatus LinuxPermissions::microphone() {
-    return PulseMicrophone().status();
+    return microphone_.status();
 }
 
-void LinuxPermissions::requestMicrophone(Answer answer) {
-    PulseMicrophone().request(answer);
+void LinuxPermissions::observeMicrophone(const QObject* owner,
+                                         std::function<void(MicrophoneStatus)> changed) {
+    microphone_.observe(owner, std::move(changed));
+}
+
+void LinuxPermissions::requestMicrophone(MicrophoneCheck check, Answer answer) {
+    microphone_.request(check, answer);
 }
 
 }  // namespace parlivo

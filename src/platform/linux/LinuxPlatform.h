@@ -17,6 +17,7 @@
 #include "platform/linux/session/BusRemoteControl.h"
 #include "platform/linux/session/XdgLoginItem.h"
 #include "platform/linux/sound/PulseAudioInput.h"
+#include "platform/linux/sound/PulseMicrophone.h"
 #include "platform/linux/sound/PulseSounds.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
 
@@ -32,7 +33,7 @@ class LinuxPlatform : public Platform {
   public:
     LinuxPlatform();
 
-    AudioInput& audioInput() override { return audioInput_.get(); }
+    AudioInput& audioInput() override { return audioInput_.get(microphone_); }
     Bundle& bundle() override { return bundle_; }
     BundleTools& bundleTools() override { return bundleTools_; }
     Directories& directories() override { return directories_; }
@@ -41,7 +42,7 @@ class LinuxPlatform : public Platform {
     KeyboardSynthesizer& keyboard() override { return desktop().keyboard(); }
     LoginItem& loginItem() override { return loginItem_; }
     Pasteboard& pasteboard() override { return desktop().pasteboard(); }
-    Permissions& permissions() override { return permissions_.get(desktop()); }
+    Permissions& permissions() override { return permissions_.get(desktop(), microphone_); }
     RemoteControl& remoteControl() override { return remoteControl_.get(); }
     Sounds& sounds() override { return sounds_.get(bundle_); }
     StatusItemHost& statusItems() override { return statusItems_.get(desktop()); }
@@ -70,6 +71,7 @@ class LinuxPlatform : public Platform {
     XdgLoginItem loginItem_{bundle_.location() + QStringLiteral("/Contents/MacOS/Parlivo")};
     DesktopWorkspace workspace_{bundle_, systemLog_, inheritedEnvironment()};
     SndfileWavConverter wavConverter_;
+    PulseMicrophone microphone_;
     OnDemand<PulseAudioInput> audioInput_;
     OnDemand<PulseSounds> sounds_;
     OnDemand<BusRemoteControl> remoteControl_;

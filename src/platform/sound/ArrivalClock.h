@@ -7,19 +7,19 @@
 
 namespace parlivo {
 
-/// Tells which frame of a stream was captured at a given moment, from nothing but the times at which pieces
-/// of it arrived.
+/// Estimates which frame of a stream was captured at a given moment, from the times at which pieces of the
+/// stream arrived.
 ///
-/// A frame arrives after it was captured, and the piece that was least delayed shows best how the stream's
-/// time lies to the clock's. Only the last seconds count: the crystal of a sound card drifts from the
-/// computer's clock by some milliseconds a minute.
+/// A frame arrives after it was captured, so the piece with the shortest delay gives the best estimate of the
+/// stream's beginning. Only the last seconds count: the clock of a sound card drifts from the computer's by
+/// some milliseconds a minute.
 class ArrivalClock {
   public:
     explicit ArrivalClock(double framesPerSecond) : rate_(framesPerSecond) {}
 
     /// The stream has grown to `frames` frames at the moment `at`. Moments do not go backwards.
     void arrived(std::uint64_t frames, Clock::TimePoint at);
-    /// The stream's length at that moment; some of it may still be on its way. Nothing before the first
+    /// The stream's length at that moment; some of it may still be on its way. nullopt before the first
     /// arrival.
     std::optional<std::uint64_t> framesBefore(Clock::TimePoint moment) const;
 
@@ -28,7 +28,7 @@ class ArrivalClock {
     static constexpr std::chrono::seconds window{1};
 
     const double rate_;
-    // The earliest beginning of the stream that each window's arrivals allow.
+    // The earliest beginning of the stream that is possible by the arrivals of each window.
     std::optional<Clock::TimePoint> beginning_;
     std::optional<Clock::TimePoint> earlierBeginning_;
     Clock::TimePoint windowEnd_{};

@@ -21,7 +21,7 @@ class BlockAssembler {
     void cutAt(std::uint64_t frames);
     /// Whether the cut has been reached.
     bool isComplete() const { return received_ >= cut_; }
-    /// Delivers what waits for its block to be filled, as a short block.
+    /// Delivers the frames of the unfinished block as a short block.
     void flush();
 
   private:

@@ -54,6 +54,8 @@ OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchMod
     column_->setSpacing(0);
     column_->addWidget(makeFooter());
     showStep();
+    Platform::current().permissions().observeMicrophone(
+        this, [this](MicrophoneStatus status) { showMicrophone(status == MicrophoneStatus::Authorised); });
     connect(&axTimer_, &QTimer::timeout, this, [this] { pollAccessibility(); });
     axTimer_.start(Clock::scaled(1s));
 }
@@ -200,12 +202,15 @@ void OnboardingView::pickFolder() {
 }
 
 void OnboardingView::askForMicrophone() {
-    Platform::current().permissions().requestMicrophone([this, alive = lifetime_.token()](bool granted) {
-        MainQueue::async(alive, [this, granted] {
-            micGranted_ = granted;
-            if (step_ == Step::microphone) permissionPage_->setGranted(granted);
+    Platform::current().permissions().requestMicrophone(
+        MicrophoneCheck::ByRecording, [this, alive = lifetime_.token()](bool granted) {
+            MainQueue::async(alive, [this, granted] { showMicrophone(granted); });
         });
-    });
+}
+
+void OnboardingView::showMicrophone(bool granted) {
+    micGranted_ = granted;
+    if (step_ == Step::microphone) permissionPage_->setGranted(granted);
 }
 
 void OnboardingView::pollAccessibility() {

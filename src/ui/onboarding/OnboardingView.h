@@ -44,6 +44,7 @@ class OnboardingView : public QWidget {
     void pickFolder();
     void showDownloads();
     void askForMicrophone();
+    void showMicrophone(bool granted);
     void pollAccessibility();
 
     const std::function<void()> onDone_;

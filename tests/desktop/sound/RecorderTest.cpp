@@ -1,4 +1,5 @@
 #include "audio/AudioRecorder.h"
+#include "desktop/sound/PulseInterposed.h"
 #include "platform/linux/sound/PulseAudioInput.h"
 #include "platform/linux/sound/PulseSounds.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
@@ -49,7 +50,8 @@ class RecorderTest : public testing::Test {
     static constexpr qint64 aSecondOrHalf = 192'000;  // at 48 kHz, in mono or stereo
 
     FakePlatform& platform;
-    PulseAudioInput input;
+    PulseMicrophone microphone;
+    PulseAudioInput input{microphone};
     SndfileWavConverter converter;
     AudioRecorder recorder;
 };
@@ -109,6 +111,15 @@ TEST_F(RecorderTest, AServerKilledWhileRecordingIsReportedAndTheFileIsWhole) {
     EXPECT_THROW(recorder.start(), Error);
 }
 
+bool hasSoundThread() {
+    const QDir tasks(QStringLiteral("/proc/self/task"));
+    const QStringList ids = tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::any_of(ids.begin(), ids.end(), [&](const QString& id) {
+        QFile name(tasks.filePath(id + QStringLiteral("/comm")));
+        return name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "parlivo.audio";
+    });
+}
+
 class SoundsTest : public testing::Test {
   protected:
     SoundsTest() {
@@ -119,7 +130,8 @@ class SoundsTest : public testing::Test {
 
     /// Plays a sound before an open microphone.
     bool isHeard(const char* name) {
-        const auto capture = PulseAudioInput().open();
+        PulseMicrophone microphone;
+        const auto capture = PulseAudioInput(microphone).open();
         if (!capture) return false;
         std::atomic<bool> heard = false;
         capture->start(
@@ -162,13 +174,15 @@ TEST_F(SoundsTest, NoConnectionStaysBehind) {
     EXPECT_TRUE(waitFor([] { return !isConnected() && !isPlaying(); }));
 }
 
-bool hasSoundThread() {
-    const QDir tasks(QStringLiteral("/proc/self/task"));
-    const QStringList ids = tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    return std::any_of(ids.begin(), ids.end(), [&](const QString& id) {
-        QFile name(tasks.filePath(id + QStringLiteral("/comm")));
-        return name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "parlivo.audio";
-    });
+TEST_F(SoundsTest, WhatAHangingServerHeldUpIsNotPlayedLater) {
+    const int before = interposed::writes;
+    soundServer::freeze();
+    for (const char* name : {"Tink", "Pop", "Basso", "Tink"}) sounds.play(QString::fromLatin1(name));
+    ASSERT_TRUE(waitFor(&hasSoundThread)) << "not even tried";
+    ASSERT_TRUE(waitFor([] { return !hasSoundThread(); })) << "the first one is given up";
+    soundServer::thaw();
+    EXPECT_TRUE(isHeard("Pop"));
+    EXPECT_EQ(interposed::writes, before + 1) << "what nobody waits for any more was played";
 }
 
 TEST_F(SoundsTest, AServerThatFreezesDoesNotHoldTheProgramsEndUp) {

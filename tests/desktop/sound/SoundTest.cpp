@@ -1,3 +1,4 @@
+#include "desktop/sound/PulseInterposed.h"
 #include "platform/linux/sound/PulseAudioInput.h"
 #include "platform/linux/sound/PulseCapture.h"
 #include "platform/linux/sound/PulseMicrophone.h"
@@ -19,10 +20,40 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// Opens the microphone without knowing anything of the server.
+struct Opened {
+    PulseMicrophone microphone;
+    std::unique_ptr<AudioCapture> capture = PulseAudioInput(microphone).open();
+};
+
+bool microphoneOpens() {
+    return Opened().capture != nullptr;
+}
+
+/// The first answer of a server that was never asked before.
+MicrophoneStatus askedMicrophone() {
+    PulseMicrophone microphone;
+    EXPECT_EQ(microphone.status(), MicrophoneStatus::NotAsked) << "waited for the server";
+    const QObject owner;
+    MicrophoneStatus answer = MicrophoneStatus::NotAsked;
+    microphone.observe(&owner, [&](MicrophoneStatus status) { answer = status; });
+    EXPECT_TRUE(waitFor([&] { return answer != MicrophoneStatus::NotAsked; }));
+    EXPECT_EQ(microphone.status(), answer);
+    return answer;
+}
+
+bool microphoneGrants(MicrophoneCheck check) {
+    PulseMicrophone microphone;
+    std::atomic<int> answer = -1;
+    microphone.request(check, [&](bool granted) { answer = granted ? 1 : 0; });
+    EXPECT_TRUE(waitFor([&] { return answer >= 0; }));
+    return answer == 1;
+}
+
 /// A running capture and what it delivered.
 class Listener {
   public:
-    Listener() : capture_(PulseAudioInput().open()) {
+    Listener() : capture_(PulseAudioInput(microphone_).open()) {
         EXPECT_TRUE(capture_) << "no microphone";
         if (capture_) begin();
     }
@@ -71,6 +102,7 @@ class Listener {
     std::atomic<std::size_t> frames_ = 0;
     std::atomic<bool> sounded_ = false;
     std::atomic<int> interruptions_ = 0;
+    PulseMicrophone microphone_;
     std::unique_ptr<AudioCapture> capture_;  // last: its tap uses what stands above
 };
 
@@ -255,16 +287,16 @@ TEST(SoundTest, ManyRecordingsLeaveNoThreadAndNoFileOpen) {
 
 TEST(SoundTest, WithoutAServerThereIsNoMicrophone) {
     soundServer::kill();
-    EXPECT_FALSE(PulseAudioInput().open());
-    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Denied);
+    EXPECT_FALSE(microphoneOpens());
+    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Denied);
 }
 
 TEST(SoundTest, AServerThatNeverAnswersIsNotWaitedFor) {
     soundServer::freeze();
-    EXPECT_FALSE(PulseAudioInput().open());
-    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Denied);
+    EXPECT_FALSE(microphoneOpens());
+    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Denied);
     soundServer::thaw();
-    EXPECT_TRUE(waitFor([] { return PulseAudioInput().open() != nullptr; }));
+    EXPECT_TRUE(waitFor(&microphoneOpens));
 }
 
 TEST(SoundTest, AServerThatFreezesWhileRecordingDoesNotHoldTheEndUp) {
@@ -281,14 +313,22 @@ TEST(SoundTest, AServerThatFreezesWhileRecordingDoesNotHoldTheEndUp) {
 
 TEST(SoundTest, AMicrophoneThatComesLaterIsFound) {
     soundServer::removeMicrophone();
-    EXPECT_FALSE(PulseAudioInput().open()) << "the loudspeaker's monitor is no microphone";
-    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Denied);
+    EXPECT_FALSE(microphoneOpens()) << "the loudspeaker's monitor is no microphone";
+    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Denied);
     soundServer::removeLoudspeaker();
-    EXPECT_FALSE(PulseAudioInput().open()) << "there is no source";
+    EXPECT_FALSE(microphoneOpens()) << "there is no source";
     soundServer::addPair(QStringLiteral("altro"), QStringLiteral("nuovo"));
     soundServer::setDefaultSource(QStringLiteral("nuovo"));
     EXPECT_TRUE(Listener().hears(1));
-    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Authorised);
+    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Authorised);
+}
+
+TEST(SoundTest, TheOnlyMonitorIsRecordedWhenTheUserNamesIt) {
+    soundServer::removeMicrophone();
+    EXPECT_FALSE(microphoneOpens());
+    qputenv("PULSE_SOURCE", "cavo.monitor");
+    EXPECT_TRUE(Listener().hears(1));
+    qunsetenv("PULSE_SOURCE");
 }
 
 TEST(SoundTest, AMonitorThatTheUserChoseIsRecorded) {
@@ -309,6 +349,21 @@ TEST(SoundTest, AMicrophonePulledOutEndsTheRecordingWithWhatItHas) {
     listener.stop();
     EXPECT_EQ(listener.frames(), heard);
     EXPECT_EQ(listener.interruptions(), 1);
+}
+
+TEST(SoundTest, AMoveThatCannotBeLookedAtEndsTheRecordingWithWhatItHas) {
+    soundServer::addPair(QStringLiteral("altro"), QStringLiteral("riserva"));
+    soundServer::setDefaultSource(QStringLiteral("microfono"));
+    Listener listener;
+    ASSERT_TRUE(listener.hears(oneSecond));
+    interposed::refuseSourceQuestions = true;
+    soundServer::removeMicrophone();
+    EXPECT_TRUE(waitFor([&] { return listener.interruptions() > 0; }));
+    const std::size_t heard = listener.frames();
+    EXPECT_GE(heard, oneSecond);
+    listener.stop();
+    EXPECT_EQ(listener.frames(), heard);
+    interposed::refuseSourceQuestions = false;
 }
 
 TEST(SoundTest, AnotherMicrophoneTakesOver) {
@@ -334,7 +389,8 @@ TEST(SoundTest, AServerKilledWhileRecordingEndsTheRecordingWithWhatItHas) {
 }
 
 TEST(SoundTest, AFailedStartIsNoInterruption) {
-    const auto capture = PulseAudioInput().open();
+    const Opened opened;
+    const auto& capture = opened.capture;
     ASSERT_TRUE(capture);
     soundServer::kill();
     std::atomic<int> interruptions = 0;
@@ -343,17 +399,85 @@ TEST(SoundTest, AFailedStartIsNoInterruption) {
 }
 
 TEST(MicrophoneTest, IsAuthorisedWhereAServerHasOne) {
-    EXPECT_EQ(PulseMicrophone().status(), MicrophoneStatus::Authorised);
-    bool granted = false;
-    PulseMicrophone().request([&](bool answer) { granted = answer; });
-    EXPECT_TRUE(granted);
+    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Authorised);
+    EXPECT_TRUE(microphoneGrants(MicrophoneCheck::WithoutRecording));
+    EXPECT_TRUE(microphoneGrants(MicrophoneCheck::ByRecording));
 }
 
 TEST(MicrophoneTest, IsRefusedWithoutAServer) {
     soundServer::kill();
+    EXPECT_FALSE(microphoneGrants(MicrophoneCheck::WithoutRecording));
+    EXPECT_FALSE(microphoneGrants(MicrophoneCheck::ByRecording));
+}
+
+TEST(MicrophoneTest, IsAskedForWithoutAStream) {
+    const int before = interposed::recordings;
+    EXPECT_TRUE(microphoneGrants(MicrophoneCheck::WithoutRecording));
+    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Authorised);
+    EXPECT_EQ(interposed::recordings, before);
+    EXPECT_TRUE(microphoneGrants(MicrophoneCheck::ByRecording));
+    EXPECT_EQ(interposed::recordings, before + 1);
+}
+
+TEST(MicrophoneTest, IsDeniedAfterARefusedRecordingUntilOneIsGranted) {
+    PulseMicrophone microphone;
+    PulseAudioInput input(microphone);
+    const auto grants = [&] {
+        std::atomic<int> answer = -1;
+        microphone.request(MicrophoneCheck::WithoutRecording,
+                           [&](bool granted) { answer = granted ? 1 : 0; });
+        EXPECT_TRUE(waitFor([&] { return answer >= 0; }));
+        return answer == 1;
+    };
+    microphone.reportRecording(false);
+    EXPECT_FALSE(grants());
+    const auto capture = input.open();
+    ASSERT_TRUE(capture);
+    capture->start([](auto, auto) {}, [] {});
+    EXPECT_TRUE(grants());
+}
+
+TEST(MicrophoneTest, AServerThatHangsHoldsNobodyUp) {
+    PulseMicrophone microphone;
+    PulseAudioInput input(microphone);
+    soundServer::freeze();
+    interposed::waits = 0;
+    EXPECT_EQ(microphone.status(), MicrophoneStatus::NotAsked);
+    ASSERT_TRUE(waitFor([&] { return microphone.serverHangs(); }));
+    EXPECT_TRUE(waitFor([&] { return microphone.status() == MicrophoneStatus::Denied; }));
+    EXPECT_FALSE(input.open()) << "the next recordings";
+    EXPECT_FALSE(input.open());
     bool granted = true;
-    PulseMicrophone().request([&](bool answer) { granted = answer; });
+    microphone.request(MicrophoneCheck::ByRecording, [&](bool answer) { granted = answer; });
     EXPECT_FALSE(granted);
+    EXPECT_EQ(interposed::waits, 0) << "the main thread waited for the server";
+    soundServer::thaw();
+    EXPECT_TRUE(waitFor([&] { return !microphone.serverHangs(); }));
+    EXPECT_TRUE(waitFor([&] { return microphone.status() == MicrophoneStatus::Authorised; }));
+    EXPECT_TRUE(input.open());
+}
+
+TEST(MicrophoneTest, ARecordingThatMeetsAHangingServerWaitsOnlyOnce) {
+    PulseMicrophone microphone;
+    PulseAudioInput input(microphone);
+    soundServer::freeze();
+    EXPECT_FALSE(input.open());
+    EXPECT_TRUE(microphone.serverHangs());
+    interposed::waits = 0;
+    EXPECT_FALSE(input.open());
+    EXPECT_EQ(interposed::waits, 0);
+    soundServer::thaw();
+    EXPECT_TRUE(waitFor([&] { return input.open() != nullptr; })) << "nobody looks whether it answers again";
+}
+
+TEST(MicrophoneTest, TheEndDoesNotWaitForAServerToAnswer) {
+    soundServer::freeze();
+    {
+        PulseMicrophone microphone;
+        microphone.status();
+        ASSERT_TRUE(waitFor([&] { return microphone.serverHangs(); }));
+    }
+    soundServer::thaw();
 }
 
 }  // namespace

@@ -12,8 +12,8 @@ bool isLiveMicrophone(const SoundSource& source) {
 
 bool isServersFallback(const SoundSource& source, std::span<const SoundSource> all,
                        const SoundDefaults& defaults) {
-    return source.isMonitor() && source.monitoredSink == defaults.sink &&
-           std::none_of(all.begin(), all.end(), isLiveMicrophone);
+    return defaults.sourceChosenBy == SoundDefaults::ChosenBy::Server && source.isMonitor() &&
+           source.monitoredSink == defaults.sink && std::none_of(all.begin(), all.end(), isLiveMicrophone);
 }
 
 bool delivers(const SoundSource& source) {

@@ -22,16 +22,22 @@ struct SoundSource {
 
 /// The server's present defaults.
 struct SoundDefaults {
+    enum class ChosenBy {
+        Server,  ///< as far as it tells: it does not say what its user chose
+        User,    ///< named in the environment
+    };
+
     std::string source;
     std::string sink;
+    ChosenBy sourceChosenBy = ChosenBy::Server;
 };
 
-/// The default source, if it may be taken for a microphone. Nothing when there is no default source or it has
+/// The default source, if it may be taken for a microphone. nullopt if there is no default source or it has
 /// no rate or channels.
 ///
 /// A source that repeats what a sink plays is no microphone. But servers fall back on one: where no
-/// microphone is plugged in, the default source is the monitor of the default sink. Only that one is refused;
-/// any other monitor is the default because the user made it so.
+/// microphone is plugged in, the default source is the monitor of the default sink. Only that one is refused,
+/// and only if the user did not name it; any other monitor is the default because the user made it so.
 std::optional<SoundSource> chooseMicrophone(std::span<const SoundSource> sources,
                                             const SoundDefaults& defaults);
 

@@ -10,8 +10,8 @@ namespace parlivo {
 
 namespace {
 
-/// The answers to what is asked of the server, filled by its callbacks.
-struct Survey {
+/// The answers of the server about its sources, filled in by its callbacks.
+struct SourceQuery {
     const PulseConnection& connection;
     SoundDefaults defaults;
     std::vector<SoundSource> sources;
@@ -26,10 +26,10 @@ std::string text(const char* pointer) {
 }
 
 void takeDefaults(pa_context*, const pa_server_info* info, void* pointer) {
-    auto& survey = *static_cast<Survey*>(pointer);
-    if (info) survey.defaults = {text(info->default_source_name), text(info->default_sink_name)};
-    survey.defaultsKnown = true;
-    survey.connection.wake();
+    auto& query = *static_cast<SourceQuery*>(pointer);
+    if (info) query.defaults = {text(info->default_source_name), text(info->default_sink_name)};
+    query.defaultsKnown = true;
+    query.connection.wake();
 }
 
 SoundSource described(const pa_source_info& info) {
@@ -38,13 +38,13 @@ SoundSource described(const pa_source_info& info) {
 }
 
 void takeSource(pa_context*, const pa_source_info* info, int end, void* pointer) {
-    auto& survey = *static_cast<Survey*>(pointer);
+    auto& query = *static_cast<SourceQuery*>(pointer);
     if (end == 0) {
-        survey.sources.push_back(described(*info));
+        query.sources.push_back(described(*info));
         return;
     }
-    survey.sourcesKnown = true;
-    survey.connection.wake();
+    query.sourcesKnown = true;
+    query.connection.wake();
 }
 
 void cancel(const PulseOperationHandle& operation) {
@@ -55,28 +55,32 @@ void cancel(const PulseOperationHandle& operation) {
 
 std::optional<SoundSource> findMicrophone(const PulseConnection& connection, Clock::TimePoint end) {
     const PulseConnection::Lock lock(connection);
-    Survey survey{connection, {}, {}};
-    // Both questions at once: one trip to the server.
+    SourceQuery query{connection, {}, {}};
+    // Both questions at once: one round trip to the server.
     const PulseOperationHandle defaults(
-        pa_context_get_server_info(connection.context(), &takeDefaults, &survey));
+        pa_context_get_server_info(connection.context(), &takeDefaults, &query));
     const PulseOperationHandle sources(
-        pa_context_get_source_info_list(connection.context(), &takeSource, &survey));
+        pa_context_get_source_info_list(connection.context(), &takeSource, &query));
     const bool answered =
-        connection.waitUntil(end, [&] { return survey.complete() || !connection.isAlive(); });
+        connection.waitUntil(end, [&] { return query.complete() || !connection.isAlive(); });
     cancel(defaults);
     cancel(sources);
-    if (!answered || !survey.complete()) return {};
-    if (const char* named = std::getenv("PULSE_SOURCE")) survey.defaults.source = named;
-    return chooseMicrophone(survey.sources, survey.defaults);
+    if (!answered || !query.complete()) return {};
+    if (const char* named = std::getenv("PULSE_SOURCE")) {
+        query.defaults.source = named;
+        query.defaults.sourceChosenBy = SoundDefaults::ChosenBy::User;
+    }
+    return chooseMicrophone(query.sources, query.defaults);
 }
 
 std::unique_ptr<AudioCapture> PulseAudioInput::open() {
-    const auto end = Clock::now() + answerLimit;
+    if (microphone_.serverHangs()) return nullptr;
+    const auto end = Clock::now() + PulseMicrophone::answerLimit;
     auto connection = PulseConnection::open(end);
-    if (!connection) return nullptr;
-    const auto microphone = findMicrophone(*connection, end);
-    if (!microphone) return nullptr;
-    return std::make_unique<PulseCapture>(std::move(connection), *microphone);
+    const auto source = connection ? findMicrophone(*connection, end) : std::nullopt;
+    if (source) return std::make_unique<PulseCapture>(std::move(connection), *source, microphone_);
+    if (Clock::now() >= end) microphone_.reportSilence();
+    return nullptr;
 }
 
 }  // namespace parlivo

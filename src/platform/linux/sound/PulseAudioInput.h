@@ -3,8 +3,8 @@
 #include "platform/AudioInput.h"
 #include "platform/linux/sound/MicrophoneChoice.h"
 #include "platform/linux/sound/PulseConnection.h"
+#include "platform/linux/sound/PulseMicrophone.h"
 
-#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -13,14 +13,18 @@ namespace parlivo {
 /// The microphone of the user's sound server, PulseAudio or PipeWire alike.
 class PulseAudioInput : public AudioInput {
   public:
-    /// A server that does not answer within this is taken for missing.
-    static constexpr std::chrono::milliseconds answerLimit{1000};
+    /// Reports to `microphone` when the server hangs, and does not wait for the server while `microphone`
+    /// knows that it does. `microphone` must outlive this.
+    explicit PulseAudioInput(PulseMicrophone& microphone) : microphone_(microphone) {}
 
     std::unique_ptr<AudioCapture> open() override;
+
+  private:
+    PulseMicrophone& microphone_;
 };
 
 /// The default microphone as the server names it now, or the source that the environment names in
-/// PULSE_SOURCE. Nothing when there is none or the server does not answer before `end`.
+/// PULSE_SOURCE. nullopt if there is none or the server does not answer before `end`.
 std::optional<SoundSource> findMicrophone(const PulseConnection& connection, Clock::TimePoint end);
 
 }  // namespace parlivo

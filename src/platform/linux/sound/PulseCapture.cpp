@@ -7,7 +7,7 @@ namespace parlivo {
 
 namespace {
 
-/// How long a server may take to begin; it has just answered, so this is for one that hangs.
+/// How long a server may take to start the stream. It has just answered; a slower one hangs.
 constexpr std::chrono::milliseconds startLimit{1000};
 
 pa_sample_spec asFloats(pa_sample_spec spec) {
@@ -24,8 +24,10 @@ pa_channel_map mapOf(const SoundSource& source) {
 
 }  // namespace
 
-PulseCapture::PulseCapture(std::unique_ptr<PulseConnection> connection, const SoundSource& source)
+PulseCapture::PulseCapture(std::unique_ptr<PulseConnection> connection, const SoundSource& source,
+                           PulseMicrophone& microphone)
     : connection_(std::move(connection)),
+      microphone_(microphone),
       sampleSpec_(asFloats(source.sampleSpec)),
       channelMap_(mapOf(source)),
       arrivals_(sampleSpec_.rate) {}
@@ -44,9 +46,20 @@ void PulseCapture::start(Tap tap, Interruption interruption) {
     assembler_.emplace(sampleSpec_.channels, std::move(tap));
     interruption_ = std::move(interruption);
     connectStream();
-    if (!connection_->waitUntil(Clock::now() + startLimit, [this] { return isDecided(); }))
+    waitForStart();
+}
+
+void PulseCapture::waitForStart() {
+    if (!connection_->waitUntil(Clock::now() + startLimit, [this] { return isDecided(); })) {
+        microphone_.reportSilence();
         throw PulseConnection::error(PA_ERR_TIMEOUT);
-    if (phase_ == Phase::Starting) throw connection_->lastError();
+    }
+    if (phase_ == Phase::Starting) {
+        const Error error = connection_->lastError();
+        if (error.code() == PA_ERR_ACCESS) microphone_.reportRecording(false);
+        throw Error(error);
+    }
+    microphone_.reportRecording(true);
 }
 
 bool PulseCapture::isDecided() const {
@@ -54,7 +67,7 @@ bool PulseCapture::isDecided() const {
            !connection_->isAlive();
 }
 
-/// The stream is left to the server to place, so that it goes where the user's mixer sends this program.
+/// The server chooses the source, so that the user's mixer can route this program.
 void PulseCapture::connectStream() {
     stream_.reset(pa_stream_new(connection_->context(), "Dettatura", &sampleSpec_, &channelMap_));
     if (!stream_) throw connection_->lastError();
@@ -75,7 +88,7 @@ void PulseCapture::readable(pa_stream*, std::size_t, void* self) {
     static_cast<PulseCapture*>(self)->drainStream();
 }
 
-/// Takes what has arrived. While a new source is being looked at, the sound stays in the stream's buffer.
+/// Takes what has arrived. While a new source is being verified, the sound stays in the stream's buffer.
 void PulseCapture::drainStream() {
     const std::size_t frameSize = pa_frame_size(&sampleSpec_);
     while (phase_ == Phase::Running && pa_stream_readable_size(stream_.get()) > 0) {
@@ -102,8 +115,8 @@ void PulseCapture::moved(pa_stream*, void* self) {
     static_cast<PulseCapture*>(self)->verifySource();
 }
 
-/// A source that goes away takes its recordings with it or hands them to another one: a second microphone is
-/// welcome, the repetition of what the machine plays is not.
+/// When a source goes away, its recordings end or are moved to another source. A second microphone is
+/// accepted, the monitor of a sink is not.
 void PulseCapture::verifySource() {
     if (!isRunning()) return;
     phase_ = Phase::Verifying;
@@ -111,6 +124,8 @@ void PulseCapture::verifySource() {
     verification_.reset(pa_context_get_source_info_by_index(connection_->context(),
                                                             pa_stream_get_device_index(stream_.get()),
                                                             &PulseCapture::sourceDescribed, this));
+    // A server that cannot be asked will not answer either; what was spoken until now is kept.
+    if (!verification_) interrupt();
 }
 
 void PulseCapture::sourceDescribed(pa_context*, const pa_source_info* info, int end, void* self) {
@@ -146,14 +161,15 @@ void PulseCapture::waitForTail(Clock::TimePoint end) {
     const auto limit = end + tailLimit;
     const auto reported = reportedFramesBefore(end, limit);
     const auto observed = arrivals_.framesBefore(end);
-    // Each errs on the short side. The server's report knows the delay of the hardware, but PipeWire's leaves
-    // out the sound since its last cycle; the arrivals show that one, but nothing of the hardware.
+    // Both may be too short, never too long. The server's report includes the delay of the hardware, but
+    // PipeWire's does not include the sound since its last cycle; the arrivals include that, but no delay of
+    // the hardware.
     assembler_->cutAt(std::max(reported.value_or(0), observed.value_or(0)));
     connection_->waitUntil(limit, [this] { return !isRunning() || assembler_->isComplete(); });
 }
 
 /// The recording's length at the moment `end`, as the server sees it: what has entered the microphone,
-/// whether or not it has come through device and server. Nothing when the server does not say.
+/// whether or not it has come through device and server. nullopt if the server does not say.
 std::optional<std::uint64_t> PulseCapture::reportedFramesBefore(Clock::TimePoint end,
                                                                 Clock::TimePoint limit) const {
     struct Reply {

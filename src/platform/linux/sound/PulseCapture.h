@@ -3,6 +3,7 @@
 #include "platform/AudioInput.h"
 #include "platform/linux/sound/MicrophoneChoice.h"
 #include "platform/linux/sound/PulseConnection.h"
+#include "platform/linux/sound/PulseMicrophone.h"
 #include "platform/sound/ArrivalClock.h"
 #include "platform/sound/BlockAssembler.h"
 
@@ -16,7 +17,9 @@ namespace parlivo {
 /// caller's thread is used under the connection's lock.
 class PulseCapture : public AudioCapture {
   public:
-    PulseCapture(std::unique_ptr<PulseConnection> connection, const SoundSource& source);
+    /// Tells `microphone` whether the recording is granted; it must outlive this.
+    PulseCapture(std::unique_ptr<PulseConnection> connection, const SoundSource& source,
+                 PulseMicrophone& microphone);
     ~PulseCapture() override;
     PulseCapture(const PulseCapture&) = delete;
     PulseCapture& operator=(const PulseCapture&) = delete;
@@ -25,8 +28,8 @@ class PulseCapture : public AudioCapture {
     void start(Tap tap, Interruption interruption) override;
     void stop(Clock::TimePoint end) override;
 
-    /// What is asked of the server to send at a time: about 21 ms at 48 kHz. Smaller pieces end a recording
-    /// sooner, but wake the whole sound system more often.
+    /// The size of the pieces that the server is asked to send: about 21 ms at 48 kHz. Smaller ones end a
+    /// recording sooner, but PipeWire makes its cycle as short: with 512 a busy machine lost sound.
     static constexpr std::uint32_t fragmentFrames = 1024;
     /// How long a stop waits for sound that is still under way.
     static constexpr std::chrono::milliseconds tailLimit{150};
@@ -42,6 +45,7 @@ class PulseCapture : public AudioCapture {
     };
 
     void connectStream();
+    void waitForStart();
     bool isDecided() const;
     bool isRunning() const { return phase_ == Phase::Running || phase_ == Phase::Verifying; }
     void drainStream();
@@ -57,6 +61,7 @@ class PulseCapture : public AudioCapture {
     static void sourceDescribed(pa_context* context, const pa_source_info* info, int end, void* self);
 
     const std::unique_ptr<PulseConnection> connection_;
+    PulseMicrophone& microphone_;
     const pa_sample_spec sampleSpec_;
     const pa_channel_map channelMap_;
 

@@ -21,19 +21,19 @@ std::unique_ptr<pa_proplist, ProplistRelease> identity() {
     return list;
 }
 
-/// Wakes the waiting thread once a moment has come.
-class Alarm {
+/// Wakes the waiting thread at a given moment. Its callback writes to it: an object must not be const.
+class DeadlineTimer {
   public:
-    Alarm(pa_context* context, pa_threaded_mainloop* loop, Clock::TimePoint end)
-        : loop_(loop), event_(pa_context_rttime_new(context, pulseTime(end), &Alarm::rang, this)) {}
-    ~Alarm() {
+    DeadlineTimer(pa_context* context, pa_threaded_mainloop* loop, Clock::TimePoint end)
+        : loop_(loop), event_(pa_context_rttime_new(context, pulseTime(end), &DeadlineTimer::expire, this)) {}
+    ~DeadlineTimer() {
         pa_mainloop_api* const api = pa_threaded_mainloop_get_api(loop_);
         if (event_) api->time_free(event_);
     }
-    Alarm(const Alarm&) = delete;
-    Alarm& operator=(const Alarm&) = delete;
+    DeadlineTimer(const DeadlineTimer&) = delete;
+    DeadlineTimer& operator=(const DeadlineTimer&) = delete;
 
-    bool hasRung() const { return rung_ || !event_; }
+    bool hasExpired() { return expired_ || !event_; }
 
   private:
     static pa_usec_t pulseTime(Clock::TimePoint moment) {
@@ -41,14 +41,14 @@ class Alarm {
         const auto left = std::chrono::duration_cast<microseconds>(moment - Clock::now());
         return pa_rtclock_now() + static_cast<pa_usec_t>(std::max(left, microseconds::zero()).count());
     }
-    static void rang(pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
-        auto* const alarm = static_cast<Alarm*>(self);
-        alarm->rung_ = true;
-        pa_threaded_mainloop_signal(alarm->loop_, 0);
+    static void expire(pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
+        auto* const timer = static_cast<DeadlineTimer*>(self);
+        timer->expired_ = true;
+        pa_threaded_mainloop_signal(timer->loop_, 0);
     }
 
     pa_threaded_mainloop* const loop_;
-    bool rung_ = false;
+    bool expired_ = false;
     pa_time_event* const event_;
 };
 
@@ -103,9 +103,9 @@ void PulseConnection::contextChanged(pa_context* context, void* self) {
 }
 
 bool PulseConnection::waitUntil(Clock::TimePoint end, const std::function<bool()>& condition) const {
-    const Alarm alarm(context_.get(), loop_.get(), end);
+    DeadlineTimer timer(context_.get(), loop_.get(), end);
     while (!condition()) {
-        if (alarm.hasRung()) return false;
+        if (timer.hasExpired()) return false;
         pa_threaded_mainloop_wait(loop_.get());
     }
     return true;

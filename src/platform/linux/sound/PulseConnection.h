@@ -11,7 +11,7 @@
 
 namespace parlivo {
 
-/// The C handles of libpulse. All but the loop must be let go under the connection's lock.
+/// The C handles of libpulse. All but the loop must be released under the connection's lock.
 template <auto release>
 struct PulseRelease {
     template <class Handle>
@@ -26,19 +26,19 @@ using PulseOperationHandle = std::unique_ptr<pa_operation, PulseRelease<&pa_oper
 
 /// A connection to the user's sound server, with a thread of its own that lives as long as it does.
 ///
-/// There is one connection for each use and none between uses. Making one takes a millisecond or two, which
-/// buys that an idle program has no thread to wake, shows up in no mixer, and never has to notice that the
-/// server was restarted meanwhile.
+/// There is one connection for each use and none between uses. Opening one takes a millisecond or two. In
+/// exchange an idle program has no thread that wakes up, appears in no mixer, and does not have to handle a
+/// restart of the server.
 class PulseConnection {
   public:
-    /// Connects. Nothing when no server answers before `end`, or it refuses.
+    /// Connects. nullptr if no server answers before `end`, or it refuses.
     static std::unique_ptr<PulseConnection> open(Clock::TimePoint end);
 
     ~PulseConnection();
     PulseConnection(const PulseConnection&) = delete;
     PulseConnection& operator=(const PulseConnection&) = delete;
 
-    /// Keeps the connection's thread out: libpulse's objects are used under this lock or in its callbacks,
+    /// Excludes the connection's thread: libpulse's objects are used under this lock or in its callbacks,
     /// which hold it.
     class Lock {
       public:
@@ -54,15 +54,15 @@ class PulseConnection {
     pa_context* context() const { return context_.get(); }
     bool isAlive() const { return pa_context_get_state(context_.get()) == PA_CONTEXT_READY; }
 
-    /// Waits, under the lock, until `condition` holds. False when `end` passed first. The condition is looked
-    /// at after each wake().
+    /// Waits, under the lock, until `condition` holds. False when `end` passed first. The condition is
+    /// checked after each wake().
     bool waitUntil(Clock::TimePoint end, const std::function<bool()>& condition) const;
-    /// Lets the waiting thread look again. From callbacks.
+    /// Lets the waiting thread check its condition again. For callbacks.
     void wake() const;
 
-    /// The server's last refusal, in its own words. Under the lock.
+    /// The server's last error, in its own words. Under the lock.
     Error lastError() const { return error(pa_context_errno(context_.get())); }
-    /// A refusal of this code.
+    /// The error of this code (pa_error_code).
     static Error error(int code);
 
     /// Called on the connection's thread, under the lock, when the server goes away. Set under the lock.
@@ -73,7 +73,7 @@ class PulseConnection {
     bool connect(Clock::TimePoint end);
     static void contextChanged(pa_context* context, void* self);
 
-    // The loop goes last: the context lives on its thread.
+    // The loop is destroyed last: the context lives on its thread.
     PulseLoopHandle loop_;
     PulseContextHandle context_;
 };

@@ -1,20 +1,78 @@
 #pragma once
 
 #include "platform/Permissions.h"
+#include "support/Clock.h"
+#include "support/Lifetime.h"
+#include "support/SerialQueue.h"
+
+#include <QPointer>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
 
 namespace parlivo {
 
-/// Whether the sound server lets the program hear. Sound servers ask nobody: there is no state "not asked".
+/// Whether the sound server lets the program hear, and whether it answers at all.
+///
+/// The server is asked on a thread of this object's own, so that no caller waits for a server that hangs; its
+/// last answer is available at once. Sound servers ask nobody for permission: capture counts as granted when
+/// a server answers, has a microphone, and has not refused the last recording.
 class PulseMicrophone {
   public:
-    /// Authorised when a server answers and has a microphone. Looks without recording, so that asking every
-    /// second neither lights the microphone's lamp nor turns a headset into a telephone. Returns within a
-    /// second. Main thread.
-    MicrophoneStatus status() const;
+    /// A server that does not answer within this is taken for missing.
+    static constexpr std::chrono::milliseconds answerLimit{1000};
+    /// A server that hangs is asked again after this, until it answers.
+    static constexpr std::chrono::milliseconds retryInterval{1000};
 
-    /// Records for a moment, which makes a server that guards the microphone decide. Answers before it
-    /// returns, within two seconds. Main thread.
-    void request(const Permissions::Answer& answer) const;
+    PulseMicrophone() = default;
+    /// Waits for the question that is under way, for answerLimit at most.
+    ~PulseMicrophone();
+    PulseMicrophone(const PulseMicrophone&) = delete;
+    PulseMicrophone& operator=(const PulseMicrophone&) = delete;
+
+    /// The last answer, at once; NotAsked before the first one. Asks anew. Main thread.
+    MicrophoneStatus status();
+    /// `changed` is called on the main thread whenever the answer differs from the one before, until `owner`
+    /// is gone. Main thread.
+    void observe(const QObject* owner, std::function<void(MicrophoneStatus)> changed);
+    /// Asks anew and answers on this object's thread; at once with false while the server hangs. No answer
+    /// comes when this object ends meanwhile. Any thread.
+    void request(MicrophoneCheck check, const Permissions::Answer& answer);
+
+    /// Whether the server was silent when it was last asked. It is asked again and again until it answers.
+    /// Any thread.
+    bool serverHangs() const { return hangs_; }
+    /// Somebody else has waited for the server in vain. Any thread.
+    void reportSilence();
+    /// How a recording was answered. Any thread.
+    void reportRecording(bool granted) { refused_ = !granted; }
+
+  private:
+    struct Observer {
+        QPointer<const QObject> owner;
+        std::function<void(MicrophoneStatus)> changed;
+    };
+
+    void enqueue(SerialQueue::Job job);
+    void refresh();
+    void askUntilAnswered();
+    MicrophoneStatus ask();
+    void publish(MicrophoneStatus status);
+
+    std::vector<Observer> observers_;  // main thread
+    const Lifetime lifetime_;          // main thread
+    std::atomic<MicrophoneStatus> status_ = MicrophoneStatus::NotAsked;
+    std::atomic<bool> hangs_ = false;
+    std::atomic<bool> refused_ = false;  // the last recording
+    std::atomic<bool> refreshing_ = false;
+    Clock::Signal ending_;
+    std::mutex mutex_;
+    bool ended_ = false;                  // under mutex_
+    std::unique_ptr<SerialQueue> queue_;  // under mutex_; made at the first question
 };
 
 }  // namespace parlivo

@@ -1,10 +1,9 @@
 #include "platform/linux/sound/PulseSounds.h"
 
 #include "platform/linux/sound/PulseConnection.h"
+#include "support/SoundFile.h"
 
 #include <QFile>
-
-#include <sndfile.h>
 
 #include <chrono>
 #include <cstdint>
@@ -17,8 +16,10 @@ namespace parlivo {
 
 namespace {
 
-/// A server that takes longer than this to answer, or to finish a sound that is over, hangs.
+/// A server that takes longer than this to answer, or to finish a sound after its length, hangs.
 constexpr std::chrono::milliseconds answerLimit{1000};
+/// A sound that would begin later than this after it was asked for is dropped.
+constexpr std::chrono::milliseconds latestBegin{1000};
 
 struct Clip {
     pa_sample_spec spec{};
@@ -30,14 +31,9 @@ struct Clip {
     }
 };
 
-struct SoundFileRelease {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-
 std::optional<Clip> load(const QString& path) {
     SF_INFO info{};
-    const std::unique_ptr<SNDFILE, SoundFileRelease> file(
-        sf_open(QFile::encodeName(path).constData(), SFM_READ, &info));
+    const SoundFile file(sf_open(QFile::encodeName(path).constData(), SFM_READ, &info));
     if (!file) return {};
     Clip clip{{PA_SAMPLE_S16NE, static_cast<std::uint32_t>(info.samplerate),
                static_cast<std::uint8_t>(info.channels)},
@@ -46,7 +42,7 @@ std::optional<Clip> load(const QString& path) {
     return clip;
 }
 
-/// One sound on its way out. Used under the connection's lock.
+/// One playback stream. Used under the connection's lock.
 class Playback {
   public:
     Playback(const PulseConnection& connection, const Clip& clip)
@@ -61,9 +57,10 @@ class Playback {
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
 
-    /// Hands the whole sound over and returns when it has been heard, or cannot be.
-    void run() {
-        if (connect() && write()) drain();
+    /// Plays the sound unless it would begin after `latest`, and returns when it has been played or has
+    /// failed.
+    void run(Clock::TimePoint latest) {
+        if (connect() && Clock::now() < latest && write()) drain();
     }
 
   private:
@@ -85,11 +82,11 @@ class Playback {
 
     void drain() {
         const auto drained = [](pa_stream*, int, void* self) {
-            static_cast<Playback*>(self)->heard_ = true;
+            static_cast<Playback*>(self)->drained_ = true;
             static_cast<Playback*>(self)->connection_.wake();
         };
         const PulseOperationHandle operation(pa_stream_drain(stream_.get(), drained, this));
-        wait(clip_.length() + answerLimit, [this] { return heard_ || state() != PA_STREAM_READY; });
+        wait(clip_.length() + answerLimit, [this] { return drained_ || state() != PA_STREAM_READY; });
         if (operation) pa_operation_cancel(operation.get());
     }
 
@@ -101,14 +98,14 @@ class Playback {
     const PulseConnection& connection_;
     const Clip& clip_;
     const PulseStreamHandle stream_;
-    bool heard_ = false;
+    bool drained_ = false;
 };
 
-void playNow(const Clip& clip) {
+void playBefore(Clock::TimePoint latest, const Clip& clip) {
     const auto connection = PulseConnection::open(Clock::now() + answerLimit);
     if (!connection) return;
     const PulseConnection::Lock lock(*connection);
-    Playback(*connection, clip).run();
+    Playback(*connection, clip).run(latest);
 }
 
 }  // namespace
@@ -116,10 +113,12 @@ void playNow(const Clip& clip) {
 PulseSounds::PulseSounds(const Bundle& bundle) : bundle_(bundle), queue_(QStringLiteral("parlivo.sounds")) {}
 
 void PulseSounds::play(const QString& name) {
-    queue_.async([this, name] {
+    queue_.async([this, name, latest = Clock::now() + latestBegin] {
+        // After a server that hung, or behind other sounds.
+        if (Clock::now() >= latest) return;
         const auto path = bundle_.resource(QStringLiteral("sounds/%1.wav").arg(name));
         if (!path) return;
-        if (const auto clip = load(*path)) playNow(*clip);
+        if (const auto clip = load(*path)) playBefore(latest, *clip);
     });
 }
 

@@ -4,11 +4,12 @@
 
 namespace parlivo {
 
-/// Conversion in the process: libsndfile reads and writes, libsoxr resamples. Works block by block, so a long
-/// recording needs no more memory than a short one.
+/// Conversion in the process: libsndfile reads the capture file, WavWriter does the rest.
 class SndfileWavConverter : public WavConverter {
   public:
     void convert(const QString& source, const QString& destination) override;
+    std::unique_ptr<WavStream> convertWhileRecording(const AudioFormat& format,
+                                                     const QString& destination) override;
 };
 
 }  // namespace parlivo

@@ -8,7 +8,8 @@ namespace parlivo {
 class MacPermissions : public Permissions {
   public:
     MicrophoneStatus microphone() override;
-    void requestMicrophone(Answer answer) override;
+    /// The system remembers what was granted, so there is nothing to record for a check.
+    void requestMicrophone(MicrophoneCheck check, Answer answer) override;
     bool accessibilityTrusted(Prompt prompt) override;
 };
 

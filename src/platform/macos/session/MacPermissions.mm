@@ -21,7 +21,7 @@ MicrophoneStatus MacPermissions::microphone() {
     return MicrophoneStatus::Denied;
 }
 
-void MacPermissions::requestMicrophone(Answer answer) {
+void MacPermissions::requestMicrophone(MicrophoneCheck /*check*/, Answer answer) {
     const Answer kept = std::move(answer);
     [AVCaptureDevice requestAccessForMediaType:AVMediaTypeAudio
                              completionHandler:^(BOOL granted) {
