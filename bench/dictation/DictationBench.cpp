@@ -129,7 +129,7 @@ void measureDictations(Table& table, Testbed& testbed, DictationMethod& parlivo,
         table.row(what + name, "ms", both.ours, target, both.theirs);
     };
     row("key-up to the request's last byte at the recogniser", length.targetToRequest, toRequest);
-    row("recogniser's reply to the first key", 10, toFirstKey);
+    row("recogniser's reply to the first key", 5, toFirstKey);
     row("key-down to the first captured sample", 60, unrecorded);
 }
 
@@ -205,8 +205,8 @@ int run(const QString& script, int rounds, int longRounds) {
     ByHand byHand(script, 7ms);
     testbed.dictate(parlivo, 1s, sentence);  // once for what is done once only
     testbed.dictate(byHand, 1s, sentence);
-    measureDictations(table, testbed, parlivo, byHand, {5s, rounds, 40});
-    measureDictations(table, testbed, parlivo, byHand, {60s, longRounds, 120});
+    measureDictations(table, testbed, parlivo, byHand, {5s, rounds, 20});
+    measureDictations(table, testbed, parlivo, byHand, {60s, longRounds, 20});
     measurePace(table, testbed, parlivo, script, {"fast", 3'500us, 1500, 4ms});
     measurePace(table, testbed, parlivo, script, {"natural", 12ms, 300, 12ms});
     measureIdle(table, program);

@@ -54,6 +54,13 @@ std::optional<TimedRecogniser::Request> TimedRecogniser::take() {
     return std::exchange(request_, std::nullopt);
 }
 
+std::vector<SteadyClock::time_point> TimedRecogniser::probesSince(SteadyClock::time_point begin) const {
+    std::vector<SteadyClock::time_point> moments;
+    for (const auto& request : server_.requests("/"))
+        if (request.arrived >= begin) moments.push_back(request.arrived);
+    return moments;
+}
+
 double Dictation::paceError(SteadyClock::duration pause) const {
     const auto steps = static_cast<double>(keys.size() - 1);
     const double taken = milliseconds(keys.back() - keys.front());

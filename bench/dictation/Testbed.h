@@ -35,6 +35,8 @@ class TimedRecogniser {
     void setTranscript(const QString& text);
     /// The last request, once.
     std::optional<Request> take();
+    /// When it was asked whether it is there.
+    std::vector<SteadyClock::time_point> probesSince(SteadyClock::time_point begin) const;
 
   private:
     std::mutex mutex_;
@@ -76,6 +78,7 @@ class Testbed {
     /// Holds the key for so long. `text`, which is understood, must arrive whole; its characters need no
     /// Shift.
     Dictation dictate(DictationMethod& way, std::chrono::milliseconds hold, const QString& text);
+    TimedRecogniser& recogniser() { return recogniser_; }
 
   private:
     TimedRecogniser recogniser_;
