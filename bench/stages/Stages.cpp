@@ -174,6 +174,7 @@ Work storing(qint64 count) {
     store->setValue(Settings::dictionary.key, terms(count));
     return [folder, store, number = 0]() mutable {
         store->setValue(Settings::dictationCount.key, ++number);
+        store->flush();
         require(store->value(Settings::dictationCount.key).toInt() == number, "the setting was not stored");
     };
 }

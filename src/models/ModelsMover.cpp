@@ -31,6 +31,8 @@ void ModelsMover::move(const QString& to, std::function<void()> onAdopted) {
             Config::set(Settings::modelsDir, to);
             onAdopted();
             queue_.async([move, from, to] {
+                // Before the old files go, the next start must know of the new ones.
+                Config::flush();
                 move->commit();
                 moveLatecomers(from, to);
             });

@@ -128,6 +128,10 @@ void remove(const QString& key) {
     Platform::current().userDefaults().remove(key);
 }
 
+void flush() {
+    Platform::current().userDefaults().flush();
+}
+
 QString appSupportDir() {
     static const QString path = createdAppSupportDir();
     return path;

@@ -55,6 +55,9 @@ void remove(const Setting<T>& setting) {
     remove(setting.key);
 }
 
+/// Returns when the disk has every change, which otherwise follows within a second.
+void flush();
+
 /// The folder "Parlivo" under the user's application support; created on first use, once a process.
 QString appSupportDir();
 QString modelsDir();

@@ -88,6 +88,7 @@ void attack(const QByteArray& input) {
     expect(store.content() == input || store.setAside() == input, "reading loses nothing");
     const QString added = Settings::dictationCount.key;
     store.defaults().setValue(added, 7);
+    store.defaults().flush();
     QJsonObject expected = stored.value_or(QJsonObject());
     expected.insert(added, 7);
     expect(object(store.content()) == expected, "a write changes nothing but its own key");

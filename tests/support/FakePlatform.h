@@ -297,6 +297,9 @@ class UserDefaults : public parlivo::UserDefaults {
     QVariant value(const QString& key) const override;
     void setValue(const QString& key, const QVariant& value) override;
     void remove(const QString& key) override;
+    void flush() override { ++flushes; }
+
+    std::atomic<int> flushes = 0;
 
   private:
     mutable std::mutex mutex_;

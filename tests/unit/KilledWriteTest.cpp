@@ -28,7 +28,7 @@ class KilledWriteTest : public testing::Test {
 
     QString file() const { return folder_.filePath(u"Parlivo.json"_s); }
     JsonUserDefaults store() const {
-        return {file(), [](const QString&) {}};
+        return {file(), [](const QString&) {}, std::chrono::milliseconds(1)};
     }
     QJsonDocument read() const {
         QFile in(file());
@@ -41,6 +41,8 @@ class KilledWriteTest : public testing::Test {
         for (int n = from;; ++n) {
             settings.setValue(u"testo"_s, QString(n % texts, u'x'));
             settings.setValue(u"n"_s, n);
+            // Half of them on this thread, half behind its back.
+            if (n % 2 == 0) settings.flush();
         }
     }
 

@@ -2,7 +2,9 @@
 #include "platform/linux/base/JsonUserDefaults.h"
 #include "platform/linux/base/LinuxBundle.h"
 #include "platform/linux/base/XdgDirectories.h"
+#include "support/Waiting.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -13,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <limits>
 #include <random>
 #include <thread>
@@ -23,9 +26,13 @@ namespace {
 class JsonUserDefaultsTest : public testing::Test {
   protected:
     QString file() const { return dir.path() + QStringLiteral("/Parlivo/Parlivo.json"); }
-    JsonUserDefaults store() {
-        return {file(), [this](const QString& complaint) { complaints.append(complaint); }};
+    /// Never writes by itself in the time of a test.
+    static constexpr std::chrono::hours never{1};
+
+    JsonUserDefaults store(std::chrono::milliseconds delay = never) {
+        return {file(), [this](const QString& complaint) { complaints.append(complaint); }, delay};
     }
+    QJsonObject stored() const { return QJsonDocument::fromJson(read(file())).object(); }
     void write(const QByteArray& text) const {
         QDir().mkpath(QFileInfo(file()).path());
         QFile out(file());
@@ -53,6 +60,7 @@ TEST_F(JsonUserDefaultsTest, KeepsEachTypeAcrossProcesses) {
     };
     for (auto value = values.begin(); value != values.end(); ++value)
         first.setValue(value.key(), value.value());
+    first.flush();
     const auto second = store();
     for (auto value = values.begin(); value != values.end(); ++value) {
         EXPECT_EQ(second.value(value.key()), value.value()) << value.key().toStdString();
@@ -84,11 +92,13 @@ TEST_F(JsonUserDefaultsTest, AFileThatOthersCouldReadIsClosedToThem) {
 TEST_F(JsonUserDefaultsTest, AChangeMadeByHandCountsAtTheNextRead) {
     auto defaults = store();
     defaults.setValue(key, QStringLiteral("prima"));
+    defaults.flush();
     ASSERT_EQ(defaults.value(key).toString(), QStringLiteral("prima"));
     write(R"({"chiave": "scritto a mano", "altra": [1, {"x": null}]})");
     EXPECT_EQ(defaults.value(key).toString(), QStringLiteral("scritto a mano"));
     defaults.setValue(key, QStringLiteral("dopo"));
-    const QJsonObject object = QJsonDocument::fromJson(read(file())).object();
+    defaults.flush();
+    const QJsonObject object = stored();
     EXPECT_EQ(object.value(key).toString(), QStringLiteral("dopo"));
     EXPECT_EQ(QJsonDocument(object.value(QStringLiteral("altra")).toArray()).toJson(QJsonDocument::Compact),
               QByteArray(R"([1,{"x":null}])"))
@@ -98,8 +108,66 @@ TEST_F(JsonUserDefaultsTest, AChangeMadeByHandCountsAtTheNextRead) {
 TEST_F(JsonUserDefaultsTest, ARemovedKeyIsAbsent) {
     auto defaults = store();
     defaults.setValue(key, 1);
+    defaults.flush();
     defaults.remove(key);
     EXPECT_FALSE(defaults.value(key).isValid());
+    EXPECT_TRUE(stored().contains(key)) << "the disk follows";
+    defaults.flush();
+    EXPECT_FALSE(stored().contains(key));
+    EXPECT_FALSE(defaults.value(key).isValid());
+}
+
+TEST_F(JsonUserDefaultsTest, AChangeIsInForceBeforeTheDiskHasIt) {
+    auto defaults = store();
+    for (int i = 0; i < 100; ++i) {
+        defaults.setValue(key, i);
+        EXPECT_EQ(defaults.value(key), i);
+    }
+    EXPECT_FALSE(QFile::exists(file()));
+    defaults.flush();
+    EXPECT_EQ(stored().value(key).toInt(), 99);
+}
+
+TEST_F(JsonUserDefaultsTest, TheDiskFollowsByItself) {
+    auto defaults = store(std::chrono::milliseconds(1));
+    for (int i = 0; i < 3; ++i) {
+        defaults.setValue(key, i);
+        EXPECT_TRUE(desktop::waitFor([&] { return stored().value(key).toInt(-1) == i; })) << i;
+    }
+}
+
+TEST_F(JsonUserDefaultsTest, TheUsualDelayIsWithinASecond) {
+    EXPECT_EQ(JsonUserDefaults::usualDelay, std::chrono::milliseconds(500));
+}
+
+TEST_F(JsonUserDefaultsTest, TheEndWritesWhatIsStillToBeWritten) {
+    store().setValue(key, QStringLiteral("ultima"));
+    EXPECT_EQ(stored().value(key).toString(), QStringLiteral("ultima"));
+}
+
+TEST_F(JsonUserDefaultsTest, AChangeMadeByHandMeanwhileSurvivesTheWrite) {
+    write(R"({"chiave": "prima", "altra": 1})");
+    auto defaults = store();
+    defaults.setValue(key, QStringLiteral("dopo"));
+    write(R"({"chiave": "a mano", "altra": 2, "nuova": 3})");
+    EXPECT_EQ(defaults.value(QStringLiteral("altra")), 2);
+    defaults.flush();
+    EXPECT_EQ(stored(), (QJsonObject{{key, QStringLiteral("dopo")},
+                                     {QStringLiteral("altra"), 2},
+                                     {QStringLiteral("nuova"), 3}}));
+}
+
+TEST_F(JsonUserDefaultsTest, ADateIsStoredInUtc) {
+    const QDateTime moment(QDate(2026, 3, 1), QTime(13, 30, 15, 250), Qt::OffsetFromUTC, 3600);
+    store().setValue(key, moment);
+    EXPECT_EQ(stored().value(key).toString(), QStringLiteral("2026-03-01T12:30:15.250Z"));
+}
+
+TEST_F(JsonUserDefaultsTest, EveryCharacterOfATextSurvives) {
+    const QString text =
+        QStringLiteral("a\u00a0b\u2028c\u2029d\u0085e\tf\ng\r\nh\u0000i👍").append(QChar(0xfeff));
+    store().setValue(key, text);
+    EXPECT_EQ(store().value(key).toString(), text);
 }
 
 TEST_F(JsonUserDefaultsTest, WhatIsNoJsonObjectIsKeptAside) {
@@ -111,6 +179,7 @@ TEST_F(JsonUserDefaultsTest, WhatIsNoJsonObjectIsKeptAside) {
         EXPECT_EQ(read(file() + QStringLiteral(".broken")), QByteArray(broken));
         EXPECT_FALSE(QFile::exists(file()));
         defaults.setValue(key, QStringLiteral("di nuovo"));
+        defaults.flush();
         EXPECT_EQ(store().value(key).toString(), QStringLiteral("di nuovo"));
     }
 }
@@ -128,16 +197,23 @@ TEST_F(JsonUserDefaultsTest, AnEmptyFileMeansNothingStored) {
     EXPECT_FALSE(defaults.value(key).isValid());
     EXPECT_FALSE(QFile::exists(file() + QStringLiteral(".broken")));
     defaults.setValue(key, 5);
+    defaults.flush();
     EXPECT_EQ(store().value(key).toInt(), 5);
 }
 
-TEST_F(JsonUserDefaultsTest, AStoreThatCannotBeWrittenComplainsAndReadsOn) {
+TEST_F(JsonUserDefaultsTest, WhatCannotBeWrittenIsInForceAndWrittenWhenItCanBe) {
     // A file where the folder should be: not even root can write below it.
     QFile obstacle(dir.path() + QStringLiteral("/Parlivo"));
     ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
     auto defaults = store();
     defaults.setValue(key, 1);
-    EXPECT_FALSE(defaults.value(key).isValid());
+    defaults.flush();
+    EXPECT_EQ(complaints.size(), 1);
+    EXPECT_EQ(defaults.value(key), 1);
+    EXPECT_FALSE(defaults.value(QStringLiteral("altra")).isValid());
+    ASSERT_TRUE(obstacle.remove());
+    defaults.flush();
+    EXPECT_EQ(stored().value(key).toInt(), 1);
     EXPECT_EQ(complaints.size(), 1);
 }
 
@@ -159,13 +235,14 @@ TEST_F(JsonUserDefaultsTest, RandomDamageNeverCrashesAndNeverLosesTheFile) {
 }
 
 TEST_F(JsonUserDefaultsTest, ThreadsReadAndWriteTogether) {
-    auto defaults = store();
+    auto defaults = store(std::chrono::milliseconds(1));
     std::vector<std::thread> threads;
     threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&defaults, t] {
             for (int i = 0; i < 25; ++i) {
                 defaults.setValue(QStringLiteral("k%1").arg(t), i);
+                EXPECT_EQ(defaults.value(QStringLiteral("k%1").arg(t)), i);
                 (void)defaults.value(QStringLiteral("k%1").arg((t + 1) % 4));
             }
         });

@@ -40,6 +40,18 @@ TEST_F(ViewsTest, TheDictionaryHasTheDesktopsSizeInPointsOrPixels) {
     EXPECT_EQ(DictionaryTab().findChild<QPlainTextEdit*>()->font().pixelSize(), 23);
 }
 
+TEST_F(ViewsTest, TheDictionaryIsStoredAsTyped) {
+    const QString typed = u"caffè\u00a0nero\nprima\u2028seconda\tterza "_s;
+    DictionaryTab tab;
+    auto& editor = *tab.findChild<QPlainTextEdit*>();
+    editor.insertPlainText(typed);
+    EXPECT_EQ(stored(Settings::dictionary), typed);
+    tab.show();
+    editor.moveCursor(QTextCursor::End);
+    editor.insertPlainText(u"x"_s);
+    EXPECT_EQ(stored(Settings::dictionary), typed + u'x') << "read back and stored again";
+}
+
 TEST_F(ViewsTest, EveryTextStyleFollowsTheDesktopsFont) {
     QFont font = QApplication::font();
     font.setPixelSize(100);

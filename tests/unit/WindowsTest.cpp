@@ -54,6 +54,15 @@ class WindowsTest : public WindowTest {
     }
 };
 
+TEST_F(WindowsTest, ClosingTheSettingsPutsThemOnTheDisk) {
+    SettingsWindowController controller({});
+    controller.show();
+    Config::set(Settings::dictionary, u"Rossi"_s);
+    const int before = platform.userDefaults().flushes;
+    windowTitled(u"Impostazioni Parlivo"_s)->close();
+    EXPECT_EQ(platform.userDefaults().flushes, before + 1);
+}
+
 TEST_F(WindowsTest, TheSettings) {
     SettingsWindowController controller({});
     controller.show();

@@ -31,6 +31,7 @@ void OnboardingWindowController::show() {
 
 void OnboardingWindowController::finish() {
     Config::set(Settings::onboardingDone, true);
+    Config::flush();
     window_->hide();
     if (onFinished) onFinished();
 }

@@ -1,5 +1,6 @@
 #include "ui/settings/SettingsView.h"
 
+#include "settings/Config.h"
 #include "ui/settings/CleanupTab.h"
 #include "ui/settings/DictationTab.h"
 #include "ui/settings/DictionaryTab.h"
@@ -34,6 +35,11 @@ SettingsView::SettingsView(const SettingsActions& actions, QWidget* parent) : QT
 void SettingsView::changeEvent(QEvent* event) {
     QTabWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) drawIcons();
+}
+
+void SettingsView::hideEvent(QHideEvent* event) {
+    QTabWidget::hideEvent(event);
+    Config::flush();
 }
 
 void SettingsView::drawIcons() {

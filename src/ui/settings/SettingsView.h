@@ -15,6 +15,7 @@ class SettingsView : public QTabWidget {
 
   protected:
     void changeEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
   private:
     void drawIcons();

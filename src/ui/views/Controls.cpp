@@ -186,14 +186,19 @@ TextEditor::TextEditor(const QString& name, Binding<QString> value, QWidget* par
     setAccessibleName(name);
     setTabChangesFocus(true);
     refresh();
-    connect(this, &QPlainTextEdit::textChanged, this, [this] { value_.set(toPlainText()); });
+    connect(this, &QPlainTextEdit::textChanged, this, [this] { value_.set(text()); });
 }
 
 void TextEditor::refresh() {
     const QString current = value_.get();
-    if (current == toPlainText()) return;  // the cursor stays where it is
+    if (current == text()) return;  // the cursor stays where it is
     const QSignalBlocker blocker(this);
     setPlainText(current);
+}
+
+QString TextEditor::text() const {
+    // toPlainText() would make blanks of no-break spaces, and line feeds of line separators.
+    return document()->toRawText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
 }
 
 void TextEditor::showEvent(QShowEvent* event) {

@@ -108,7 +108,7 @@ class Stepper : public QSpinBox {
     Binding<int> value_;
 };
 
-/// Several lines of text, stored as typed.
+/// Several lines of text, stored as typed, no-break spaces (U+00A0) and line separators (U+2028) included.
 class TextEditor : public QPlainTextEdit {
   public:
     TextEditor(const QString& name, Binding<QString> value, QWidget* parent = nullptr);
@@ -118,6 +118,8 @@ class TextEditor : public QPlainTextEdit {
     void showEvent(QShowEvent* event) override;
 
   private:
+    QString text() const;
+
     Binding<QString> value_;
 };
 

@@ -1,6 +1,7 @@
 #include "desktop/dictation/Home.h"
 
 #include "Demo.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -63,6 +64,11 @@ QByteArray readSettings() {
 
 QJsonObject settings() {
     return QJsonDocument::fromJson(readSettings()).object();
+}
+
+bool waitForCount(int dictations) {
+    return waitFor(
+        [dictations] { return settings().value(QLatin1String("dictationCount")).toInt() == dictations; });
 }
 
 void set(const QString& key, const QJsonValue& value) {

@@ -16,6 +16,8 @@ void writeSettings(const QByteArray& content);
 QByteArray readSettings();
 QString settingsFile();
 QJsonObject settings();
+/// Whether the settings come to count so many dictations.
+bool waitForCount(int dictations);
 /// Changes one setting as an editor would, in one step, while the program runs.
 void set(const QString& key, const QJsonValue& value);
 /// The same with several at once.

@@ -64,7 +64,9 @@ class KillTest : public ProgramTest {
         EXPECT_EQ(program.state(), QStringLiteral("idle"));
         EXPECT_TRUE(waitFor([] { return home::recordings().isEmpty(); }))
             << "no recording survives a start: " << qPrintable(home::recordings().join(QLatin1Char(' ')));
+        const int before = home::settings().value(QLatin1String("dictationCount")).toInt();
         expectDictation(program, receiver, stub, QStringLiteral("Così va, però «domani» ç'è."));
+        EXPECT_TRUE(home::waitForCount(before + 1));
         for (int key = 8; key < 256; ++key)
             EXPECT_FALSE(keyboard_.isDown(static_cast<xcb_keycode_t>(key))) << key;
     }

@@ -112,7 +112,7 @@ class InvitationTest(WindowsTest):
         self.assertNotIn("feedbackPromptLastShown", settings())
         self.dictate(20)
         self.program.wait_for_words(*self.INVITATION)
-        self.assertIn("feedbackPromptLastShown", settings())
+        wait_for("the invitation to be remembered", lambda: "feedbackPromptLastShown" in settings())
 
     def test_accepted(self):
         self.be_invited()

@@ -71,11 +71,22 @@ void removeLeftovers(const QString& path) {
 
 }  // namespace
 
-JsonUserDefaults::JsonUserDefaults(QString file, Complaint complaint)
-    : file_(std::move(file)), complaint_(std::move(complaint)) {}
+JsonUserDefaults::JsonUserDefaults(QString file, Complaint complaint, std::chrono::milliseconds delay)
+    : file_(std::move(file)), complaint_(std::move(complaint)), delay_(delay) {}
+
+JsonUserDefaults::~JsonUserDefaults() {
+    writer_.request_stop();
+    if (writer_.joinable()) writer_.join();
+    flush();
+}
 
 QVariant JsonUserDefaults::value(const QString& key) const {
-    const std::lock_guard lock(mutex_);
+    {
+        const std::lock_guard lock(changesMutex_);
+        const auto changed = changes_.find(key);
+        if (changed != changes_.end()) return changed->second.value.value_or(QVariant());
+    }
+    const std::lock_guard lock(fileMutex_);
     const QSettings settings(file_, jsonFormat());
     setAsideIfBroken(settings);
     return settings.value(key);
@@ -83,16 +94,49 @@ QVariant JsonUserDefaults::value(const QString& key) const {
 
 void JsonUserDefaults::setValue(const QString& key, const QVariant& value) {
     const bool isDate = value.typeId() == QMetaType::QDateTime;
-    const QVariant kept = isDate ? value.toDateTime().toUTC().toString(Qt::ISODateWithMs) : value;
-    write([&](QSettings& settings) { settings.setValue(key, kept); });
+    note(key, isDate ? value.toDateTime().toUTC().toString(Qt::ISODateWithMs) : value);
 }
 
 void JsonUserDefaults::remove(const QString& key) {
-    write([&](QSettings& settings) { settings.remove(key); });
+    note(key, std::nullopt);
 }
 
-void JsonUserDefaults::write(const std::function<void(QSettings&)>& change) const {
-    const std::lock_guard lock(mutex_);
+void JsonUserDefaults::note(const QString& key, std::optional<QVariant> value) {
+    {
+        const std::lock_guard lock(changesMutex_);
+        changes_[key] = {std::move(value), ++lastNumber_};
+        due_ = true;
+        if (!writer_.joinable()) {
+            writer_ = std::jthread([this](const std::stop_token& stop) { writeBehind(stop); });
+        }
+    }
+    noted_.notify_one();
+}
+
+void JsonUserDefaults::writeBehind(const std::stop_token& stop) {
+    std::unique_lock lock(changesMutex_);
+    while (noted_.wait(lock, stop, [this] { return due_; })) {
+        // The end of the program cuts this short.
+        noted_.wait_for(lock, stop, delay_, [] { return false; });
+        due_ = false;
+        lock.unlock();
+        flush();
+        lock.lock();
+    }
+}
+
+void JsonUserDefaults::flush() {
+    const std::lock_guard file(fileMutex_);
+    std::unique_lock lock(changesMutex_);
+    const Changes changes = changes_;
+    const std::uint64_t last = lastNumber_;
+    lock.unlock();
+    if (changes.empty() || !write(changes)) return;
+    lock.lock();
+    std::erase_if(changes_, [last](const auto& change) { return change.second.number <= last; });
+}
+
+bool JsonUserDefaults::write(const Changes& changes) {
     {
         const QSettings settings(file_, jsonFormat());
         setAsideIfBroken(settings);
@@ -100,11 +144,13 @@ void JsonUserDefaults::write(const std::function<void(QSettings&)>& change) cons
     createPrivately(file_);
     if (!std::exchange(tidied_, true)) removeLeftovers(file_);
     QSettings settings(file_, jsonFormat());
-    change(settings);
-    settings.sync();
-    if (settings.status() != QSettings::NoError) {
-        complaint_(QStringLiteral("impostazioni non salvate: ") + file_);
+    for (const auto& [key, change] : changes) {
+        change.value ? settings.setValue(key, *change.value) : settings.remove(key);
     }
+    settings.sync();
+    if (settings.status() == QSettings::NoError) return true;
+    complaint_(QStringLiteral("impostazioni non salvate: ") + file_);
+    return false;
 }
 
 void JsonUserDefaults::setAsideIfBroken(const QSettings& settings) const {

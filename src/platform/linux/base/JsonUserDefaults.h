@@ -2,8 +2,15 @@
 
 #include "platform/UserDefaults.h"
 
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <mutex>
+#include <optional>
+#include <stop_token>
+#include <thread>
 
 class QSettings;
 
@@ -12,29 +19,57 @@ namespace parlivo {
 /// The settings in one JSON object (RFC 8259) in a file of mode 0600, through QSettings, which notices
 /// changes made by others, merges ours into them and replaces the file atomically.
 ///
+/// A change is in force at once; a thread of its own writes it, since a write waits for the disk twice (10 to
+/// 40 ms). What cannot be written stays in force, and is tried again with the next change and at the end.
+///
 /// A file that is no JSON object is kept aside as "<file>.broken" and reading goes on with nothing stored.
 class JsonUserDefaults : public UserDefaults {
   public:
     /// Told of a store that cannot be read or written; any thread.
     using Complaint = std::function<void(const QString&)>;
 
-    JsonUserDefaults(QString file, Complaint complaint);
+    /// How long a change waits for others that follow, to be written with them.
+    static constexpr std::chrono::milliseconds usualDelay{500};
+
+    JsonUserDefaults(QString file, Complaint complaint, std::chrono::milliseconds delay = usualDelay);
+    /// Writes what is not written yet.
+    ~JsonUserDefaults() override;
+    JsonUserDefaults(const JsonUserDefaults&) = delete;
+    JsonUserDefaults& operator=(const JsonUserDefaults&) = delete;
 
     QVariant value(const QString& key) const override;
     void setValue(const QString& key, const QVariant& value) override;
     void remove(const QString& key) override;
+    void flush() override;
 
   private:
+    struct Change {
+        std::optional<QVariant> value;  ///< nullopt if the key is removed
+        std::uint64_t number = 0;       ///< its place in the order of all changes
+    };
+    using Changes = std::map<QString, Change>;
+
+    void note(const QString& key, std::optional<QVariant> value);
+    void writeBehind(const std::stop_token& stop);
+    /// Whether the file has them all now. Under fileMutex_.
+    bool write(const Changes& changes);
     void setAsideIfBroken(const QSettings& settings) const;
-    void write(const std::function<void(QSettings&)>& change) const;
 
     const QString file_;
     const Complaint complaint_;
+    const std::chrono::milliseconds delay_;
+
+    /// Keeps "set the broken file aside" and a write from interleaving. Taken before changesMutex_.
+    mutable std::mutex fileMutex_;
     /// Whether what killed programs left beside the file is gone; it goes before the first write.
-    mutable bool tidied_ = false;  // under mutex_
-    /// QSettings is thread-safe by itself; this keeps "set the broken file aside" and a write from
-    /// interleaving.
-    mutable std::mutex mutex_;
+    bool tidied_ = false;  // under fileMutex_
+
+    mutable std::mutex changesMutex_;  // never held while the disk is waited for
+    Changes changes_;                  // those that the file does not have yet; under changesMutex_
+    std::uint64_t lastNumber_ = 0;     // under changesMutex_
+    bool due_ = false;                 // whether the thread has something to do; under changesMutex_
+    std::condition_variable_any noted_;
+    std::jthread writer_;  // runs from the first change on; under changesMutex_
 };
 
 }  // namespace parlivo
