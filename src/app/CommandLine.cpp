@@ -52,7 +52,9 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const QStringList& 
         if (argument == QLatin1String("--help") || argument == QLatin1String("-h")) {
             return CommandLine{CommandLine::Action::ShowHelp, {}};
         }
-        if (argument == QLatin1String("--version")) return CommandLine{CommandLine::Action::ShowVersion, {}};
+        if (argument == QLatin1String("--version") || argument == QLatin1String("-v")) {
+            return CommandLine{CommandLine::Action::ShowVersion, {}};
+        }
         const auto* found = std::find_if(options.begin(), options.end(), [&](const Option& option) {
             return argument == QStringView(option.name);
         });
@@ -74,8 +76,8 @@ QString commandLineHelp() {
         text += line(QStringView(option.name).toString(), Texts::tr(option.meaning));
     }
     text += QLatin1Char('\n');
-    text += line(QStringLiteral("--version"), Texts::tr("mostra la versione"));
-    text += line(QStringLiteral("--help"), Texts::tr("mostra questo testo"));
+    text += line(QStringLiteral("--version"), Texts::tr("mostra la versione (anche -v)"));
+    text += line(QStringLiteral("--help"), Texts::tr("mostra questo testo (anche -h)"));
     return text;
 }
 

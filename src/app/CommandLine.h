@@ -32,7 +32,8 @@ struct CommandLineError {
     QString message;
 };
 
-/// `arguments` without the program's name.
+/// `arguments` without the program's name. Not QCommandLineParser: its errors are English wherever Qt's own
+/// translations are not installed, and its help has one list where this has sections.
 std::variant<CommandLine, CommandLineError> parseCommandLine(const QStringList& arguments);
 
 /// The text of --help, Italian.

@@ -111,6 +111,11 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool w
     return application;
 }
 
+std::optional<QString> whyNotToStart() {
+    if (auto problem = Config::addressProblem()) return problem;
+    return Platform::current().startProblem();
+}
+
 int run(int& argc, char** argv) {
     QStringList arguments;
     for (int i = 1; i < argc; ++i) arguments.append(QString::fromLocal8Bit(argv[i]));
@@ -131,7 +136,7 @@ int run(int& argc, char** argv) {
         case CommandLine::Action::Command:
             break;
     }
-    const auto problem = line.canStart() ? Platform::current().startProblem() : std::nullopt;
+    const auto problem = line.canStart() ? whyNotToStart() : std::nullopt;
     const auto application = makeApplication(argc, argv, line.canStart() && !problem);
     const int result = runOnlyInstance(line, problem);
     Platform::install(nullptr);

@@ -13,9 +13,7 @@ class Texts {
 };
 
 QUrl hosted(const QString& path) {
-    QUrl url(qEnvironmentVariable("PARLIVO_MODEL_HOST", QStringLiteral(PARLIVO_MODEL_HOST)) + path);
-    if (!url.isValid()) qFatal("model URL not valid: %s", qUtf8Printable(url.toString()));
-    return url;
+    return QUrl(Config::modelHost().toString() + path);
 }
 
 QUrl recogniser(const QString& fileName) {

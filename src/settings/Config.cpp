@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QMetaType>
 
@@ -11,6 +12,10 @@
 namespace parlivo::Config {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::Config)
+};
 
 QVariant stored(const QString& key) {
     return Platform::current().userDefaults().value(key);
@@ -61,6 +66,28 @@ void store(const QString& key, const QVariant& value) {
 /// The line ends of Unicode (UAX #14: LF, VT, FF, CR, NEL, LS, PS).
 bool isLineEnd(QChar c) {
     return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
+}
+
+QString siteBaseText() {
+    return qEnvironmentVariable("PARLIVO_SITE_BASE", QStringLiteral(PARLIVO_SITE_BASE));
+}
+
+QString modelHostText() {
+    return qEnvironmentVariable("PARLIVO_MODEL_HOST", QStringLiteral(PARLIVO_MODEL_HOST));
+}
+
+QString withoutSlash(QString address) {
+    while (address.endsWith(QLatin1Char('/'))) address.chop(1);
+    return address;
+}
+
+bool isAddress(const QUrl& url) {
+    const bool isWeb = url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
+    return url.isValid() && isWeb && !url.host().isEmpty();
+}
+
+QString problemOf(const QString& variable, const QString& address) {
+    return Texts::tr("%1 non è un indirizzo http o https: «%2»").arg(variable, address);
 }
 
 QString createdAppSupportDir() {
@@ -182,7 +209,17 @@ QUrl ollamaURL() {
 }
 
 QUrl siteBase() {
-    return QUrl(qEnvironmentVariable("PARLIVO_SITE_BASE", QStringLiteral(PARLIVO_SITE_BASE)));
+    return QUrl(withoutSlash(siteBaseText()), QUrl::StrictMode);
+}
+
+QUrl modelHost() {
+    return QUrl(withoutSlash(modelHostText()), QUrl::StrictMode);
+}
+
+std::optional<QString> addressProblem() {
+    if (!isAddress(siteBase())) return problemOf(QStringLiteral("PARLIVO_SITE_BASE"), siteBaseText());
+    if (!isAddress(modelHost())) return problemOf(QStringLiteral("PARLIVO_MODEL_HOST"), modelHostText());
+    return std::nullopt;
 }
 
 }  // namespace parlivo::Config

@@ -72,8 +72,12 @@ QStringList dictionary();
 
 QString appVersion();
 QUrl ollamaURL();
-/// The product's web site. The environment variable PARLIVO_SITE_BASE overrides what was built in.
+/// The product's web site and the host of the models, without a slash at their end. The environment variables
+/// PARLIVO_SITE_BASE and PARLIVO_MODEL_HOST override what was built in.
 QUrl siteBase();
+QUrl modelHost();
+/// What is wrong with one of the two, for the user; nullopt if both are http or https addresses with a host.
+std::optional<QString> addressProblem();
 
 /// The bundle's resource of this name, or else this path below the user's home, where a developer builds it.
 QString resourceOrHome(const QString& resource, const QString& belowHome);

@@ -36,10 +36,12 @@ TEST(CommandLineTest, WindowsCanBeAskedOfAProgramThatOnlyStarts) {
 TEST(CommandLineTest, HelpAndVersionWinOverCommands) {
     EXPECT_EQ(parsed("--press --help").action, CommandLine::Action::ShowHelp);
     EXPECT_EQ(parsed("--version --quit").action, CommandLine::Action::ShowVersion);
+    EXPECT_EQ(parsed("--press -h").action, CommandLine::Action::ShowHelp);
+    EXPECT_EQ(parsed("-v --quit").action, CommandLine::Action::ShowVersion);
 }
 
 TEST(CommandLineTest, AnUnknownOptionIsNamed) {
-    for (const char* wrong : {"--pres", "press", "--press=1", "-x", "--settings boh"}) {
+    for (const char* wrong : {"--pres", "press", "--press=1", "-x", "-V", "-vv", "--settings boh"}) {
         const auto result = parse(wrong);
         ASSERT_TRUE(std::holds_alternative<CommandLineError>(result)) << wrong;
         EXPECT_TRUE(

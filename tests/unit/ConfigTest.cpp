@@ -177,6 +177,40 @@ TEST_F(ConfigTest, ABundleWithoutAVersionIsVersionZero) {
     EXPECT_EQ(Config::appVersion(), QStringLiteral("0.0.0"));
 }
 
+/// An environment variable until the end of the scope.
+class Variable {
+  public:
+    Variable(const char* name, const char* value) : name_(name) { qputenv(name, value); }
+    ~Variable() { qunsetenv(name_); }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+  private:
+    const char* name_;
+};
+
+TEST_F(ConfigTest, ASlashAtTheEndOfAnAddressIsTakenOff) {
+    EXPECT_EQ(Config::addressProblem(), std::nullopt) << "what is built in";
+    const Variable site("PARLIVO_SITE_BASE", "http://127.0.0.1:8000/parlivo//");
+    const Variable host("PARLIVO_MODEL_HOST", "https://modelli.example/");
+    EXPECT_EQ(Config::addressProblem(), std::nullopt);
+    EXPECT_EQ(Config::siteBase(), QUrl(QStringLiteral("http://127.0.0.1:8000/parlivo")));
+    EXPECT_EQ(Config::modelHost(), QUrl(QStringLiteral("https://modelli.example")));
+}
+
+TEST_F(ConfigTest, WhatIsNoAddressIsRefusedByItsName) {
+    for (const char* name : {"PARLIVO_SITE_BASE", "PARLIVO_MODEL_HOST"}) {
+        for (const char* wrong :
+             {"", "/", "parlivo.example", "www.parlivo.example/x", "//parlivo.example", "http://",
+              "https:///x", "file:///srv", "ftp://parlivo.example", "http//x", "http://a b"}) {
+            const Variable variable(name, wrong);
+            const QString expected = QStringLiteral("%1 non è un indirizzo http o https: «%2»")
+                                         .arg(QString::fromLatin1(name), QString::fromLatin1(wrong));
+            EXPECT_EQ(Config::addressProblem(), expected);
+        }
+    }
+}
+
 TEST_F(ConfigTest, EnginesComeFromTheBundleElseFromTheDevelopersFolder) {
     EXPECT_EQ(Config::whisperServer(),
               home() + QStringLiteral("/Projects/Parlivo/whisper.cpp/build/bin/whisper-server"));

@@ -12,7 +12,7 @@ constexpr qint64 smallRecogniser = 3'000'001;
 constexpr qint64 smallCleaner = 2'000'001;
 
 QUrl hosted(const QString& fileName) {
-    return QUrl(qEnvironmentVariable("PARLIVO_MODEL_HOST") + QStringLiteral("/modelli/") + fileName);
+    return QUrl(Config::modelHost().toString() + QStringLiteral("/modelli/") + fileName);
 }
 
 Entry tier(const char* id, const char* label, const char* detail, const char* fileName, qint64 size) {

@@ -14,7 +14,7 @@ InstanceLock::~InstanceLock() {
 
 bool InstanceLock::take() {
     if (descriptor_ >= 0) return true;
-    descriptor_ = open(QFile::encodeName(file_).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    descriptor_ = open(QFile::encodeName(file_).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (descriptor_ < 0) return true;
     if (flock(descriptor_, LOCK_EX | LOCK_NB) == 0) return true;
     close(descriptor_);

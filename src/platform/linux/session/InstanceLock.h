@@ -14,8 +14,8 @@ class InstanceLock {
     InstanceLock(const InstanceLock&) = delete;
     InstanceLock& operator=(const InstanceLock&) = delete;
 
-    /// False when another process holds it. A file that cannot be made counts as taken by us: better two
-    /// instances than none.
+    /// False if another process holds it. A file that cannot be opened, or a symbolic link in its place,
+    /// counts as taken by us: better two instances than none.
     bool take();
 
   private:

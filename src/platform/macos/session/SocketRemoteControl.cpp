@@ -172,8 +172,8 @@ RemoteControl::Claim SocketRemoteControl::claim() {
     if (lock_) return Claim::Only;
     QDir().mkpath(folder_);
     constexpr int ownerOnly = 0600;
-    UniqueFd file(
-        open(QFile::encodeName(lockIn(folder_)).constData(), O_RDWR | O_CREAT | O_CLOEXEC, ownerOnly));
+    UniqueFd file(open(QFile::encodeName(lockIn(folder_)).constData(),
+                       O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnly));
     // Better two instances than none.
     if (!file) return Claim::Only;
     if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) return Claim::Another;
