@@ -1,15 +1,15 @@
 #include "app/StaleFiles.h"
 
-#include "audio/LeftoverRecordings.h"
+#include "audio/StaleRecordings.h"
 #include "models/Downloader.h"
 #include "update/UpdateInstaller.h"
 
 namespace parlivo {
 
 void removeStaleFiles() {
-    removeLeftoverRecordings();
-    removeUpdateLeftovers();
-    Downloader::removeLeftovers();
+    removeStaleRecordings();
+    removeStaleUpdates();
+    Downloader::removeStaleFiles();
 }
 
 }  // namespace parlivo

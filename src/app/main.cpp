@@ -85,7 +85,7 @@ int runApplication(const CommandLine& line) {
 
 /// Only one instance runs; a second one sends its commands to the first and ends.
 int runOnlyInstance(const CommandLine& line, const std::optional<QString>& problem) {
-    if (Platform::current().remoteControl().claim() == RemoteControl::Claim::Another) {
+    if (Platform::current().remoteControl().registerInstance() == RemoteControl::Instance::Another) {
         return sendToRunningInstance(line.commands.empty() ? std::vector{RemoteCommand::ShowSettings}
                                                            : line.commands);
     }

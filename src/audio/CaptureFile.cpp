@@ -1,7 +1,7 @@
 #include "audio/CaptureFile.h"
 
-#include "support/Claim.h"
 #include "support/Error.h"
+#include "support/FileLock.h"
 
 #include <QFile>
 
@@ -11,11 +11,11 @@ namespace parlivo {
 
 namespace {
 
-/// Claimed, so that no start, of this program or in another session, takes it for what a dead one left.
+/// Locked, so that no other start of the program takes it for a stale file. The caller closes it.
 int createPrivateFile(const QString& path) {
-    const int descriptor = createClaimedFile(path, 0600);
-    if (descriptor < 0) throw Error::system(errno, path);
-    return descriptor;
+    UniqueFd file = createLockedFile(path, 0600);
+    if (!file) throw Error::system(errno, path);
+    return file.release();
 }
 
 SF_INFO describe(const AudioFormat& format) {

@@ -11,7 +11,7 @@
 namespace parlivo {
 
 /// A recording on disk: Core Audio Format, 32-bit float, written as it comes. Only the user can read it (mode
-/// 0600), and it is claimed (Claim) while it is open. Closed by its end; never deleted by it.
+/// 0600), and it is locked (FileLock) while it is open. Closed by its end; never deleted by it.
 class CaptureFile {
   public:
     /// Creates the file. Throws Error with the system's text when it cannot; a file that was there stays

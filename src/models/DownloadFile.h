@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/UniqueFd.h"
+
 #include <QByteArrayView>
 #include <QString>
 
@@ -28,7 +30,7 @@ class DownloadFile {
     void moveTo(const QString& place);
 
     /// Deletes from a folder what programs that were killed left there.
-    static void removeLeftovers(const QString& folder);
+    static void removeStaleFiles(const QString& folder);
 
   private:
     void open();
@@ -39,7 +41,7 @@ class DownloadFile {
     QString path_;  ///< where the file is
     const QString name_;
     const QString temporary_;
-    int descriptor_ = -1;
+    UniqueFd descriptor_;
 };
 
 }  // namespace parlivo

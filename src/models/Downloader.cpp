@@ -238,8 +238,8 @@ void Downloader::complete(const std::optional<Error>& error) {
     if (tell) tell(error);
 }
 
-void Downloader::removeLeftovers() {
-    DownloadFile::removeLeftovers(Config::modelsDir());
+void Downloader::removeStaleFiles() {
+    DownloadFile::removeStaleFiles(Config::modelsDir());
 }
 
 }  // namespace parlivo

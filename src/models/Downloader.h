@@ -36,7 +36,7 @@ class Downloader {
 
     /// Deletes what downloads of a killed program left in the models folder. Any thread; downloads that are
     /// under way, of this program or another, go on.
-    static void removeLeftovers();
+    static void removeStaleFiles();
 
   private:
     class Attempt;

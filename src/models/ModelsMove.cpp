@@ -105,7 +105,7 @@ void rollback(const QStringList& names, const QString& from, const QString& to) 
 ModelsMove::ModelsMove(const QString& from, const QString& to)
     : from_(from), to_(to), journal_(journalFile()) {
     if (!journal_.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) return;
-    claim_ = Claim::on(journal_.fileName());
+    lock_ = FileLock::acquire(journal_.fileName());
     journal_.write(lineOf(from_) + lineOf(to_));
 }
 
@@ -145,7 +145,7 @@ void ModelsMove::commit() {
 
 void ModelsMove::recover() {
     QFile journal(journalFile());
-    if (!journal.exists() || isClaimed(journal.fileName()) || !journal.open(QIODevice::ReadOnly)) return;
+    if (!journal.exists() || isLocked(journal.fileName()) || !journal.open(QIODevice::ReadOnly)) return;
     QByteArrayList lines = journal.readAll().split('\n');
     // What follows the last line end was not written completely, so its file was not staged.
     lines.removeLast();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Claim.h"
+#include "support/FileLock.h"
 
 #include <QFile>
 #include <QString>
@@ -46,7 +46,7 @@ class ModelsMove {
     const QString from_;
     const QString to_;
     QFile journal_;
-    std::optional<Claim> claim_;
+    std::optional<FileLock> lock_;
     QStringList staged_;
     bool committed_ = false;
 };

@@ -21,7 +21,7 @@ struct RemoteTarget {
 /// Keeps the program to one instance a session and lets others speak to it. Main thread.
 class RemoteControl {
   public:
-    enum class Claim {
+    enum class Instance {
         Only,     ///< this is the one instance
         Another,  ///< one runs already
     };
@@ -36,8 +36,8 @@ class RemoteControl {
     virtual ~RemoteControl() = default;
 
     /// Tries to become the one instance.
-    virtual Claim claim() = 0;
-    /// Answers for the running program from now on. After a successful claim; the target outlives the
+    virtual Instance registerInstance() = 0;
+    /// Answers for the running program from now on. After a successful registration; the target outlives the
     /// control.
     virtual void serve(RemoteTarget target) = 0;
     /// Tells listeners of a change of state, by its case name.

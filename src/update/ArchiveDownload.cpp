@@ -1,7 +1,7 @@
 #include "update/ArchiveDownload.h"
 
 #include "platform/Platform.h"
-#include "support/Claim.h"
+#include "support/FileLock.h"
 #include "support/Http.h"
 #include "support/Uuid.h"
 
@@ -13,9 +13,10 @@ FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const StopToke
     const auto kept = std::make_shared<ScopedFile>(Platform::current().directories().temporary() +
                                                    QStringLiteral("/parlivo-update-%1.zip").arg(freshUuid()));
     QFile file(kept->path());
-    const int descriptor = createClaimedFile(kept->path(), 0600);
-    const bool isOpen = descriptor >= 0 && file.open(descriptor, QIODevice::WriteOnly | QIODevice::Unbuffered,
-                                                     QFileDevice::AutoCloseHandle);
+    UniqueFd descriptor = createLockedFile(kept->path(), 0600);
+    const bool isOpen =
+        descriptor && file.open(descriptor.release(), QIODevice::WriteOnly | QIODevice::Unbuffered,
+                                QFileDevice::AutoCloseHandle);
     HttpRequest request;
     request.url = url;
     // A body that is compressed on its way has another size than the file that was asked for.
@@ -27,7 +28,7 @@ FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const StopToke
     const HttpReply reply = Http::download(request, receive, calledOff);
     if (!isOpen || file.error() != QFileDevice::NoError) return {nullptr, Error::file(file)};
     if (reply.failure && file.size() <= expectedSize) return {nullptr, reply.failure};
-    kept->claim();
+    kept->lock();
     return {kept, std::nullopt};
 }
 

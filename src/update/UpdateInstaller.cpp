@@ -2,8 +2,8 @@
 
 #include "platform/Platform.h"
 #include "settings/Config.h"
-#include "support/Claim.h"
 #include "support/Error.h"
+#include "support/FileLock.h"
 #include "support/Uuid.h"
 #include "update/Versions.h"
 
@@ -36,15 +36,15 @@ QString stagingPlace() {
         .value_or(platform.directories().temporary());
 }
 
-/// A folder of our own, which is claimed by this object and goes with it. Hidden, since it may lie among the
+/// A folder of our own, which is locked by this object and goes with it. Hidden, since it may lie among the
 /// user's programs.
 class WorkingFolder {
   public:
     WorkingFolder() : path_(stagingPlace() + QStringLiteral("/.parlivo-update-") + freshUuid()) {
         std::error_code error;
         fs::create_directories(nativePath(path_).parent_path(), error);
-        claim_ = createClaimedFolder(path_);
-        if (!claim_) throw Error::system(errno, path_);
+        lock_ = createLockedFolder(path_);
+        if (!lock_) throw Error::system(errno, path_);
     }
     ~WorkingFolder() {
         std::error_code ignored;
@@ -59,7 +59,7 @@ class WorkingFolder {
 
   private:
     const QString path_;
-    std::optional<Claim> claim_;
+    std::optional<FileLock> lock_;
     bool kept_ = false;
 };
 
@@ -169,7 +169,7 @@ void installUpdate(const QString& archive, const FeedEntry& entry, const std::op
     replaceRunningBundle(bundle, folder);
 }
 
-void removeUpdateLeftovers() {
+void removeStaleUpdates() {
     const QRegularExpression ours(QRegularExpression::anchoredPattern(
         QStringLiteral("\\.?parlivo-update-%1(\\.zip)?").arg(uuidPattern)));
     for (const QString& place : {Platform::current().directories().temporary(), stagingPlace()}) {
@@ -177,7 +177,7 @@ void removeUpdateLeftovers() {
         const QStringList names =
             folder.entryList({QStringLiteral("parlivo-update-*"), QStringLiteral(".parlivo-update-*")},
                              QDir::Files | QDir::Dirs | QDir::NoSymLinks | QDir::Hidden);
-        for (const QString& name : names.filter(ours)) removeUnclaimed(folder.filePath(name));
+        for (const QString& name : names.filter(ours)) removeUnlocked(folder.filePath(name));
     }
 }
 

@@ -22,6 +22,6 @@ void installUpdate(const QString& archive, const FeedEntry& entry, const std::op
 
 /// Deletes the archives and unpacked bundles that killed programs of this user's left among the temporary
 /// files and beside the running bundle. Any thread; what is under way, of this program or another, goes on.
-void removeUpdateLeftovers();
+void removeStaleUpdates();
 
 }  // namespace parlivo

@@ -211,7 +211,7 @@ class Permissions : public parlivo::Permissions {
 
 class RemoteControl : public parlivo::RemoteControl {
   public:
-    Claim claim() override { return answer; }
+    Instance registerInstance() override { return answer; }
     void serve(RemoteTarget served) override { target = std::move(served); }
     void announceState(const QString& state) override {
         announced.append(state);
@@ -219,7 +219,7 @@ class RemoteControl : public parlivo::RemoteControl {
     }
     Delivery send(RemoteCommand command) override;
 
-    Claim answer = Claim::Only;
+    Instance answer = Instance::Only;
     RemoteTarget target;
     QStringList announced;
     std::function<void(const QString& state)> onAnnounced;

@@ -111,7 +111,7 @@ TEST_F(DownloaderDiskTest, WhatAKilledProgramLeftIsCleanedAway) {
     for (const QString& name : {u"a.bin"_s, u"note.txt"_s, u"a.bin.1234.parlivo-download"_s})
         ASSERT_TRUE(QFile::copy(u"/proc/self/cmdline"_s, models.filePath(name)));
     QDir().mkpath(models.filePath(u"cartella.parlivo-download"_s));
-    Downloader::removeLeftovers();
+    Downloader::removeStaleFiles();
     EXPECT_EQ(filesIn(models.path()),
               QStringList({u"a.bin"_s, u"cartella.parlivo-download"_s, u"note.txt"_s}));
 }

@@ -1,6 +1,6 @@
 #include "app/StaleFiles.h"
 #include "audio/CaptureFile.h"
-#include "support/Claim.h"
+#include "support/FileLock.h"
 #include "support/PlatformTest.h"
 #include "support/ScopedFile.h"
 #include "support/Uuid.h"
@@ -122,7 +122,7 @@ TEST_F(StaleFilesTest, TheFilesOfAKilledProcessAreFree) {
     const pid_t other = fork();
     ASSERT_GE(other, 0);
     if (other == 0) {
-        const ScopedFile claimed(make(name));
+        const ScopedFile locked(make(name));
         if (!QFile(ready).open(QIODevice::WriteOnly)) _exit(1);
         while (true) pause();
     }
@@ -145,10 +145,10 @@ TEST_F(StaleFilesTest, NoneIsLostThatIsMadeWhileOthersClean) {
         const QString folder = path(u"parlivo-update-"_s + freshUuid());
         {
             const CaptureFile file(capture, {48'000, 1});
-            const auto claim = createClaimedFolder(folder);
+            const auto lock = createLockedFolder(folder);
             std::this_thread::yield();
             ASSERT_TRUE(QFile::exists(capture));
-            ASSERT_TRUE(claim && QFile::exists(folder));
+            ASSERT_TRUE(lock && QFile::exists(folder));
         }
     }
     done = true;

@@ -182,13 +182,13 @@ TEST_F(UpdateReplacementTest, ACopyThatTakesTooLongForTheProgramsEndGoesOnWithIt
     Clock::setScale(0.001);
     Clock::interruptAll();
     EXPECT_FALSE(installation.get().has_value());
-    removeUpdateLeftovers();
+    removeStaleUpdates();
     EXPECT_EQ(filesIn(distant.stagingPlace({})).size(), 1) << "a start meanwhile must not take it away";
     EXPECT_TRUE(isUntouched());
     write(goOn(), {});
     EXPECT_TRUE(desktop::waitFor([&] { return isNew(); }));
     EXPECT_TRUE(desktop::waitFor([&] {
-        removeUpdateLeftovers();
+        removeStaleUpdates();
         return filesIn(distant.stagingPlace({})).isEmpty();
     }));
 }
@@ -205,12 +205,12 @@ TEST_F(UpdateReplacementTest, AKilledProgramsCopyGoesOn) {
     ASSERT_TRUE(waitUntilBegun());
     kill(other, SIGKILL);
     waitpid(other, nullptr, 0);
-    removeUpdateLeftovers();
+    removeStaleUpdates();
     EXPECT_TRUE(isUntouched());
     write(goOn(), {});
     EXPECT_TRUE(desktop::waitFor([&] { return isNew(); }));
     EXPECT_TRUE(desktop::waitFor([&] {
-        removeUpdateLeftovers();
+        removeStaleUpdates();
         return filesIn(distant.stagingPlace({})).isEmpty();
     }));
 }
@@ -251,7 +251,7 @@ TEST_F(UpdateReplacementTest, AKilledProgramLeavesAWholeBundleAndTheNextStartCle
         ASSERT_TRUE(installAndBeKilled());
         EXPECT_TRUE(step == Step::AfterReplacing ? isNew() : isUntouched());
         EXPECT_FALSE(isAlone());
-        removeUpdateLeftovers();
+        removeStaleUpdates();
         EXPECT_TRUE(isAlone());
         EXPECT_TRUE(step == Step::AfterReplacing ? isNew() : isUntouched());
     }
@@ -262,7 +262,7 @@ TEST_F(UpdateReplacementTest, WhatIsBesideTheBundleAndNotOfAnUpdateStays) {
     const QStringList others{u".parlivo-update-mio"_s, u"parlivo-update-appunti.zip"_s, u".parlivo"_s,
                              u"parlivo-update-0"_s};
     for (const QString& name : others) write(beside + u'/' + name, "mine");
-    removeUpdateLeftovers();
+    removeStaleUpdates();
     for (const QString& name : others) EXPECT_TRUE(QFile::exists(beside + u'/' + name)) << name.toStdString();
 }
 

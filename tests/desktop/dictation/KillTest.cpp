@@ -239,7 +239,7 @@ TEST_F(KillTest, WhileASettingIsWritten) {
     EXPECT_EQ(folder.entryList(QDir::Files | QDir::Hidden), QStringList(QStringLiteral("Parlivo.json")));
 }
 
-TEST_F(KillTest, AnotherSessionsRecordingIsNobodysLeftOver) {
+TEST_F(KillTest, ARecordingOfAnotherSessionIsNotStale) {
     auto otherSession = QProcessEnvironment::systemEnvironment();
     otherSession.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("unix:path=/nonexistent"));
     StubRecogniser stub(QStringLiteral("ancora qui"));
@@ -251,11 +251,11 @@ TEST_F(KillTest, AnotherSessionsRecordingIsNobodysLeftOver) {
     const QStringList recording = home::recordings();
     ASSERT_EQ(recording.size(), 1);
     // A left-over tells when the other one has looked.
-    const QString leftover =
+    const QString stale =
         QDir::temp().filePath(QStringLiteral("parlivo-00000000-0000-4000-8000-000000000000.caf"));
-    ASSERT_TRUE(QFile(leftover).open(QIODevice::WriteOnly));
+    ASSERT_TRUE(QFile(stale).open(QIODevice::WriteOnly));
     const Program second(builtBundle(), otherSession);
-    EXPECT_TRUE(waitFor([&] { return !QFile::exists(leftover); }));
+    EXPECT_TRUE(waitFor([&] { return !QFile::exists(stale); }));
     EXPECT_EQ(home::recordings(), recording);
     letPass(std::chrono::milliseconds(400));
     release();

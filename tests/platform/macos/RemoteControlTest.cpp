@@ -58,20 +58,20 @@ class RemoteControlTest : public MacTest {
     std::vector<RemoteCommand> performed;
 };
 
-TEST_F(RemoteControlTest, OnlyOneInstanceAtATimeHasTheClaim) {
+TEST_F(RemoteControlTest, OnlyOneInstanceAtATimeIsRegistered) {
     SocketRemoteControl second(home);
     {
         SocketRemoteControl first(home);
-        EXPECT_EQ(first.claim(), RemoteControl::Claim::Only);
-        EXPECT_EQ(first.claim(), RemoteControl::Claim::Only) << "asked twice";
-        EXPECT_EQ(second.claim(), RemoteControl::Claim::Another);
+        EXPECT_EQ(first.registerInstance(), RemoteControl::Instance::Only);
+        EXPECT_EQ(first.registerInstance(), RemoteControl::Instance::Only) << "asked twice";
+        EXPECT_EQ(second.registerInstance(), RemoteControl::Instance::Another);
     }
-    EXPECT_EQ(second.claim(), RemoteControl::Claim::Only);
+    EXPECT_EQ(second.registerInstance(), RemoteControl::Instance::Only);
 }
 
 TEST_F(RemoteControlTest, EveryCommandReachesTheRunningInstance) {
     SocketRemoteControl control(home);
-    control.claim();
+    control.registerInstance();
     control.serve(target());
     const std::vector commands{RemoteCommand::Press,        RemoteCommand::Release,
                                RemoteCommand::Toggle,       RemoteCommand::ShowSettings,
@@ -84,7 +84,7 @@ TEST_F(RemoteControlTest, WithoutAnInstanceThereIsNobodyToAsk) {
     EXPECT_EQ(send(RemoteCommand::Toggle), RemoteControl::Delivery::NoInstance);
     {
         SocketRemoteControl control(home);
-        control.claim();
+        control.registerInstance();
         control.serve(target());
     }
     EXPECT_EQ(send(RemoteCommand::Toggle), RemoteControl::Delivery::NoInstance);
@@ -96,14 +96,14 @@ TEST_F(RemoteControlTest, WhatAKilledInstanceLeftBehindIsNoInstanceAndInNobodysW
     ASSERT_TRUE(QFile::exists(socket));
     EXPECT_EQ(send(RemoteCommand::Toggle), RemoteControl::Delivery::NoInstance);
     SocketRemoteControl control(home);
-    EXPECT_EQ(control.claim(), RemoteControl::Claim::Only);
+    EXPECT_EQ(control.registerInstance(), RemoteControl::Instance::Only);
     control.serve(target());
     EXPECT_EQ(send(RemoteCommand::Toggle), RemoteControl::Delivery::Done);
 }
 
 TEST_F(RemoteControlTest, AnInstanceThatQuitsAnswersFirst) {
     auto control = std::make_unique<SocketRemoteControl>(home);
-    control->claim();
+    control->registerInstance();
     RemoteTarget quitting = target();
     quitting.perform = [&](RemoteCommand) { control.reset(); };
     control->serve(quitting);
@@ -113,7 +113,7 @@ TEST_F(RemoteControlTest, AnInstanceThatQuitsAnswersFirst) {
 
 TEST_F(RemoteControlTest, ScriptsReadStateStatusTextAndVersion) {
     SocketRemoteControl control(home);
-    control.claim();
+    control.registerInstance();
     control.serve(target());
     EXPECT_EQ(ask("State"), "idle");
     EXPECT_EQ(ask("StatusText"), QByteArray("Sto ascoltando…"));
@@ -126,7 +126,7 @@ TEST_F(RemoteControlTest, ScriptsReadStateStatusTextAndVersion) {
 
 TEST_F(RemoteControlTest, AWatcherIsToldEachChangeOfState) {
     SocketRemoteControl control(home);
-    control.claim();
+    control.registerInstance();
     control.serve(target());
     const QStringList seen = during<QStringList>([&] {
         QStringList lines;
@@ -154,7 +154,7 @@ TEST_F(RemoteControlTest, AWatcherIsToldEachChangeOfState) {
 
 TEST_F(RemoteControlTest, OnlyTheUserCanConnect) {
     SocketRemoteControl control(home);
-    control.claim();
+    control.registerInstance();
     control.serve(target());
     struct stat status {};
     ASSERT_EQ(stat(QFile::encodeName(socket).constData(), &status), 0);
@@ -172,7 +172,7 @@ TEST_F(RemoteControlTest, AnInstanceThatHangsIsNotWaitedForWithoutEnd) {
 TEST_F(RemoteControlTest, AFolderWithALongNameIsUnavailableAndNoCrash) {
     const QString deep = home + QLatin1Char('/') + QString(200, QLatin1Char('d'));
     SocketRemoteControl control(deep);
-    EXPECT_EQ(control.claim(), RemoteControl::Claim::Only);
+    EXPECT_EQ(control.registerInstance(), RemoteControl::Instance::Only);
     control.serve(target());
     EXPECT_EQ(control.send(RemoteCommand::Toggle), RemoteControl::Delivery::Unavailable);
 }

@@ -1,6 +1,6 @@
 #include "platform/linux/base/JsonUserDefaults.h"
 
-#include "support/Claim.h"
+#include "support/FileLock.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -53,11 +53,11 @@ void createPrivately(const QString& path) {
 
 /// Deletes what killed programs were writing beside the settings, under the names that QSaveFile gives. While
 /// one has QSettings' own lock no other writes.
-void removeLeftovers(const QString& path) {
+void removeStaleFiles(const QString& path) {
     const QString lockFile = path + QStringLiteral(".lock");
     // Of a program that was killed before it had written its name into it, nobody knows that it is dead:
     // QSettings would wait half a minute. Living ones hold a flock(2) on theirs.
-    removeUnclaimed(lockFile);
+    removeUnlocked(lockFile);
     QLockFile lock(lockFile);
     if (!lock.tryLock(0)) return;
     const QFileInfo file(path);
@@ -142,7 +142,7 @@ bool JsonUserDefaults::write(const Changes& changes) {
         setAsideIfBroken(settings);
     }
     createPrivately(file_);
-    if (!std::exchange(tidied_, true)) removeLeftovers(file_);
+    if (!std::exchange(tidied_, true)) removeStaleFiles(file_);
     QSettings settings(file_, jsonFormat());
     for (const auto& [key, change] : changes) {
         change.value ? settings.setValue(key, *change.value) : settings.remove(key);

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <utility>
@@ -31,11 +32,14 @@ void handleAll(void (*handler)(int)) {
 }  // namespace
 
 TerminationSignals::TerminationSignals(std::function<void()> requested) : notifier_(QSocketNotifier::Read) {
-    if (pipe2(pipe_.data(), O_CLOEXEC | O_NONBLOCK) != 0) return;
-    writeEnd = pipe_[1];
-    notifier_.setSocket(pipe_[0]);
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return;
+    readEnd_.reset(ends[0]);
+    writeEnd_.reset(ends[1]);
+    writeEnd = writeEnd_.get();
+    notifier_.setSocket(readEnd_.get());
     QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_,
-                     [read = pipe_[0], requested = std::move(requested)] {
+                     [read = readEnd_.get(), requested = std::move(requested)] {
                          char byte = 0;
                          while (::read(read, &byte, 1) > 0) continue;
                          requested();
@@ -45,11 +49,9 @@ TerminationSignals::TerminationSignals(std::function<void()> requested) : notifi
 }
 
 TerminationSignals::~TerminationSignals() {
-    if (pipe_[0] < 0) return;
+    if (!readEnd_) return;
     handleAll(SIG_DFL);
     writeEnd = -1;
-    close(pipe_[0]);
-    close(pipe_[1]);
 }
 
 }  // namespace parlivo

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "support/UniqueFd.h"
+
 #include <QSocketNotifier>
 
-#include <array>
 #include <functional>
 
 namespace parlivo {
@@ -17,7 +18,8 @@ class TerminationSignals {
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
   private:
-    std::array<int, 2> pipe_{-1, -1};
+    UniqueFd readEnd_;
+    UniqueFd writeEnd_;
     QSocketNotifier notifier_;
 };
 

@@ -62,13 +62,13 @@ BusRemoteControl::~BusRemoteControl() {
     bus().unregisterService(service);
 }
 
-RemoteControl::Claim BusRemoteControl::claim() {
+RemoteControl::Instance BusRemoteControl::registerInstance() {
     if (busServes()) {
-        if (bus().registerService(service)) return Claim::Only;
-        if (bus().interface()->isServiceRegistered(service)) return Claim::Another;
+        if (bus().registerService(service)) return Instance::Only;
+        if (bus().interface()->isServiceRegistered(service)) return Instance::Another;
     }
     // There is no bus, or it refuses the name.
-    return lock_.take() ? Claim::Only : Claim::Another;
+    return lock_.take() ? Instance::Only : Instance::Another;
 }
 
 void BusRemoteControl::serve(RemoteTarget target) {

@@ -18,7 +18,7 @@ class BusRemoteControl : public RemoteControl {
     BusRemoteControl(const BusRemoteControl&) = delete;
     BusRemoteControl& operator=(const BusRemoteControl&) = delete;
 
-    Claim claim() override;
+    Instance registerInstance() override;
     void serve(RemoteTarget target) override;
     void announceState(const QString& state) override;
     Delivery send(RemoteCommand command) override;

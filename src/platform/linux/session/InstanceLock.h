@@ -1,18 +1,17 @@
 #pragma once
 
+#include "support/UniqueFd.h"
+
 #include <QString>
 
 #include <utility>
 
 namespace parlivo {
 
-/// A lock on a file that the kernel lets go of however its holder ends (flock(2)).
+/// A lock on a file that the kernel releases however its owner ends (flock(2)).
 class InstanceLock {
   public:
     explicit InstanceLock(QString file) : file_(std::move(file)) {}
-    ~InstanceLock();
-    InstanceLock(const InstanceLock&) = delete;
-    InstanceLock& operator=(const InstanceLock&) = delete;
 
     /// False if another process holds it. A file that cannot be opened, or a symbolic link in its place,
     /// counts as taken by us: better two instances than none.
@@ -20,7 +19,7 @@ class InstanceLock {
 
   private:
     QString file_;
-    int descriptor_ = -1;
+    UniqueFd descriptor_;
 };
 
 }  // namespace parlivo

@@ -168,17 +168,17 @@ SocketRemoteControl::SocketRemoteControl(const QString& folder) : folder_(folder
 
 SocketRemoteControl::~SocketRemoteControl() = default;
 
-RemoteControl::Claim SocketRemoteControl::claim() {
-    if (lock_) return Claim::Only;
+RemoteControl::Instance SocketRemoteControl::registerInstance() {
+    if (lock_) return Instance::Only;
     QDir().mkpath(folder_);
     constexpr int ownerOnly = 0600;
     UniqueFd file(open(QFile::encodeName(lockIn(folder_)).constData(),
                        O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnly));
     // Better two instances than none.
-    if (!file) return Claim::Only;
-    if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) return Claim::Another;
+    if (!file) return Instance::Only;
+    if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) return Instance::Another;
     lock_ = std::move(file);
-    return Claim::Only;
+    return Instance::Only;
 }
 
 void SocketRemoteControl::serve(RemoteTarget target) {

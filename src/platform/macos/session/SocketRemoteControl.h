@@ -23,7 +23,7 @@ class SocketRemoteControl : public RemoteControl {
     SocketRemoteControl(const SocketRemoteControl&) = delete;
     SocketRemoteControl& operator=(const SocketRemoteControl&) = delete;
 
-    Claim claim() override;
+    Instance registerInstance() override;
     void serve(RemoteTarget target) override;
     void announceState(const QString& state) override;
     Delivery send(RemoteCommand command) override;

@@ -3,7 +3,8 @@
 namespace parlivo {
 
 /// Deletes the recordings, as they were spoken and converted, that dead programs of this user's left among
-/// the temporary files. Those that a living program claims stay, whichever session it belongs to. Any thread.
-void removeLeftoverRecordings();
+/// the temporary files. Those that a living program has locked stay, whichever session it belongs to. Any
+/// thread.
+void removeStaleRecordings();
 
 }  // namespace parlivo

@@ -1,7 +1,7 @@
-#include "audio/LeftoverRecordings.h"
+#include "audio/StaleRecordings.h"
 
 #include "platform/Platform.h"
-#include "support/Claim.h"
+#include "support/FileLock.h"
 #include "support/Uuid.h"
 
 #include <QDir>
@@ -22,15 +22,15 @@ QStringList recordings(const QDir& folder, const QString& extension) {
 
 }  // namespace
 
-void removeLeftoverRecordings() {
+void removeStaleRecordings() {
     const QDir temporary(Platform::current().directories().temporary());
     for (const QString& capture : recordings(temporary, QStringLiteral("caf")))
-        removeUnclaimed(temporary.filePath(capture));
+        removeUnlocked(temporary.filePath(capture));
     for (const QString& wav : recordings(temporary, QStringLiteral("wav"))) {
-        // While it is written its claim is the one on the capture file, which stays until the WAV has its
+        // While it is written its lock is the one on the capture file, which stays until the WAV has its
         // own.
         const QString capture = QFileInfo(wav).completeBaseName() + QStringLiteral(".caf");
-        if (!temporary.exists(capture)) removeUnclaimed(temporary.filePath(wav));
+        if (!temporary.exists(capture)) removeUnlocked(temporary.filePath(wav));
     }
 }
 
