@@ -1,5 +1,7 @@
 #pragma once
 
+#include "input/Injector.h"
+
 #include <QString>
 
 #include <functional>
@@ -16,8 +18,8 @@ struct Collaborators {
     std::function<QString(const QString& recording)> convert;  ///< throws Error
     std::function<QString(const QString& wav)> transcribe;     ///< throws Error
     std::function<QString(const QString& raw)> clean;
-    std::function<void(const QString& text)> typeText;
-    std::function<void(const QString& text)> paste;
+    std::function<Injector::Outcome(const QString& text)> typeText;
+    std::function<Injector::Outcome(const QString& text)> paste;
 
     // On the main thread.
     std::function<void()> stopEngines;

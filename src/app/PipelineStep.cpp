@@ -97,6 +97,10 @@ void PipelineStep::deliver(const QString& raw) {
 void PipelineStep::copyInsteadOfTyping(const QString& text) {
     Log::info(QStringLiteral("iniezione SALTATA: permesso accessibilità mancante"));
     onMain([text] { Platform::current().pasteboard().setText(text, Pasteboard::History::Keep); });
+    sayThatTextIsOnClipboard();
+}
+
+void PipelineStep::sayThatTextIsOnClipboard() {
     fail(tr("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
     onMain([] { Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility); });
 }
@@ -105,13 +109,18 @@ void PipelineStep::inject(const QString& text) {
     onMain(observer_.onTyping);
     const qsizetype characters = Text::countCharacters(text);
     const TypingSpeed speed = Config::get(Settings::typingSpeed);
-    if (speed == TypingSpeed::Instant || characters > typingCeiling) {
-        collaborators_.paste(text);
-    } else {
-        collaborators_.typeText(text);
+    const bool pastes = speed == TypingSpeed::Instant || characters > typingCeiling;
+    switch (pastes ? collaborators_.paste(text) : collaborators_.typeText(text)) {
+        case Injector::Outcome::Delivered:
+            Log::info(QStringLiteral("iniezione completata (%1 caratteri)").arg(characters));
+            return onMain(observer_.onDone);
+        case Injector::Outcome::CutOff:
+            Log::info(QStringLiteral("iniezione interrotta (%1 caratteri)").arg(characters));
+            return fail(tr("Dettatura interrotta"));
+        case Injector::Outcome::LeftOnClipboard:
+            Log::info(QStringLiteral("iniezione NON RIUSCITA: testo negli appunti"));
+            return sayThatTextIsOnClipboard();
     }
-    Log::info(QStringLiteral("iniezione completata (%1 caratteri)").arg(characters));
-    onMain(observer_.onDone);
 }
 
 void PipelineStep::fail(const QString& message) {

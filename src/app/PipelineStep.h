@@ -41,6 +41,7 @@ class PipelineStep {
     QString transcribe(ScopedFile& recording);
     void deliver(const QString& raw);
     void copyInsteadOfTyping(const QString& text);
+    void sayThatTextIsOnClipboard();
     void inject(const QString& text);
     void fail(const QString& message);
     void onMain(std::function<void()> job);

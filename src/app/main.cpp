@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "input/Injector.h"
 #include "platform/Adapters.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
@@ -92,6 +93,7 @@ int runOnlyInstance(const CommandLine& line, const std::optional<QString>& probl
     if (!line.canStart()) return fail(Texts::tr("non è in esecuzione"));
     if (problem) return fail(*problem);
     const int result = runApplication(line);
+    Injector::finishRestore();
     Worker::endAll();
     ChildProcess::endAll();
     Log::flush();

@@ -13,11 +13,14 @@ namespace parlivo {
 
 namespace {
 
-constexpr KeyCode space = 49;
-constexpr KeyCode backtick = 50;
-
 /// There is only one hot key at a time, so one identity does for all presets. The signature is "PRLV".
 constexpr HotKeyIdentity identity{.signature = 0x50524C56, .id = 1};
+
+void report(HotKeyRefusal refusal) {
+    Log::info(QStringLiteral("registrazione hotkey fallita (status %1) — probabilmente già in uso da "
+                             "un'altra app")
+                  .arg(refusal.status));
+}
 
 }  // namespace
 
@@ -25,13 +28,14 @@ const std::vector<Preset>& HotKeyManager::presets() {
     using namespace HotKeyModifier;
     static const std::vector<Preset> table{
         {QStringLiteral("opt-space"), QCoreApplication::translate("parlivo::HotKeyManager", "⌥ Spazio"),
-         space, option},
+         VirtualKey::space, option},
         {QStringLiteral("ctrl-opt-space"), QCoreApplication::translate("parlivo::HotKeyManager", "⌃⌥ Spazio"),
-         space, control | option},
+         VirtualKey::space, control | option},
         {QStringLiteral("cmd-shift-space"),
-         QCoreApplication::translate("parlivo::HotKeyManager", "⌘⇧ Spazio"), space, command | shift},
+         QCoreApplication::translate("parlivo::HotKeyManager", "⌘⇧ Spazio"), VirtualKey::space,
+         command | shift},
         {QStringLiteral("opt-backtick"),
-         QCoreApplication::translate("parlivo::HotKeyManager", "⌥ ` (backtick)"), backtick, option},
+         QCoreApplication::translate("parlivo::HotKeyManager", "⌥ ` (backtick)"), VirtualKey::grave, option},
     };
     return table;
 }
@@ -64,18 +68,14 @@ void HotKeyManager::installHandler() {
         },
         [this] {
             if (onKeyUp) onKeyUp();
-        });
+        },
+        [](HotKeyRefusal refusal) { report(refusal); });
 }
 
 void HotKeyManager::registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers) {
     installHandler();
     auto result = Platform::current().hotKeys().registerHotKey(keyCode, modifiers, identity);
-    if (const auto* const refusal = std::get_if<HotKeyRefusal>(&result)) {
-        Log::info(QStringLiteral("registrazione hotkey fallita (status %1) — probabilmente già in uso da "
-                                 "un'altra app")
-                      .arg(refusal->status));
-        return;
-    }
+    if (const auto* const refusal = std::get_if<HotKeyRefusal>(&result)) return report(*refusal);
     hotKeyRef_ = std::get<std::unique_ptr<HotKeyRegistration>>(std::move(result));
 }
 

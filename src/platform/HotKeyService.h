@@ -7,9 +7,17 @@
 
 namespace parlivo {
 
-/// A key's position on the keyboard, as a macOS virtual key code (49 the space bar, 50 the key left of "1",
-/// 36 Return, 48 Tab, 9 the key of V). The presets and the injector speak of keys in these.
+/// A key's position on the keyboard, as a macOS virtual key code.
 using KeyCode = std::uint32_t;
+
+/// The positions that presets and injector name.
+namespace VirtualKey {
+inline constexpr KeyCode v = 9;
+inline constexpr KeyCode returnKey = 36;
+inline constexpr KeyCode tab = 48;
+inline constexpr KeyCode space = 49;
+inline constexpr KeyCode grave = 50;  ///< left of "1"
+}  // namespace VirtualKey
 
 /// Modifiers of a hot key, as a Carbon mask.
 using HotKeyModifiers = std::uint32_t;
@@ -49,15 +57,17 @@ struct HotKeyRefusal {
 class HotKeyService {
   public:
     using Edge = std::function<void()>;
+    using Loss = std::function<void(HotKeyRefusal)>;
     using Result = std::variant<std::unique_ptr<HotKeyRegistration>, HotKeyRefusal>;
 
     virtual ~HotKeyService() = default;
 
     /// From now on the edges of every registered hot key are delivered on the main thread: one press and one
     /// release for each hold. Auto-repeat gives no further edges; a release that the system lost (locked
-    /// screen, other console) is delivered when the loss is noticed. The handler must not outlive the
-    /// service.
-    virtual std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released) = 0;
+    /// screen, other console) is delivered when the loss is noticed. `lost` tells that a hot key which was
+    /// registered does not work any more, or not under all lock keys: the keyboard changed and the system
+    /// refused to register it anew. The handler must not outlive the service.
+    virtual std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Loss lost) = 0;
 
     /// Takes the combination from every other application. A refused one leaves nothing registered.
     virtual Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) = 0;

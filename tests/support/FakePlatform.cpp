@@ -113,24 +113,34 @@ class Source : public KeyEventSource {
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;
 
-    void postKey(KeyCode key, KeyFlags flags) override {
-        keyboard_.record(QStringLiteral("key %1 %2").arg(key).arg(flags));
+    TextIntake intake() const override { return keyboard_.intake; }
+    Posted postKey(KeyCode key, KeyFlags flags) override {
+        return post(QStringLiteral("key %1 %2").arg(key).arg(flags));
     }
-    void postCharacter(QStringView character) override {
-        keyboard_.record(QStringLiteral("«%1»").arg(character));
+    Posted postCharacter(QStringView character) override {
+        if (character.startsWith(QChar(keyboard_.skipped))) return Posted::Skipped;
+        return post(QStringLiteral("«%1»").arg(character));
     }
+    Posted postPiece(QStringView piece) override { return post(QStringLiteral("«%1»").arg(piece)); }
 
   private:
+    Posted post(const QString& stroke) {
+        if (keyboard_.strokes().size() >= keyboard_.failsAfter) return Posted::Failed;
+        keyboard_.record(stroke);
+        return Posted::Yes;
+    }
+
     Keyboard& keyboard_;
 };
 
 }  // namespace
 
-std::unique_ptr<HotKeyHandler> HotKeys::installHandler(Edge pressedEdge, Edge releasedEdge) {
-    if (real) return real->installHandler(std::move(pressedEdge), std::move(releasedEdge));
+std::unique_ptr<HotKeyHandler> HotKeys::installHandler(Edge pressedEdge, Edge releasedEdge, Loss loss) {
+    if (real) return real->installHandler(std::move(pressedEdge), std::move(releasedEdge), std::move(loss));
     calls.append(QStringLiteral("install"));
     pressed = std::move(pressedEdge);
     released = std::move(releasedEdge);
+    lost = std::move(loss);
     return std::make_unique<AtEnd<HotKeyHandler>>([this] { calls.append(QStringLiteral("remove")); });
 }
 
@@ -199,7 +209,9 @@ PasteboardTexts Pasteboard::texts() {
 void Pasteboard::setText(const QString& text, History history) {
     if (real) return real->setText(text, history);
     const std::lock_guard lock(mutex_);
-    contents_ = {{PasteboardPlace::Clipboard, text}, {PasteboardPlace::PrimarySelection, text}};
+    QString held = text;
+    if (convertsLineEnds) held.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    contents_ = {{PasteboardPlace::Clipboard, held}, {PasteboardPlace::PrimarySelection, held}};
     ours_ = true;
     sets_.push_back({text, history});
 }

@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <functional>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -103,7 +104,7 @@ class HotKeys : public parlivo::HotKeyService {
         HotKeyIdentity identity;
     };
 
-    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge) override;
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge, Loss loss) override;
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
 
     void press() const;
@@ -117,6 +118,7 @@ class HotKeys : public parlivo::HotKeyService {
     QStringList calls;                   ///< "install", "register 49 2048", "unregister", "remove"
     Edge pressed;
     Edge released;
+    Loss lost;
 };
 
 /// Key strokes as a list of words: "return", "tab", "key 9 1048576", or the character in angle quotes.
@@ -135,6 +137,10 @@ class Keyboard : public parlivo::KeyboardSynthesizer {
     parlivo::KeyboardSynthesizer* real = nullptr;
     std::atomic<bool> canType = true;
     std::atomic<bool> canSendShortcuts = true;
+    /// Characters of this kind are skipped, and from this stroke on all fail.
+    std::atomic<char16_t> skipped = 0;
+    std::atomic<qsizetype> failsAfter = std::numeric_limits<qsizetype>::max();
+    std::atomic<TextIntake> intake = TextIntake::Characters;
     std::atomic<int> prepared = 0;
     std::atomic<int> sourcesMade = 0;
     std::atomic<int> sourcesAlive = 0;
@@ -174,6 +180,8 @@ class Pasteboard : public parlivo::Pasteboard {
     };
     std::vector<Set> sets() const;
     int restores() const;
+    /// Whether line ends become line feeds, as in X selections.
+    std::atomic<bool> convertsLineEnds = false;
 
     /// Asked instead, if set.
     parlivo::Pasteboard* real = nullptr;

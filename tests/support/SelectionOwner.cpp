@@ -102,6 +102,9 @@ bool SelectionOwner::give(const xcb_selection_request_event_t& request, xcb_atom
             if (request.target != atom("image/png")) return false;
             setProperty(request.requestor, property, request.target, contents_);
             return true;
+        case Manner::SameForAll:
+            setProperty(request.requestor, property, atom("image/png"), contents_);
+            return true;
         case Manner::Silent:
             break;
     }

@@ -20,6 +20,7 @@ class SelectionOwner {
         Latin1,       ///< an old program: gives its text as Latin-1 only
         Incremental,  ///< gives its text in pieces
         Image,        ///< has no text
+        SameForAll,   ///< has no text, and answers every target with its picture
         Silent,       ///< never answers
         Breaking,     ///< begins to give its text in pieces and stops after the first
     };

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QDir>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -50,8 +51,14 @@ class AppDelegateTest : public PlatformTest {
         fake.convert = [this](const QString& recording) { return convert(recording); };
         fake.transcribe = [this](const QString& wav) { return transcribe(wav); };
         fake.clean = [this](const QString& raw) { return raw + suffix; };
-        fake.typeText = [this](const QString& text) { record(QStringLiteral("type ") + text); };
-        fake.paste = [this](const QString& text) { record(QStringLiteral("paste ") + text); };
+        fake.typeText = [this](const QString& text) {
+            record(QStringLiteral("type ") + text);
+            return injection.load();
+        };
+        fake.paste = [this](const QString& text) {
+            record(QStringLiteral("paste ") + text);
+            return injection.load();
+        };
         fake.stopEngines = note("stopEngines");
         fake.showOnboarding = [this](std::function<void()> finished) {
             record(QStringLiteral("onboarding"));
@@ -116,6 +123,7 @@ class AppDelegateTest : public PlatformTest {
     std::unique_ptr<AppDelegate> delegate;
     QString transcript = QStringLiteral("Ciao a tutti.");
     QString suffix;
+    std::atomic<Injector::Outcome> injection = Injector::Outcome::Delivered;
     std::optional<Error> conversionError;
     std::optional<Error> transcriptionError;
     std::optional<QString> available;

@@ -53,6 +53,27 @@ TEST_F(DictationPipelineTest, AHundredThousandCharactersArePasted) {
     EXPECT_TRUE(calls().contains(line(u"paste ") + text));
 }
 
+TEST_F(DictationPipelineTest, ATextThatCouldNotBeSentIsAnnouncedOnTheClipboard) {
+    injection = Injector::Outcome::LeftOnClipboard;
+    launch();
+    dictate(line(u"Ciao."));
+    settle();
+    EXPECT_EQ(delegate->statusLine(),
+              line(u"⚠️ Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
+    EXPECT_FALSE(logged().join(u'\n').contains(line(u"iniezione completata")));
+    EXPECT_EQ(Config::get(Settings::dictationCount), 0);
+}
+
+TEST_F(DictationPipelineTest, ATextThatWasCutOffIsNotLoggedAsComplete) {
+    injection = Injector::Outcome::CutOff;
+    launch();
+    dictate(line(u"Ciao."));
+    settle();
+    EXPECT_TRUE(logged().contains(line(u"iniezione interrotta (5 caratteri)")));
+    EXPECT_FALSE(logged().join(u'\n').contains(line(u"iniezione completata")));
+    EXPECT_EQ(Config::get(Settings::dictationCount), 0);
+}
+
 TEST_F(DictationPipelineTest, WithoutThePermissionToTypeTheTextIsCopied) {
     platform.permissions().trusted = false;
     launch();

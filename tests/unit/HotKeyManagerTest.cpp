@@ -159,5 +159,12 @@ TEST_F(HotKeyManagerTest, ItsEndUnregistersTheKeyAndThenTheHandler) {
     EXPECT_EQ(keys().calls.mid(2), QStringList({QStringLiteral("unregister"), QStringLiteral("remove")}));
 }
 
+TEST_F(HotKeyManagerTest, AHotKeyThatIsLostLaterIsLoggedLikeARefusedOne) {
+    manager->applyCurrentPreset();
+    keys().lost({.status = 10});
+    EXPECT_TRUE(logged().contains(QStringLiteral(
+        "registrazione hotkey fallita (status 10) — probabilmente già in uso da un'altra app")));
+}
+
 }  // namespace
 }  // namespace parlivo

@@ -116,8 +116,8 @@ TEST_F(InjectorTest, TheSpeedIsReadFromTheSettings) {
 
 TEST_F(InjectorTest, TheEndOfTheProgramEndsTheTyping) {
     Clock::interruptAll();
-    Injector::typeText(QStringLiteral("abcdef"));
-    EXPECT_LE(platform.keyboard().strokes().size(), 1);
+    EXPECT_EQ(Injector::typeText(QStringLiteral("abcdef")), Injector::Outcome::CutOff);
+    EXPECT_TRUE(platform.keyboard().strokes().isEmpty()) << "not one more character";
     EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
 }
 
@@ -126,6 +126,54 @@ TEST_F(InjectorTest, ATextThatTheKeyboardCannotHoldIsPasted) {
     Injector::typeText(newText);
     EXPECT_EQ(platform.keyboard().strokes(), QStringList(QStringLiteral("key 9 1048576")));
     EXPECT_EQ(clipboard(), newText);
+}
+
+TEST_F(InjectorTest, TheRestOfATextIsPastedWhenTheKeyboardLosesCharacters) {
+    platform.keyboard().failsAfter = 3;
+    platform.keyboard().canSendShortcuts = false;
+    EXPECT_EQ(Injector::typeText(QStringLiteral("abcdef")), Injector::Outcome::LeftOnClipboard);
+    EXPECT_EQ(platform.keyboard().typed(), QStringLiteral("abc"));
+    EXPECT_EQ(clipboard(), QStringLiteral("def"));
+    EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
+}
+
+TEST_F(InjectorTest, ACharacterWithoutAKeyIsSkippedAndLogged) {
+    platform.keyboard().skipped = u'\a';
+    EXPECT_EQ(Injector::typeText(QStringLiteral("a\ab\ac")), Injector::Outcome::Delivered);
+    EXPECT_EQ(platform.keyboard().typed(), QStringLiteral("abc"));
+    EXPECT_TRUE(logged().contains(QStringLiteral("caratteri senza un tasto, non digitati: 2")));
+}
+
+TEST_F(InjectorTest, ASourceOfPiecesGetsWholeCharactersAtThePaceAndInOrder) {
+    platform.keyboard().intake = TextIntake::Pieces;
+    QString text;
+    for (int i = 0; i < 60; ++i) text += QStringLiteral("è👍🏽\n");
+    const auto start = Clock::now();
+    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::Delivered);
+    const QStringList strokes = platform.keyboard().strokes();
+    EXPECT_EQ(platform.keyboard().typed(), text);
+    EXPECT_GT(strokes.size(), 1);
+    for (const QString& stroke : strokes) EXPECT_NE(stroke.at(1), QChar(0xd83c)) << "a skin tone alone";
+    EXPECT_GE(Clock::now() - start, 180 * 3500us - 60ms) << "no faster than the pace";
+}
+
+TEST_F(InjectorTest, APieceIsNeverLongerThanItMayBe) {
+    platform.keyboard().intake = TextIntake::Pieces;
+    QString text;
+    for (int i = 0; i < 3; ++i) text += QString(1500, QChar(0x0301)).prepend(QLatin1Char('a'));
+    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::Delivered);
+    EXPECT_EQ(platform.keyboard().typed(), text);
+    for (const QString& stroke : platform.keyboard().strokes())
+        EXPECT_LE(stroke.mid(1).chopped(1).toUtf8().size(), KeyEventSource::maxPieceBytes);
+}
+
+TEST_F(InjectorTest, APieceThatIsNotTakenGoesToThePasteboardWithAllThatFollows) {
+    platform.keyboard().intake = TextIntake::Pieces;
+    platform.keyboard().failsAfter = 1;
+    platform.keyboard().canSendShortcuts = false;
+    const QString text = QStringLiteral("0123456789").repeated(10);
+    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::LeftOnClipboard);
+    EXPECT_EQ(platform.keyboard().typed() + clipboard(), text);
 }
 
 TEST_F(InjectorTest, PostKeyPostsOneKeyWithItsFlags) {
@@ -216,6 +264,31 @@ TEST_F(PasteTest, ACopyBetweenTwoPastesIsWhatTheUserHas) {
     EXPECT_EQ(selection(), QStringLiteral("evidenziato"));
 }
 
+TEST_F(PasteTest, TwoPastesInARowGiveBackWhatTheUserHadWhateverTheLineEnds) {
+    platform.pasteboard().convertsLineEnds = true;
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    Injector::paste(QStringLiteral("uno\r\ndue"));
+    Injector::paste(QStringLiteral("secondo"));
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), QStringLiteral("prima"));
+    EXPECT_EQ(selection(), QStringLiteral("evidenziato"));
+}
+
+TEST_F(PasteTest, TheEndOfTheProgramPutsBackWhatWasThere) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    EXPECT_EQ(Injector::paste(newText), Injector::Outcome::Delivered);
+    Clock::interruptAll();
+    Injector::finishRestore();
+    EXPECT_EQ(clipboard(), QStringLiteral("prima"));
+    EXPECT_EQ(selection(), QStringLiteral("evidenziato"));
+    EXPECT_EQ(platform.pasteboard().restores(), 1);
+    Injector::finishRestore();
+    EXPECT_EQ(platform.pasteboard().restores(), 1) << "once";
+    Clock::resume();
+    passRestoreTime();
+    EXPECT_EQ(platform.pasteboard().restores(), 1) << "nor when its time comes";
+}
+
 TEST_F(PasteTest, WithoutKeysTheTextStaysForTheUserToPaste) {
     userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
     platform.keyboard().canSendShortcuts = false;
@@ -226,9 +299,12 @@ TEST_F(PasteTest, WithoutKeysTheTextStaysForTheUserToPaste) {
 }
 
 TEST_F(PasteTest, TheEndOfTheProgramSendsNoShortcut) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
     Clock::interruptAll();
-    Injector::paste(newText);
+    EXPECT_EQ(Injector::paste(newText), Injector::Outcome::CutOff);
     EXPECT_TRUE(platform.keyboard().strokes().isEmpty());
+    Injector::finishRestore();
+    EXPECT_EQ(clipboard(), QStringLiteral("prima"));
 }
 
 TEST(PaceTest, StepsLieOnAGridWhateverEachStepTakes) {

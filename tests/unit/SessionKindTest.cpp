@@ -113,7 +113,7 @@ TEST(NullDesktopTest, RefusesEverythingAndSaysWhy) {
     EXPECT_EQ(desktop.keyboard().makeShortcutSource(), nullptr);
     EXPECT_EQ(desktop.floatingPanels().makePanel({}), nullptr);
     EXPECT_EQ(desktop.watchTray([] {}), nullptr);
-    const auto handler = desktop.hotKeys().installHandler([] {}, [] {});
+    const auto handler = desktop.hotKeys().installHandler([] {}, [] {}, {});
     const auto result = desktop.hotKeys().registerHotKey(49, HotKeyModifier::option, {});
     ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(result));
     EXPECT_EQ(std::get<HotKeyRefusal>(result).status, ENOTSUP);

@@ -83,6 +83,13 @@ TEST_F(ClipboardTest, APlaceWithoutTextIsAbsent) {
     EXPECT_TRUE(texts().isEmpty());
 }
 
+TEST_F(ClipboardTest, BytesOfAnotherTypeAreNoText) {
+    setText(dictated, Pasteboard::History::Keep);
+    const SelectionOwner owner(clipboard, Manner::SameForAll, "\x89PNG");
+    const SelectionOwner other(primary, Manner::Text, "evidenziato");
+    EXPECT_EQ(texts(), (PasteboardTexts{{primary, QStringLiteral("evidenziato")}}));
+}
+
 TEST_F(ClipboardTest, ReadsWhatThisProgramPutThere) {
     setText(dictated, Pasteboard::History::Keep);
     EXPECT_EQ(texts(), (PasteboardTexts{{clipboard, dictated}, {primary, dictated}}));

@@ -24,7 +24,8 @@ inline constexpr std::chrono::milliseconds longHold{300};
 class HotKeyTest : public testing::Test {
   protected:
     HotKeyTest() {
-        handler = service.installHandler([this] { ++presses; }, [this] { ++releases; });
+        handler = service.installHandler([this] { ++presses; }, [this] { ++releases; },
+                                         [this](HotKeyRefusal refusal) { lost = refusal.status; });
         keyboard.setRepeat(repeatDelay, repeatInterval);
     }
 
@@ -49,6 +50,7 @@ class HotKeyTest : public testing::Test {
 
     int presses = 0;
     int releases = 0;
+    int lost = 0;  ///< the status of the last loss
     Keyboard keyboard;
     X11HotKeyService service;
     std::unique_ptr<HotKeyHandler> handler;

@@ -1,6 +1,6 @@
 #include "desktop/hotkey/HotKeyFixture.h"
 #include "desktop/hotkey/OtherClient.h"
-#include "platform/linux/x11/SilentKey.h"
+#include "platform/linux/x11/NoOpKey.h"
 #include "support/Receiver.h"
 
 namespace parlivo::desktop {
@@ -69,13 +69,13 @@ TEST_P(HotKeyLeakTest, ATapOpensNoMenuWhileTheProgramIsBusyWithIt) {
     handler.reset();
     handler = service.installHandler(
         [&] {
-            // As fast fingers do while a microphone is being opened.
+            // As a fast user does while a microphone is being opened.
             ++presses;
             keyboard.release(Key::space);
-            shown = other.waitForKey(x11::silentKey);
+            shown = other.waitForKey(x11::noOpKey);
             keyboard.release(Key::leftAlt);
         },
-        [&] { ++releases; });
+        [&] { ++releases; }, {});
     keyboard.press(Key::leftAlt);
     keyboard.press(Key::space);
     ASSERT_TRUE(edges(1, 1)) << seen();

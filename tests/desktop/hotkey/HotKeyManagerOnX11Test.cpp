@@ -17,8 +17,8 @@ using namespace std::chrono_literals;
 /// The manager's platform, with real keys.
 class RealHotKeys : public fake::HotKeys {
   public:
-    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge) override {
-        return service_.installHandler(std::move(pressedEdge), std::move(releasedEdge));
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge, Loss loss) override {
+        return service_.installHandler(std::move(pressedEdge), std::move(releasedEdge), std::move(loss));
     }
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override {
         return service_.registerHotKey(key, modifiers, identity);

@@ -79,6 +79,43 @@ TEST_F(HotKeyTest, FollowsNumLockToAnotherModifier) {
     EXPECT_TRUE(waitFor([&] { return presses == releases; })) << seen();
 }
 
+/// Loads the present map with Num Lock on another modifier, by the keyboard extension alone.
+void moveNumLockByXkb(const char* modifier) {
+    QProcess shell;
+    shell.start(QStringLiteral("sh"),
+                {QStringLiteral("-c"),
+                 QStringLiteral("setxkbmap us -print | sed 's/xkb_symbols *{ *include \"\\([^\"]*\\)\"/"
+                                "xkb_symbols { include \"\\1\" modifier_map %1 { Num_Lock };/' "
+                                "| xkbcomp -w 0 - $DISPLAY")
+                     .arg(QString::fromLatin1(modifier))});
+    ASSERT_TRUE(shell.waitForFinished());
+    ASSERT_EQ(shell.exitCode(), 0) << shell.readAllStandardError().toStdString();
+}
+
+TEST_F(HotKeyTest, FollowsNumLockToAnotherModifierByXkbEvents) {
+    take("opt-space");
+    moveNumLockByXkb("Mod3");
+    keyboard.setLocks(XCB_MOD_MASK_3);
+    const auto noticed = [&] {
+        keyboard.press(Key::leftAlt);
+        keyboard.tap(Key::space);
+        keyboard.release(Key::leftAlt);
+        return releases > 0;
+    };
+    EXPECT_TRUE(waitFor(noticed)) << seen();
+    EXPECT_TRUE(waitFor([&] { return presses == releases; })) << seen();
+    EXPECT_EQ(lost, 0);
+}
+
+TEST_F(HotKeyTest, ALockThatAnotherClientHasAtTheNewPlaceIsReported) {
+    take("opt-space");
+    OtherClient other;
+    ASSERT_EQ(other.grabKey(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_3), 0);
+    moveNumLockByXkb("Mod3");
+    EXPECT_TRUE(waitFor([&] { return lost != 0; }));
+    EXPECT_EQ(lost, 10) << "BadAccess";
+}
+
 TEST_F(HotKeyTest, AHeldKeyGivesOnePressAndOneRelease) {
     take("opt-space");
     keyboard.press(Key::leftAlt);
@@ -128,7 +165,7 @@ TEST_F(HotKeyTest, AShortPressIsReportedInOrder) {
     QStringList order;
     handler.reset();
     handler = service.installHandler([&] { order.append(QStringLiteral("down")); },
-                                     [&] { order.append(QStringLiteral("up")); });
+                                     [&] { order.append(QStringLiteral("up")); }, {});
     take("opt-space");
     keyboard.press(Key::leftAlt);
     keyboard.tap(Key::space);

@@ -224,7 +224,7 @@ TEST_F(TypingTest, AModifierThatAnotherTypingProgramLeftDownDoesNoHarm) {
 
 TEST_F(TypingTest, ComingAfterTheUsersKeyboardIsNotTakenForANewMap) {
     const auto keyboard = x11::X11Keyboard::open();
-    x11::SymbolKeys keys(*keyboard);
+    x11::SpareKeyMap keys(*keyboard);
     for (int text = 0; text < 2; ++text) {
         user_.tap(Key::leftShift);
         const auto source = x11::KeyEvents::make(*keyboard, keys, x11::keySymbols(u"così"));

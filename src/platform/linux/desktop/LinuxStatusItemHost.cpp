@@ -7,7 +7,7 @@ namespace parlivo {
 
 namespace {
 
-constexpr std::chrono::milliseconds patienceWithTrays{2000};
+constexpr std::chrono::milliseconds trayTimeout{2000};
 
 }  // namespace
 
@@ -15,8 +15,8 @@ LinuxStatusItemHost::Watches::Watches(LinuxStatusItemHost& host)
     : bus([&host] { host.placesChanged(); }),
       tray(host.desktop_.watchTray([&host] { host.placesChanged(); })),
       panel([&host] { host.placesChanged(); }) {
-    patience.setSingleShot(true);
-    patience.callOnTimeout([&host] {
+    trayTimer.setSingleShot(true);
+    trayTimer.callOnTimeout([&host] {
         host.settled_ = Kind::XTray;
         host.placesChanged();
     });
@@ -45,9 +45,9 @@ std::optional<LinuxStatusItemHost::Kind> LinuxStatusItemHost::presentKind() {
     if (settled_ == Kind::XTray) return trayPresent() ? settled_ : std::nullopt;
     if (watches_->bus.hostPresent()) return Kind::Bus;
     if (settled_ == Kind::Bus || !trayAlone)
-        watches_->patience.stop();
-    else if (!watches_->patience.isActive())
-        watches_->patience.start(patienceWithTrays);
+        watches_->trayTimer.stop();
+    else if (!watches_->trayTimer.isActive())
+        watches_->trayTimer.start(trayTimeout);
     return std::nullopt;
 }
 

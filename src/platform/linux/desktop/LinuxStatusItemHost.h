@@ -36,7 +36,7 @@ class LinuxStatusItemHost : public StatusItemHost {
         NotifierHostWatch bus;
         std::unique_ptr<TrayWatch> tray;  // null where there are no X trays
         PanelForeground panel;
-        QTimer patience;
+        QTimer trayTimer;
     };
 
     bool trayPresent() const { return watches_->tray && watches_->tray->present(); }

@@ -4,7 +4,7 @@
 
 namespace parlivo {
 
-std::unique_ptr<HotKeyHandler> NullHotKeyService::installHandler(Edge, Edge) {
+std::unique_ptr<HotKeyHandler> NullHotKeyService::installHandler(Edge, Edge, Loss) {
     return std::make_unique<HotKeyHandler>();
 }
 

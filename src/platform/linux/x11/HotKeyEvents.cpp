@@ -1,6 +1,6 @@
 #include "platform/linux/x11/HotKeyEvents.h"
 
-#include "platform/linux/x11/SilentKey.h"
+#include "platform/linux/x11/NoOpKey.h"
 #include "platform/linux/x11/XcbHandles.h"
 #include "support/MainQueue.h"
 
@@ -70,8 +70,8 @@ std::function<void()> HotKeyEvents::jobFor(const std::shared_ptr<const xcb_gener
 void HotKeyEvents::keepMenusShut(const xcb_generic_event_t& event) {
     if (event.response_type != XCB_KEY_RELEASE) return;
     const auto& key = reinterpret_cast<const xcb_key_release_event_t&>(event);
-    if (key.detail == silentKey || (key.state & menuModifiers) == 0) return;
-    if (silentKeyAvailable(connection_)) tapSilentKey(connection_);
+    if (key.detail == noOpKey || (key.state & menuModifiers) == 0) return;
+    if (noOpKeyAvailable(connection_)) tapNoOpKey(connection_);
 }
 
 }  // namespace parlivo::x11

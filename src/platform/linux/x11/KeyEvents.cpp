@@ -16,23 +16,17 @@ using namespace std::chrono_literals;
 constexpr auto mapQuietness = 30ms;
 constexpr auto longestMapUnrest = 500ms;
 
-namespace MacKey {
-constexpr KeyCode v = 9;
-constexpr KeyCode returnKey = 36;
-constexpr KeyCode tab = 48;
-}  // namespace MacKey
-
 }  // namespace
 
-KeyEvents::KeyEvents(X11Keyboard& keyboard, SymbolKeys& keys, std::vector<KeySymbol> symbols)
-    : keyboard_(keyboard), keys_(keys), symbols_(std::move(symbols)), truce_(keyboard) {}
+KeyEvents::KeyEvents(X11Keyboard& keyboard, SpareKeyMap& keys, std::vector<KeySymbol> symbols)
+    : keyboard_(keyboard), keys_(keys), symbols_(std::move(symbols)), guard_(keyboard) {}
 
-std::unique_ptr<KeyEventSource> KeyEvents::make(X11Keyboard& keyboard, SymbolKeys& keys,
+std::unique_ptr<KeyEventSource> KeyEvents::make(X11Keyboard& keyboard, SpareKeyMap& keys,
                                                 std::vector<KeySymbol> symbols) {
-    // The truce comes first: a modifier that is still held may be the one that chooses the layout.
+    // The guard comes first: a modifier that is still held may be the one that chooses the layout.
     std::unique_ptr<KeyEvents> events(new KeyEvents(keyboard, keys, std::move(symbols)));
     if (!keys.refresh()) return nullptr;
-    events->letGoOfShift();
+    events->releaseShift();
     // Read only now: the first key that comes from XTEST's keyboard after the user's makes the server tell of
     // a new map, which would hold the text up until the map is quiet.
     if (!keys.makeReady(events->symbols_)) return nullptr;
@@ -43,47 +37,62 @@ KeyEvents::~KeyEvents() {
     keys_.textEnded();
 }
 
-void KeyEvents::postKey(KeyCode key, KeyFlags flags) {
-    truce_.renew();
-    if (key == MacKey::returnKey && flags == KeyFlag::none) post(XKB_KEY_Return);
-    if (key == MacKey::tab && flags == KeyFlag::none) post(XKB_KEY_Tab);
+Posted KeyEvents::postKey(KeyCode key, KeyFlags flags) {
+    if (!ready()) return Posted::Failed;
+    if (key == VirtualKey::returnKey && flags == KeyFlag::none) return post({XKB_KEY_Return});
+    if (key == VirtualKey::tab && flags == KeyFlag::none) return post({XKB_KEY_Tab});
+    if (key != VirtualKey::v || flags != KeyFlag::command) return Posted::Skipped;
     // The one chord with which terminals paste as well as all others.
     const auto insert = keys_.find(XKB_KEY_Insert);
-    if (key == MacKey::v && flags == KeyFlag::command && insert) tapShifted(insert->code);
+    const auto shift = keys_.find(XKB_KEY_Shift_L);
+    if (!insert || !shift) return Posted::Failed;
+    tapShifted(insert->code, shift->code);
     keyboard_.flush();
+    return Posted::Yes;
 }
 
-void KeyEvents::postCharacter(QStringView character) {
-    truce_.renew();
-    followMapChanges();
+Posted KeyEvents::postCharacter(QStringView character) {
+    if (!ready()) return Posted::Failed;
     const auto symbols = keySymbols(character);
-    for (const KeySymbol symbol : symbols) post(symbol);
-    keyboard_.flush();
+    return symbols.empty() ? Posted::Skipped : post(symbols);
 }
 
-void KeyEvents::letGoOfShift() {
+void KeyEvents::releaseShift() {
     // All programs that type share XTEST's keyboard. One that left Shift down there, with the user's own
     // Shift having come up since, would make the server take our first press of it for a repetition.
     if (const auto shift = keys_.find(XKB_KEY_Shift_L)) keyboard_.press(shift->code, X11Keyboard::Press::Up);
 }
 
-void KeyEvents::followMapChanges() {
-    if (!keyboard_.mapChanged()) return;
+bool KeyEvents::ready() {
+    guard_.waitForHeldKeys();
+    return followMapChanges() && !Clock::interrupted() && keyboard_.isConnected();
+}
+
+bool KeyEvents::followMapChanges() {
+    if (!keyboard_.mapChanged()) return true;
     const Clock::Deadline unrest(longestMapUnrest);
     do {
         keys_.refresh();
     } while (!unrest.passed() && Clock::sleepFor(mapQuietness) && keyboard_.mapChanged());
-    keys_.makeReady(symbols_);
+    return keys_.makeReady(symbols_);
 }
 
-void KeyEvents::post(KeySymbol symbol) {
-    const auto stroke = keys_.find(symbol);
-    if (!stroke) return;
-    if (stroke->shift) {
-        tapShifted(stroke->code);
-    } else {
-        tap(stroke->code);
+Posted KeyEvents::post(const std::vector<KeySymbol>& symbols) {
+    const auto shift = keys_.find(XKB_KEY_Shift_L);
+    std::vector<KeyStroke> strokes;
+    for (const KeySymbol symbol : symbols) {
+        const auto stroke = keys_.find(symbol);
+        if (!stroke || (stroke->shift && !shift)) return Posted::Failed;
+        strokes.push_back(*stroke);
     }
+    for (const KeyStroke& stroke : strokes) {
+        if (stroke.shift)
+            tapShifted(stroke.code, shift->code);
+        else
+            tap(stroke.code);
+    }
+    keyboard_.flush();
+    return Posted::Yes;
 }
 
 void KeyEvents::tap(xcb_keycode_t key) {
@@ -91,12 +100,10 @@ void KeyEvents::tap(xcb_keycode_t key) {
     keyboard_.press(key, X11Keyboard::Press::Up);
 }
 
-void KeyEvents::tapShifted(xcb_keycode_t key) {
-    const auto shift = keys_.find(XKB_KEY_Shift_L);
-    if (!shift) return;
-    keyboard_.press(shift->code, X11Keyboard::Press::Down);
+void KeyEvents::tapShifted(xcb_keycode_t key, xcb_keycode_t shift) {
+    keyboard_.press(shift, X11Keyboard::Press::Down);
     tap(key);
-    keyboard_.press(shift->code, X11Keyboard::Press::Up);
+    keyboard_.press(shift, X11Keyboard::Press::Up);
 }
 
 }  // namespace parlivo::x11

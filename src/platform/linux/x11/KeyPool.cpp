@@ -1,6 +1,6 @@
 #include "platform/linux/x11/KeyPool.h"
 
-#include "platform/linux/x11/SilentKey.h"
+#include "platform/linux/x11/NoOpKey.h"
 
 #include <algorithm>
 #include <utility>
@@ -17,7 +17,7 @@ void KeyPool::reconcile(const KeyMap& map) {
         const auto code = static_cast<xcb_keycode_t>(i);
         const Pair now = pair(code);
         if (now != Pair{} && map.entry(code) == entry(now)) continue;
-        if (map.isSpare(code) && code != silentKey) {
+        if (map.isSpare(code) && code != noOpKey) {
             adopt(code, {});
         } else {
             remove(code);

@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto ownerPatience = 1000ms;
+constexpr auto ownerTimeout = 1000ms;
 
 constexpr std::array everyPlace{PasteboardPlace::Clipboard, PasteboardPlace::PrimarySelection};
 
@@ -44,7 +44,7 @@ PasteboardTexts QtPasteboard::texts() {
         }
     });
     if (!alive || others.isEmpty()) return texts;
-    if (const auto reader = x11::SelectionReader::open()) texts.insert(reader->read(others, ownerPatience));
+    if (const auto reader = x11::SelectionReader::open()) texts.insert(reader->read(others, ownerTimeout));
     return texts;
 }
 

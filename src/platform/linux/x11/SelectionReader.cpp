@@ -15,8 +15,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The end of the program is looked for this often.
-constexpr auto glance = 50ms;
+/// How often the end of the program is looked for.
+constexpr auto pollInterval = 50ms;
 
 QString fromUtf8(const QByteArray& bytes) {
     return QString::fromUtf8(bytes);
@@ -26,7 +26,7 @@ QString fromLatin1(const QByteArray& bytes) {
     return QString::fromLatin1(bytes);
 }
 
-/// A window that nobody sees, for owners to leave their answers on.
+/// An invisible window, for owners to leave their answers on.
 xcb_window_t makeWindow(xcb_connection_t* connection) {
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
     const xcb_window_t window = xcb_generate_id(connection);
@@ -42,9 +42,9 @@ SelectionReader::SelectionReader(ConnectionHandle connection, xcb_window_t windo
     : connection_(std::move(connection)),
       window_(window),
       incr_(atom("INCR")),
-      targets_({{atom("UTF8_STRING"), fromUtf8},
-                {atom("text/plain;charset=utf-8"), fromUtf8},
-                {XCB_ATOM_STRING, fromLatin1}}) {}
+      textTypes_({{atom("UTF8_STRING"), fromUtf8},
+                  {atom("text/plain;charset=utf-8"), fromUtf8},
+                  {XCB_ATOM_STRING, fromLatin1}}) {}
 
 std::unique_ptr<SelectionReader> SelectionReader::open() {
     ConnectionHandle connection(xcb_connect(nullptr, nullptr));
@@ -61,19 +61,19 @@ PasteboardTexts SelectionReader::read(const QList<PasteboardPlace>& places, std:
     const Clock::Deadline deadline(limit);
     while (std::ranges::any_of(questions, isOpen) && !deadline.passed() && !Clock::interrupted()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline.end() - Clock::now());
-        if (!waitForData(std::min<std::chrono::milliseconds>(left, glance))) break;
+        if (!waitForData(std::min<std::chrono::milliseconds>(left, pollInterval))) break;
         while (const auto event = owned(xcb_poll_for_event(connection_.get()))) handle(*event, questions);
     }
     PasteboardTexts texts;
     for (const Question& question : questions) {
         if (question.state != Question::State::Answered) continue;
-        texts.insert(question.place, targets_.at(question.target).decode(question.bytes));
+        texts.insert(question.place, question.decode(question.bytes));
     }
     return texts;
 }
 
 SelectionReader::Question SelectionReader::question(PasteboardPlace place) {
-    Question question{place, XCB_ATOM_PRIMARY, atom("PARLIVO_PRIMARY"), 0, {}};
+    Question question{place, XCB_ATOM_PRIMARY, atom("PARLIVO_PRIMARY"), 0, {}, nullptr};
     if (place == PasteboardPlace::Clipboard) {
         question.selection = atom("CLIPBOARD");
         question.property = atom("PARLIVO_CLIPBOARD");
@@ -82,7 +82,7 @@ SelectionReader::Question SelectionReader::question(PasteboardPlace place) {
 }
 
 void SelectionReader::ask(const Question& question) {
-    xcb_convert_selection(connection_.get(), window_, question.selection, targets_.at(question.target).atom,
+    xcb_convert_selection(connection_.get(), window_, question.selection, textTypes_.at(question.target).atom,
                           question.property, XCB_CURRENT_TIME);
     xcb_flush(connection_.get());
 }
@@ -120,7 +120,7 @@ void SelectionReader::handleProperty(const xcb_property_notify_event_t& event,
 }
 
 void SelectionReader::askNextTarget(Question& question) {
-    if (question.target + 1 == targets_.size()) {
+    if (question.target + 1 == textTypes_.size()) {
         question.state = Question::State::Refused;
         return;
     }
@@ -135,6 +135,8 @@ void SelectionReader::takeFirstPart(Question& question) {
     } else if (part->type == incr_) {
         // Taking the announcement away asks for the first piece.
         question.incremental = true;
+    } else if (!takeType(question, part->type)) {
+        askNextTarget(question);
     } else {
         question.bytes = {static_cast<const char*>(xcb_get_property_value(part.get())),
                           xcb_get_property_value_length(part.get())};
@@ -145,12 +147,24 @@ void SelectionReader::takeFirstPart(Question& question) {
 void SelectionReader::takePiece(Question& question) {
     const auto piece = takeProperty(question.property);
     const int length = piece ? xcb_get_property_value_length(piece.get()) : 0;
-    // An empty piece is the end.
+    // An empty piece is the end; without one before it there was no text.
     if (length == 0) {
-        question.state = Question::State::Answered;
+        question.state = question.decode ? Question::State::Answered : Question::State::Refused;
+        return;
+    }
+    if (!takeType(question, piece->type)) {
+        question.state = Question::State::Refused;
         return;
     }
     question.bytes.append(static_cast<const char*>(xcb_get_property_value(piece.get())), length);
+}
+
+/// Some owners answer every target with the one type that they have, a picture's for instance.
+bool SelectionReader::takeType(Question& question, xcb_atom_t type) const {
+    const auto known = std::ranges::find(textTypes_, type, &TextType::atom);
+    if (known == textTypes_.end()) return false;
+    question.decode = known->decode;
+    return true;
 }
 
 Reply<xcb_get_property_reply_t> SelectionReader::takeProperty(xcb_atom_t property) {

@@ -25,18 +25,20 @@ class SelectionReader {
     PasteboardTexts read(const QList<PasteboardPlace>& places, std::chrono::milliseconds limit);
 
   private:
-    /// How an owner is asked, the best way first.
-    struct Target {
+    using Decode = QString (*)(const QByteArray& bytes);
+    /// A type of plain text, which is also the target by which an owner is asked for it.
+    struct TextType {
         xcb_atom_t atom = XCB_ATOM_NONE;
-        QString (*decode)(const QByteArray& bytes) = nullptr;
+        Decode decode = nullptr;
     };
     struct Question {
         PasteboardPlace place;
         xcb_atom_t selection = XCB_ATOM_NONE;
         /// Where the owner is to leave the answer.
         xcb_atom_t property = XCB_ATOM_NONE;
-        std::size_t target = 0;
+        std::size_t target = 0;  ///< index into `textTypes_`
         QByteArray bytes;
+        Decode decode = nullptr;  ///< of the type that the owner answered with
         /// The answer comes in pieces.
         bool incremental = false;
         enum class State { Open, Answered, Refused } state = State::Open;
@@ -51,6 +53,8 @@ class SelectionReader {
     void askNextTarget(Question& question);
     void takeFirstPart(Question& question);
     void takePiece(Question& question);
+    /// False if the type is not one of plain text.
+    bool takeType(Question& question, xcb_atom_t type) const;
     Reply<xcb_get_property_reply_t> takeProperty(xcb_atom_t property);
     bool waitForData(std::chrono::milliseconds limit);
     xcb_atom_t atom(const char* name);
@@ -58,7 +62,7 @@ class SelectionReader {
     ConnectionHandle connection_;
     xcb_window_t window_;
     xcb_atom_t incr_;
-    std::vector<Target> targets_;
+    std::vector<TextType> textTypes_;  ///< the best one first
 };
 
 }  // namespace parlivo::x11

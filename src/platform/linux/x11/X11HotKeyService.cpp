@@ -27,8 +27,8 @@ struct Position {
 /// Positions as X counts them: the kernel's code (linux/input-event-codes.h) + 8, whatever the layout prints
 /// there.
 constexpr std::array positions{
-    Position{.code = 49, .key = 57 + 8},  // KEY_SPACE
-    Position{.code = 50, .key = 41 + 8},  // KEY_GRAVE
+    Position{.code = VirtualKey::space, .key = 57 + 8},  // KEY_SPACE
+    Position{.code = VirtualKey::grave, .key = 41 + 8},  // KEY_GRAVE
 };
 
 struct ModifierPair {
@@ -74,6 +74,7 @@ class X11HotKeyService::Handler : public HotKeyHandler {
     ~Handler() override {
         service_.pressed_ = nullptr;
         service_.released_ = nullptr;
+        service_.lost_ = nullptr;
     }
     Handler(const Handler&) = delete;
     Handler& operator=(const Handler&) = delete;
@@ -97,19 +98,23 @@ class X11HotKeyService::Registration : public HotKeyRegistration {
 
     const x11::KeyCombination& combination() const { return combination_; }
 
-    /// Takes the combination with other locks. Where another client has some of them, the present ones stay.
-    void regrab(const x11::LockModifiers& locks) {
-        if (!grab_) return;
+    /// Takes the combination with other locks. Where another client has some of them, the present ones stay;
+    /// the X error code is returned, else 0.
+    int regrab(const x11::LockModifiers& locks) {
+        if (!grab_) return 0;
         const auto previous = grab_->locks();
         grab_.reset();
-        if (!grab(locks)) grab(previous);
+        const int error = grab(locks);
+        if (error != 0) grab(previous);
+        return error;
     }
 
   private:
-    bool grab(const x11::LockModifiers& locks) {
+    int grab(const x11::LockModifiers& locks) {
         auto result = x11::KeyGrab::take(service_.connection_.get(), service_.root_, combination_, locks);
-        if (auto* const taken = std::get_if<x11::KeyGrab>(&result)) grab_ = std::move(*taken);
-        return grab_.has_value();
+        if (const int* const error = std::get_if<int>(&result)) return *error;
+        grab_ = std::move(std::get<x11::KeyGrab>(result));
+        return 0;
     }
 
     X11HotKeyService& service_;
@@ -127,9 +132,10 @@ X11HotKeyService::X11HotKeyService() {
 
 X11HotKeyService::~X11HotKeyService() = default;
 
-std::unique_ptr<HotKeyHandler> X11HotKeyService::installHandler(Edge pressed, Edge released) {
+std::unique_ptr<HotKeyHandler> X11HotKeyService::installHandler(Edge pressed, Edge released, Loss lost) {
     pressed_ = std::move(pressed);
     released_ = std::move(released);
+    lost_ = std::move(lost);
     return std::make_unique<Handler>(*this);
 }
 
@@ -196,6 +202,8 @@ void X11HotKeyService::watchKeyboardMap() {
 }
 
 void X11HotKeyService::handle(const xcb_generic_event_t& event) {
+    // A client of the keyboard extension hears of setxkbmap and of a plugged keyboard by its events only.
+    if (event.response_type == keyboardEvent_) return mapCheck_.start();
     // Events that another client merely sent carry a further bit and match nothing here.
     switch (event.response_type) {
         case XCB_KEY_PRESS:
@@ -257,7 +265,11 @@ void X11HotKeyService::followKeyboardMap() {
     const x11::LockModifiers locks(connection_.get());
     if (locks == locks_) return;
     locks_ = locks;
-    for (auto* const registration : registrations_) registration->regrab(locks_);
+    int error = 0;
+    for (auto* const registration : registrations_) {
+        if (const int refused = registration->regrab(locks_); refused != 0) error = refused;
+    }
+    if (const Loss lost = lost_; lost && error != 0) lost(HotKeyRefusal{error});
 }
 
 void X11HotKeyService::remove(const Registration* registration) {

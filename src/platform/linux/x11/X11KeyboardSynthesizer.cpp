@@ -2,7 +2,7 @@
 
 #include "platform/linux/x11/KeyEvents.h"
 #include "platform/linux/x11/KeySymbols.h"
-#include "platform/linux/x11/SymbolKeys.h"
+#include "platform/linux/x11/SpareKeyMap.h"
 #include "platform/linux/x11/X11Keyboard.h"
 
 #include <xkbcommon/xkbcommon.h>
@@ -23,7 +23,7 @@ struct X11KeyboardSynthesizer::Session {
         : keyboard(std::move(opened)), keys(*keyboard) {}
 
     std::unique_ptr<x11::X11Keyboard> keyboard;
-    x11::SymbolKeys keys;
+    x11::SpareKeyMap keys;
 };
 
 bool x11TypingAllowed() {

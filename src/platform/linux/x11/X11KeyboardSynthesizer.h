@@ -9,8 +9,8 @@ namespace parlivo {
 /// Whether this X server lets programs press keys (XTEST). Any thread; a few milliseconds.
 bool x11TypingAllowed();
 
-/// Key strokes through XTEST, over an X connection of its own that is made on first use. The end of the
-/// synthesizer gives back every key that the keyboard was lent.
+/// Key strokes through XTEST, over an X connection of its own that is made on first use. The
+/// destructor restores every spare key that was assigned.
 class X11KeyboardSynthesizer : public KeyboardSynthesizer {
   public:
     X11KeyboardSynthesizer();

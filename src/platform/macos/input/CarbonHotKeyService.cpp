@@ -90,7 +90,9 @@ class CarbonHotKeyService::Registration : public HotKeyRegistration {
     EventHotKeyRef reference_;
 };
 
-std::unique_ptr<HotKeyHandler> CarbonHotKeyService::installHandler(Edge pressed, Edge released) {
+std::unique_ptr<HotKeyHandler> CarbonHotKeyService::installHandler(Edge pressed, Edge released,
+                                                                   Loss /*lost*/) {
+    // Positions do not depend on the keyboard layout here, so a registered hot key is never lost.
     return std::make_unique<Handler>(*this, std::move(pressed), std::move(released));
 }
 

@@ -21,11 +21,13 @@ class QuartzKeyEventSource : public KeyEventSource {
     explicit QuartzKeyEventSource(SourceHandle source) : source_(std::move(source)) {}
 
     /// Both events are made before the first is posted, so that no other thread's work comes between them.
-    void postKey(KeyCode key, KeyFlags flags) override {
-        post(make(static_cast<CGKeyCode>(key), true, flags), make(static_cast<CGKeyCode>(key), false, flags));
+    Posted postKey(KeyCode key, KeyFlags flags) override {
+        return post(make(static_cast<CGKeyCode>(key), true, flags),
+                    make(static_cast<CGKeyCode>(key), false, flags));
     }
 
-    void postCharacter(QStringView character) override {
+    Posted postCharacter(QStringView character) override {
+        Posted posted = Posted::Skipped;
         const std::vector<UniChar> units(character.utf16(), character.utf16() + character.size());
         for (const bool down : {true, false}) {
             // Whatever modifier the user still holds must not turn the text into a shortcut.
@@ -34,7 +36,9 @@ class QuartzKeyEventSource : public KeyEventSource {
             CGEventKeyboardSetUnicodeString(event.get(), static_cast<UniCharCount>(units.size()),
                                             units.data());
             CGEventPost(kCGHIDEventTap, event.get());
+            posted = Posted::Yes;
         }
+        return posted;
     }
 
   private:
@@ -44,9 +48,10 @@ class QuartzKeyEventSource : public KeyEventSource {
         return event;
     }
 
-    static void post(const EventHandle& down, const EventHandle& up) {
+    static Posted post(const EventHandle& down, const EventHandle& up) {
         if (down) CGEventPost(kCGHIDEventTap, down.get());
         if (up) CGEventPost(kCGHIDEventTap, up.get());
+        return down || up ? Posted::Yes : Posted::Skipped;
     }
 
     SourceHandle source_;

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/KeyTruce.h"
+#include "platform/linux/x11/ModifierGuard.h"
 
 #include "support/Clock.h"
 
@@ -12,8 +12,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 1000ms;
-constexpr auto glance = 5ms;
+constexpr auto timeout = 1000ms;
+constexpr auto pollInterval = 5ms;
 
 bool anyPressed(const X11Keyboard::PressedKeys& keys) {
     return std::ranges::any_of(keys, [](std::uint8_t bits) { return bits != 0; });
@@ -33,8 +33,8 @@ void release(X11Keyboard& keyboard, const X11Keyboard::PressedKeys& keys) {
 
 }  // namespace
 
-KeyTruce::KeyTruce(X11Keyboard& keyboard) : keyboard_(keyboard) {
-    renew();
+ModifierGuard::ModifierGuard(X11Keyboard& keyboard) : keyboard_(keyboard) {
+    waitForHeldKeys();
     const auto map = keyboard_.map();
     if (!map) return;
     const auto unwanted = static_cast<Modifiers>(~map->modifiersOf(XKB_KEY_Num_Lock));
@@ -43,17 +43,18 @@ KeyTruce::KeyTruce(X11Keyboard& keyboard) : keyboard_(keyboard) {
     if (takenOff_ != 0 || state.latched != 0) keyboard_.lockModifiers(takenOff_, 0);
 }
 
-KeyTruce::~KeyTruce() {
+ModifierGuard::~ModifierGuard() {
     if (takenOff_ != 0) keyboard_.lockModifiers(takenOff_, takenOff_);
     keyboard_.sync();
 }
 
-void KeyTruce::renew() {
+void ModifierGuard::waitForHeldKeys() {
     auto held = keyboard_.pressedKeys();
     if (!anyPressed(held)) return;
-    const Clock::Deadline deadline(patience);
-    while (anyPressed(held) && !deadline.passed() && Clock::sleepFor(glance)) held = keyboard_.pressedKeys();
-    release(keyboard_, held);
+    const Clock::Deadline deadline(timeout);
+    while (anyPressed(held) && !deadline.passed() && Clock::sleepFor(pollInterval))
+        held = keyboard_.pressedKeys();
+    if (!Clock::interrupted()) release(keyboard_, held);
 }
 
 }  // namespace parlivo::x11

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/SymbolKeys.h"
+#include "platform/linux/x11/SpareKeyMap.h"
 
 #include <xkbcommon/xkbcommon.h>
 
@@ -16,11 +16,11 @@ constexpr auto settling = 50ms;
 /// How late a receiver may read its keys when others want their places.
 constexpr auto lateReading = 1000ms;
 
-/// The note on the root window: a key code and its two keysyms for each lent key.
-constexpr std::string_view noteName = "_PARLIVO_LENT_KEYS";
-constexpr std::size_t noteFields = 3;
-/// Had by the program that keeps the note, as long as it lives.
-constexpr std::string_view borrowerName = "_PARLIVO_KEY_BORROWER";
+/// The journal on the root window: a key code and its two keysyms for each assigned key.
+constexpr std::string_view journalName = "_PARLIVO_SPARE_KEYS";
+constexpr std::size_t journalFields = 3;
+/// The selection that the program owns which writes the journal.
+constexpr std::string_view ownerName = "_PARLIVO_SPARE_KEYS_OWNER";
 
 /// Whether a key that changes from `before` to `after` ceases to enter something.
 bool losesSymbol(KeyPool::Pair before, KeyPool::Pair after) {
@@ -30,25 +30,25 @@ bool losesSymbol(KeyPool::Pair before, KeyPool::Pair after) {
 
 }  // namespace
 
-SymbolKeys::SymbolKeys(X11Keyboard& keyboard)
-    : keyboard_(keyboard), onlyBorrower_(keyboard.takeName(borrowerName)) {
-    if (onlyBorrower_) takeOverLeftovers();
+SpareKeyMap::SpareKeyMap(X11Keyboard& keyboard)
+    : keyboard_(keyboard), ownsJournal_(keyboard.takeName(ownerName)) {
+    if (ownsJournal_) adoptStaleKeys();
 }
 
-SymbolKeys::~SymbolKeys() {
-    giveBack();
+SpareKeyMap::~SpareKeyMap() {
+    restoreKeys();
 }
 
-void SymbolKeys::takeOverLeftovers() {
-    const auto note = keyboard_.rootProperty(noteName);
-    for (std::size_t i = 0; i + noteFields <= note.size(); i += noteFields) {
-        const auto code = static_cast<xcb_keycode_t>(note[i]);
-        pool_.adopt(code, {note[i + 1], note[i + 2]});
+void SpareKeyMap::adoptStaleKeys() {
+    const auto journal = keyboard_.rootProperty(journalName);
+    for (std::size_t i = 0; i + journalFields <= journal.size(); i += journalFields) {
+        const auto code = static_cast<xcb_keycode_t>(journal[i]);
+        pool_.adopt(code, {journal[i + 1], journal[i + 2]});
         originals_.emplace(code, KeyEntry{});
     }
 }
 
-bool SymbolKeys::makeReady(const std::vector<KeySymbol>& symbols) {
+bool SpareKeyMap::makeReady(const std::vector<KeySymbol>& symbols) {
     if (!refresh()) return false;
     const auto before = pool_.occupied();
     const auto changed = pool_.assign(notOnLayout(symbols));
@@ -58,38 +58,38 @@ bool SymbolKeys::makeReady(const std::vector<KeySymbol>& symbols) {
     const bool displaces = std::ranges::any_of(
         before, [&after](const auto& key) { return losesSymbol(key.second, after.at(key.first)); });
     if (displaces) Clock::sleepUntil(lastTextEnd_ + Clock::scaled(lateReading));
-    lend(*changed);
+    assign(*changed);
     Clock::sleepFor(settling);
     return true;
 }
 
-void SymbolKeys::prefill(const std::vector<KeySymbol>& symbols) {
+void SpareKeyMap::prefill(const std::vector<KeySymbol>& symbols) {
     if (!refresh()) return;
     auto wanted = notOnLayout(symbols);
     if (wanted.size() > pool_.capacity()) wanted.resize(pool_.capacity());
     const auto changed = pool_.assign(wanted);
-    if (changed && !changed->empty()) lend(*changed);
+    if (changed && !changed->empty()) assign(*changed);
 }
 
-std::optional<KeyStroke> SymbolKeys::find(KeySymbol symbol) const {
+std::optional<KeyStroke> SpareKeyMap::find(KeySymbol symbol) const {
     const auto stroke = layout_.find(symbol);
     return stroke ? stroke : pool_.find(symbol);
 }
 
-bool SymbolKeys::refresh() {
+bool SpareKeyMap::refresh() {
     auto map = keyboard_.map();
     if (!map) return false;
     map_ = std::move(*map);
     pool_.reconcile(map_);
-    std::set<xcb_keycode_t> lent;
-    for (const auto& key : pool_.occupied()) lent.insert(key.first);
+    std::set<xcb_keycode_t> assigned;
+    for (const auto& key : pool_.occupied()) assigned.insert(key.first);
     const auto state = keyboard_.state();
     const auto numLock = static_cast<Modifiers>(state.locked & map_.modifiersOf(XKB_KEY_Num_Lock));
-    layout_ = LayoutMap(map_, {state.group, numLock}, lent);
+    layout_ = LayoutMap(map_, {state.group, numLock}, assigned);
     return true;
 }
 
-std::vector<KeySymbol> SymbolKeys::notOnLayout(const std::vector<KeySymbol>& symbols) const {
+std::vector<KeySymbol> SpareKeyMap::notOnLayout(const std::vector<KeySymbol>& symbols) const {
     std::vector<KeySymbol> missing;
     for (const KeySymbol symbol : symbols) {
         if (!layout_.find(symbol) && std::ranges::find(missing, symbol) == missing.end()) {
@@ -99,35 +99,35 @@ std::vector<KeySymbol> SymbolKeys::notOnLayout(const std::vector<KeySymbol>& sym
     return missing;
 }
 
-void SymbolKeys::lend(const std::set<xcb_keycode_t>& keys) {
+void SpareKeyMap::assign(const std::set<xcb_keycode_t>& keys) {
     const auto pairs = pool_.occupied();
     for (const xcb_keycode_t key : keys) {
         originals_.emplace(key, map_.entry(key));
         map_.setEntry(key, KeyPool::entry(pairs.at(key)));
     }
-    // In one parcel, so that being killed does not come in between.
-    writeNote();
+    // Sent together, so that a kill cannot come in between.
+    writeJournal();
     keyboard_.setMap(map_, *keys.begin(), *keys.rbegin());
     // Reading it back tells our own change from those of others.
     refresh();
 }
 
-void SymbolKeys::giveBack() {
+void SpareKeyMap::restoreKeys() {
     if (!refresh()) return;
     const auto pairs = pool_.occupied();
     for (const auto& pair : pairs) map_.setEntry(pair.first, originals_[pair.first]);
     if (!pairs.empty()) keyboard_.setMap(map_, pairs.begin()->first, pairs.rbegin()->first);
-    if (onlyBorrower_) keyboard_.deleteRootProperty(noteName);
+    if (ownsJournal_) keyboard_.deleteRootProperty(journalName);
     keyboard_.sync();
 }
 
-void SymbolKeys::writeNote() {
-    if (!onlyBorrower_) return;
-    std::vector<std::uint32_t> note;
+void SpareKeyMap::writeJournal() {
+    if (!ownsJournal_) return;
+    std::vector<std::uint32_t> journal;
     for (const auto& [key, pair] : pool_.occupied()) {
-        note.insert(note.end(), {key, pair.plain, pair.shifted});
+        journal.insert(journal.end(), {key, pair.plain, pair.shifted});
     }
-    keyboard_.setRootProperty(noteName, note);
+    keyboard_.setRootProperty(journalName, journal);
 }
 
 }  // namespace parlivo::x11
