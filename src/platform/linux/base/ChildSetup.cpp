@@ -11,7 +11,7 @@ std::function<void()> linuxChildSetup() {
     return [parent = getpid()] {
         setsid();
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        // The parent may have died before the request: then nobody would ever send the signal.
+        // The parent may have died before the request: then the signal would never be sent.
         if (getppid() != parent) _exit(1);
     };
 }

@@ -4,7 +4,7 @@
 
 namespace parlivo {
 
-/// What a child of this process does between fork and exec: leaves our terminal and asks the kernel to be
+/// What a child of this process does between fork and exec: leaves the terminal and asks the kernel to be
 /// killed when the thread that started it ends (prctl(2), PR_SET_PDEATHSIG), so that it dies with the program
 /// however that ends.
 std::function<void()> linuxChildSetup();

@@ -47,8 +47,12 @@ QString XdgDirectories::temporary() const {
     return QDir::tempPath();
 }
 
+QString XdgDirectories::configurationHome() {
+    return baseFolder("XDG_CONFIG_HOME", QStringLiteral("/.config"));
+}
+
 QString XdgDirectories::configuration() {
-    return baseFolder("XDG_CONFIG_HOME", QStringLiteral("/.config")) + QStringLiteral("/Parlivo");
+    return configurationHome() + QStringLiteral("/Parlivo");
 }
 
 QString XdgDirectories::runtime() {

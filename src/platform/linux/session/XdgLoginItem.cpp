@@ -1,5 +1,6 @@
 #include "platform/linux/session/XdgLoginItem.h"
 
+#include "platform/linux/base/XdgDirectories.h"
 #include "support/Error.h"
 
 #include <QDir>
@@ -7,7 +8,6 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QSaveFile>
-#include <QStandardPaths>
 
 #include <utility>
 
@@ -16,8 +16,7 @@ namespace parlivo {
 namespace {
 
 QString entryPath() {
-    return QStandardPaths::writableLocation(QStandardPaths::ConfigLocation) +
-           QStringLiteral("/autostart/it.parlivo.Parlivo.desktop");
+    return XdgDirectories::configurationHome() + QStringLiteral("/autostart/it.parlivo.Parlivo.desktop");
 }
 
 /// A string as a desktop entry has it, where a line is a key: no line of its own can come out of one.

@@ -13,7 +13,7 @@ class XdgLoginItem : public LoginItem {
     /// `program` is the absolute path of what the entry starts.
     explicit XdgLoginItem(QString program);
 
-    /// Whether the entry is there, not hidden, and starts this program and no other copy of it.
+    /// Whether the entry is there, not hidden, and starts this copy of the program.
     bool isEnabled() override;
     void setEnabled(bool enabled) override;
 

@@ -2,6 +2,7 @@
 
 #include "platform/linux/x11/NoOpKey.h"
 #include "platform/linux/x11/XcbHandles.h"
+#include "platform/linux/x11/XcbQueries.h"
 #include "support/MainQueue.h"
 
 #include <sys/socket.h>
@@ -18,19 +19,11 @@ constexpr std::uint16_t menuModifiers = XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
 /// The highest bit tells that a client sent the event.
 constexpr std::uint8_t echoType = XCB_CLIENT_MESSAGE | 0x80;
 
-xcb_window_t makeWindow(xcb_connection_t* connection) {
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const xcb_window_t window = xcb_generate_id(connection);
-    xcb_create_window(connection, 0, window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                      XCB_COPY_FROM_PARENT, 0, nullptr);
-    return window;
-}
-
 }  // namespace
 
-HotKeyEvents::HotKeyEvents(xcb_connection_t* connection, Handlers handlers)
+HotKeyEvents::HotKeyEvents(xcb_connection_t* connection, xcb_window_t root, Handlers handlers)
     : connection_(connection),
-      window_(makeWindow(connection)),
+      window_(makeInvisibleWindow(connection, root)),
       handlers_(std::move(handlers)),
       thread_([this] { read(); }) {}
 

@@ -14,10 +14,10 @@ namespace parlivo::x11 {
 /// Reads what the display tells of the grabbed keys, in a thread of its own, and passes it on to the main
 /// thread.
 ///
-/// The focused window sees the modifiers go down, but not the key. Many applications take Alt or Super that
-/// is pressed and released alone for the wish to see a menu, and what is typed next would go there. So when
-/// the key comes up before the modifier, they are shown another key, which means nothing. That cannot wait
-/// for the main thread: it may be opening or closing the microphone, and fingers are faster.
+/// The focused window sees the modifiers go down, but not the key. Many applications open a menu when Alt or
+/// Super is pressed and released alone, and what is typed next would go there. So when the key comes up
+/// before the modifier, they are shown another key, which has no meaning (NoOpKey.h). That cannot wait for
+/// the main thread, which may be opening or closing the microphone.
 class HotKeyEvents {
   public:
     struct Handlers {
@@ -26,9 +26,9 @@ class HotKeyEvents {
         std::function<void()> end;  ///< the connection is broken
     };
 
-    /// The handlers run on the main thread. Nobody else may take events from `connection`, which must outlive
-    /// this.
-    HotKeyEvents(xcb_connection_t* connection, Handlers handlers);
+    /// The handlers run on the main thread. No other code may take events from `connection`, which must
+    /// outlive this.
+    HotKeyEvents(xcb_connection_t* connection, xcb_window_t root, Handlers handlers);
     /// Ends the conversation with the display; the connection is broken afterwards.
     ~HotKeyEvents();
     HotKeyEvents(const HotKeyEvents&) = delete;
@@ -43,7 +43,7 @@ class HotKeyEvents {
     void keepMenusShut(const xcb_generic_event_t& event);
 
     xcb_connection_t* connection_;
-    const xcb_window_t window_;  ///< unseen, the address of echoes
+    const xcb_window_t window_;  ///< invisible, the address of echoes
     const Handlers handlers_;
     const Lifetime lifetime_;
     std::thread thread_;

@@ -14,7 +14,7 @@ namespace parlivo::x11 {
 /// The keys of one text or one shortcut.
 class KeyEvents : public KeyEventSource {
   public:
-    /// Null when the keyboard cannot be given all of `symbols` at once.
+    /// Null if the keyboard cannot be given all of `symbols` at once.
     static std::unique_ptr<KeyEventSource> make(X11Keyboard& keyboard, SpareKeyMap& keys,
                                                 std::vector<KeySymbol> symbols);
 

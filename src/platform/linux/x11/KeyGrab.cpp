@@ -26,7 +26,7 @@ KeyGrab::KeyGrab(KeyGrab&& other) noexcept
 
 KeyGrab& KeyGrab::operator=(KeyGrab&& other) noexcept {
     if (this == &other) return *this;
-    letGo();
+    release();
     connection_ = std::exchange(other.connection_, nullptr);
     root_ = other.root_;
     combination_ = other.combination_;
@@ -35,7 +35,7 @@ KeyGrab& KeyGrab::operator=(KeyGrab&& other) noexcept {
 }
 
 KeyGrab::~KeyGrab() {
-    letGo();
+    release();
 }
 
 int KeyGrab::grabAll() const {
@@ -54,7 +54,7 @@ int KeyGrab::grabAll() const {
     return firstError;
 }
 
-void KeyGrab::letGo() {
+void KeyGrab::release() {
     if (connection_ == nullptr) return;
     // Ungrabbing what another client holds does nothing, so a half-refused set needs no book-keeping.
     for (const std::uint16_t locks : locks_.combinations()) {

@@ -15,11 +15,11 @@ struct KeyCombination {
     std::uint16_t modifiers = 0;  ///< core modifier mask, without locks
 };
 
-/// A key combination taken from all other clients, whatever locks are on. Gives it back when destroyed. The
+/// A key combination taken from all other clients, whatever locks are on. Released by the destructor. The
 /// connection must outlive it.
 class KeyGrab {
   public:
-    /// Takes the combination, or tells the X error code of the first lock combination that was refused (10,
+    /// Takes the combination, or returns the X error code of the first lock combination that was refused (10,
     /// BadAccess, when another client has it); then none is taken. Blocks for one round trip.
     static std::variant<KeyGrab, int> take(xcb_connection_t* connection, xcb_window_t root,
                                            KeyCombination combination, const LockModifiers& locks);
@@ -37,7 +37,7 @@ class KeyGrab {
             const LockModifiers& locks);
     /// The X error code, or 0.
     int grabAll() const;
-    void letGo();
+    void release();
 
     xcb_connection_t* connection_;
     xcb_window_t root_;

@@ -46,7 +46,7 @@ class KeyMap {
     KeyMap(xcb_keycode_t first, std::vector<KeyEntry> keys, std::vector<KeyType> types,
            std::vector<Modifiers> modifiers);
 
-    /// Nothing when the server does not answer.
+    /// nullopt if the server does not answer.
     static std::optional<KeyMap> read(xcb_connection_t* connection);
 
     /// Gives the keyboard the entries of this map for the keys from `from` to `to`. One request, and one

@@ -11,8 +11,8 @@
 
 namespace parlivo::x11 {
 
-/// Which characters sit on the keyboard's spare keys, two on each. Plans only: the keyboard itself is changed
-/// by whoever uses it.
+/// Which characters sit on the keyboard's spare keys, two on each. Only plans: the caller
+/// changes the keyboard itself.
 class KeyPool {
   public:
     /// What a key of the pool carries; 0 where there is room.
@@ -23,7 +23,7 @@ class KeyPool {
         bool operator==(const Pair&) const = default;
     };
 
-    /// Takes over a key that an earlier run left behind.
+    /// Adopts a key that an earlier run left assigned.
     void adopt(xcb_keycode_t code, Pair pair);
 
     /// Follows the keyboard: keys that are still as the pool made them stay, those that are spare join, all
@@ -31,7 +31,7 @@ class KeyPool {
     void reconcile(const KeyMap& map);
 
     /// Finds room for all of `symbols` at once, giving up those used least recently. Returns the keys that
-    /// changed, or nothing, with nothing changed, when there are more of them than the pool holds. Of the
+    /// changed, or nullopt, with nothing changed, if there are more of them than the pool holds. Of the
     /// symbols of one call the first counts as used last.
     std::optional<std::set<xcb_keycode_t>> assign(const std::vector<KeySymbol>& symbols);
 

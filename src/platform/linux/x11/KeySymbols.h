@@ -12,8 +12,8 @@ namespace parlivo::x11 {
 
 using KeySymbol = xcb_keysym_t;
 
-/// The keysym that enters a code point. Nothing for control characters, which would be commands to the
-/// receiver, and for what is no character.
+/// The keysym that enters a code point. nullopt for control characters, which would be commands to the
+/// receiver, and for code points that are no characters.
 std::optional<KeySymbol> keySymbol(char32_t codePoint);
 
 /// The keysym by which every key that enters the same character is known: layouts name many characters in two

@@ -32,8 +32,8 @@ void markAsSecret(QMimeData& data) {
 PasteboardTexts QtPasteboard::texts() {
     PasteboardTexts texts;
     QList<PasteboardPlace> others;
-    // Qt is asked for no more than what we put there: it takes note of a new owner late, and to look into
-    // what that one has is to wait for it.
+    // Qt is asked only for what this program put there: it notices a new owner late, and would wait for that
+    // one's contents on the main thread.
     const bool alive = MainQueue::sync([&] {
         for (const PasteboardPlace place : everyPlace) {
             if (isOurs(place)) {

@@ -1,11 +1,11 @@
 #include "platform/linux/x11/SelectionReader.h"
 
+#include "platform/linux/x11/XcbQueries.h"
 #include "support/Clock.h"
 
 #include <poll.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -26,30 +26,22 @@ QString fromLatin1(const QByteArray& bytes) {
     return QString::fromLatin1(bytes);
 }
 
-/// An invisible window, for owners to leave their answers on.
-xcb_window_t makeWindow(xcb_connection_t* connection) {
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const xcb_window_t window = xcb_generate_id(connection);
-    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection, 0, window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                      XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
-    return window;
-}
-
 }  // namespace
 
 SelectionReader::SelectionReader(ConnectionHandle connection, xcb_window_t window)
     : connection_(std::move(connection)),
       window_(window),
-      incr_(atom("INCR")),
-      textTypes_({{atom("UTF8_STRING"), fromUtf8},
-                  {atom("text/plain;charset=utf-8"), fromUtf8},
+      incr_(internAtom(connection_.get(), "INCR")),
+      textTypes_({{internAtom(connection_.get(), "UTF8_STRING"), fromUtf8},
+                  {internAtom(connection_.get(), "text/plain;charset=utf-8"), fromUtf8},
                   {XCB_ATOM_STRING, fromLatin1}}) {}
 
 std::unique_ptr<SelectionReader> SelectionReader::open() {
-    ConnectionHandle connection(xcb_connect(nullptr, nullptr));
+    int screen = 0;
+    ConnectionHandle connection(xcb_connect(nullptr, &screen));
     if (xcb_connection_has_error(connection.get())) return nullptr;
-    const xcb_window_t window = makeWindow(connection.get());
+    const xcb_window_t window = makeInvisibleWindow(
+        connection.get(), screenOf(connection.get(), screen)->root, XCB_EVENT_MASK_PROPERTY_CHANGE);
     return std::unique_ptr<SelectionReader>(new SelectionReader(std::move(connection), window));
 }
 
@@ -73,10 +65,11 @@ PasteboardTexts SelectionReader::read(const QList<PasteboardPlace>& places, std:
 }
 
 SelectionReader::Question SelectionReader::question(PasteboardPlace place) {
-    Question question{place, XCB_ATOM_PRIMARY, atom("PARLIVO_PRIMARY"), 0, {}, nullptr};
+    Question question{place, XCB_ATOM_PRIMARY, internAtom(connection_.get(), "PARLIVO_PRIMARY"), 0,
+                      {},    nullptr};
     if (place == PasteboardPlace::Clipboard) {
-        question.selection = atom("CLIPBOARD");
-        question.property = atom("PARLIVO_CLIPBOARD");
+        question.selection = internAtom(connection_.get(), "CLIPBOARD");
+        question.property = internAtom(connection_.get(), "PARLIVO_CLIPBOARD");
     }
     return question;
 }
@@ -178,13 +171,6 @@ bool SelectionReader::waitForData(std::chrono::milliseconds limit) {
     pollfd descriptor{xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
     poll(&descriptor, 1, static_cast<int>(limit.count()));
     return xcb_connection_has_error(connection_.get()) == 0;
-}
-
-xcb_atom_t SelectionReader::atom(const char* name) {
-    const auto length = static_cast<std::uint16_t>(std::strlen(name));
-    const auto cookie = xcb_intern_atom(connection_.get(), 0, length, name);
-    const auto reply = owned(xcb_intern_atom_reply(connection_.get(), cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 }  // namespace parlivo::x11

@@ -14,10 +14,10 @@
 namespace parlivo::x11 {
 
 /// Asks the owners of the selections for their plain text, over an X connection of its own and in the calling
-/// thread: an owner that stalls keeps nobody but the caller waiting. Protocol: ICCCM 2.0, section 2.
+/// thread: an owner that stalls blocks the caller only. Protocol: ICCCM 2.0, section 2.
 class SelectionReader {
   public:
-    /// Null when there is no display.
+    /// Null if there is no display.
     static std::unique_ptr<SelectionReader> open();
 
     /// The texts of these places, all asked at once. A place whose owner has no text, or has not given all of
@@ -57,7 +57,6 @@ class SelectionReader {
     bool takeType(Question& question, xcb_atom_t type) const;
     Reply<xcb_get_property_reply_t> takeProperty(xcb_atom_t property);
     bool waitForData(std::chrono::milliseconds limit);
-    xcb_atom_t atom(const char* name);
 
     ConnectionHandle connection_;
     xcb_window_t window_;

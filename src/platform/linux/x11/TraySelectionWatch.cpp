@@ -1,20 +1,15 @@
 #include "platform/linux/x11/TraySelectionWatch.h"
 
+#include "platform/linux/x11/XcbQueries.h"
+
 #include <xcb/xfixes.h>
 
-#include <cstring>
 #include <string>
 #include <utility>
 
 namespace parlivo {
 
 namespace {
-
-xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
-    auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; number > 0 && screens.rem > 1; --number) xcb_screen_next(&screens);
-    return screens.data;
-}
 
 /// From the relative luminance (ITU-R BT.709) of a colour with 16-bit channels.
 StatusItemPlace::Foreground foregroundOf(const std::uint32_t* channels) {
@@ -45,20 +40,13 @@ bool TraySelectionWatch::connect() {
         x11::owned(xcb_xfixes_query_version_reply(server, xcb_xfixes_query_version(server, 2, 0), nullptr));
     if (!xfixes || !version) return false;
     selectionNotify_ = static_cast<std::uint8_t>(xfixes->first_event + XCB_XFIXES_SELECTION_NOTIFY);
-    selection_ = atom(("_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber)).c_str());
-    colours_ = atom("_NET_SYSTEM_TRAY_COLORS");
-    xcb_xfixes_select_selection_input(server, screenOf(server, screenNumber)->root, selection_,
+    selection_ = x11::internAtom(server, "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber));
+    colours_ = x11::internAtom(server, "_NET_SYSTEM_TRAY_COLORS");
+    xcb_xfixes_select_selection_input(server, x11::screenOf(server, screenNumber)->root, selection_,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     return true;
-}
-
-xcb_atom_t TraySelectionWatch::atom(const char* name) const {
-    const auto cookie =
-        xcb_intern_atom(connection_.get(), 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const auto reply = x11::owned(xcb_intern_atom_reply(connection_.get(), cookie, nullptr));
-    return reply ? reply->atom : XCB_NONE;
 }
 
 void TraySelectionWatch::readEvents() {

@@ -25,7 +25,6 @@ class TraySelectionWatch : public TrayWatch {
 
   private:
     bool connect();
-    xcb_atom_t atom(const char* name) const;
     void readEvents();
     void handle(const xcb_generic_event_t& event);
     void setTray(xcb_window_t tray);

@@ -12,7 +12,7 @@ int whole(std::uint32_t value) {
     return static_cast<int>(value);
 }
 
-/// Takes the part of `frame` that `dock` covers at one side off it; nothing when the dock lies elsewhere.
+/// Takes the part of `frame` that `dock` covers at one side off it; no change if the dock lies elsewhere.
 void takeLeft(QRect& frame, const QRect& dock) {
     if (dock.intersects(frame)) frame.setLeft(dock.right() + 1);
 }

@@ -1,5 +1,6 @@
 #include "platform/linux/x11/X11HotKeyService.h"
 
+#include "platform/linux/x11/XcbQueries.h"
 #include "platform/linux/x11/XcbXkb.h"
 
 #include <algorithm>
@@ -54,12 +55,6 @@ std::optional<x11::KeyCombination> combinationOf(KeyCode code, HotKeyModifiers m
 
 /// The modifiers among an event's state, which also tells mouse buttons and the layout's group.
 constexpr std::uint16_t allModifiers = 0xff;
-
-xcb_window_t rootOf(xcb_connection_t* connection, int screenNumber) {
-    auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; screens.rem > 1 && screenNumber > 0; --screenNumber) xcb_screen_next(&screens);
-    return screens.data->root;
-}
 
 bool isDown(xcb_connection_t* connection, xcb_keycode_t key) {
     const auto map = owned(xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr));
@@ -153,7 +148,7 @@ HotKeyService::Result X11HotKeyService::registerHotKey(KeyCode key, HotKeyModifi
 }
 
 int X11HotKeyService::ensureConnection() {
-    // A broken connection is kept while grabs refer to it; nothing sent to it does harm.
+    // A broken connection is kept while grabs refer to it; what is sent to it is lost.
     const bool broken = connection_ && xcb_connection_has_error(connection_.get()) != 0;
     if (broken && registrations_.empty()) {
         events_.reset();
@@ -165,35 +160,32 @@ int X11HotKeyService::ensureConnection() {
     x11::ConnectionHandle connection(xcb_connect(nullptr, &screenNumber));
     if (const int error = xcb_connection_has_error(connection.get()); error != 0) return error;
     connection_ = std::move(connection);
-    if (!startKeyboardExtension()) {
+    if (!startKeyboard()) {
         connection_.reset();
         return XCB_CONN_CLOSED_EXT_NOTSUPPORTED;
     }
-    root_ = rootOf(connection_.get(), screenNumber);
+    root_ = x11::screenOf(connection_.get(), screenNumber)->root;
     watchKeyboardMap();
     locks_ = x11::LockModifiers(connection_.get());
-    events_.emplace(connection_.get(),
+    events_.emplace(connection_.get(), root_,
                     x11::HotKeyEvents::Handlers{.event = [this](const auto& event) { handle(event); },
                                                 .echo = [this](std::uint32_t hold) { endLostHold(hold); },
                                                 .end = [this] { endHold(); }});
     return 0;
 }
 
-bool X11HotKeyService::startKeyboardExtension() {
-    auto* const c = connection_.get();
-    const auto* const extension = xcb_get_extension_data(c, &xcb_xkb_id);
-    if (extension == nullptr || extension->present == 0) return false;
-    const auto use = xcb_xkb_use_extension(c, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION);
-    const auto used = owned(xcb_xkb_use_extension_reply(c, use, nullptr));
-    if (!used || used->supported == 0) return false;
+bool X11HotKeyService::startKeyboard() {
+    const auto events = x11::startKeyboardExtension(connection_.get());
+    if (!events) return false;
+    keyboardEvent_ = *events;
     constexpr std::uint32_t flag = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    auto* const c = connection_.get();
     const auto set = xcb_xkb_per_client_flags(c, XCB_XKB_ID_USE_CORE_KBD, flag, flag, 0, 0, 0);
     const auto flags = owned(xcb_xkb_per_client_flags_reply(c, set, nullptr));
     return flags && (flags->value & flag) != 0;
 }
 
 void X11HotKeyService::watchKeyboardMap() {
-    keyboardEvent_ = xcb_get_extension_data(connection_.get(), &xcb_xkb_id)->first_event;
     // Not the keysyms: typing changes those of spare keys all the time.
     constexpr std::uint16_t parts = XCB_XKB_MAP_PART_MODIFIER_MAP;
     constexpr std::uint16_t newKeyboard = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY;

@@ -23,14 +23,14 @@ namespace parlivo {
 /// From the press on, the server keeps the whole keyboard grabbed for us until the key comes up. The grab is
 /// deliberately not given up earlier. Measured on the server: auto-repeat cannot be stopped once the key is
 /// down (switching the repeat off lets a repeat that is due go on). Without the grab each repeat would
-/// activate it anew and take the focus from the focused window and give it back, some 25 times a second; and
-/// once the user has let go of the modifiers, which is commonly a moment before the key, the repeats would no
+/// activate it anew and take the focus from the focused window and return it, some 25 times a second; and
+/// once the user has released the modifiers, which is commonly a moment before the key, the repeats would no
 /// longer match and fall into the focused window as typed spaces. The price: what XTEST sends meanwhile
-/// reaches us, not the focused window. So typing starts only when the user has let go of the keyboard; and if
-/// he does not, releasing the held keys in his place ends the grab, too.
+/// reaches us, not the focused window. So typing starts only when the user has released all keys; and if
+/// that does not happen, releasing the held keys in the user's place ends the grab, too.
 ///
-/// A refusal's status is the X error code (10, BadAccess, when another client has the combination), or the
-/// XCB_CONN_ number when the display cannot be reached or lacks the keyboard extension.
+/// The status of a refusal is the X error code (10, BadAccess, when another client has the combination), or
+/// the XCB_CONN_ number when the display cannot be reached or lacks the keyboard extension.
 class X11HotKeyService : public HotKeyService {
   public:
     X11HotKeyService();
@@ -54,14 +54,15 @@ class X11HotKeyService : public HotKeyService {
 
     /// The XCB_CONN_ number, or 0.
     int ensureConnection();
-    bool startKeyboardExtension();
+    /// Makes holding a key give repeated presses and one release. False if the server lacks the extension.
+    bool startKeyboard();
     void watchKeyboardMap();
     void handle(const xcb_generic_event_t& event);
     void keyPressed(const xcb_key_press_event_t& event);
     void keyReleased(const xcb_key_release_event_t& event);
     void deliverRelease();
     void endHold();
-    /// Notices a release that nobody was told of, as when the keyboard goes away while the key is down.
+    /// Notices a release that was not reported, as when the keyboard goes away while the key is down.
     void checkHold();
     void endLostHold(std::uint32_t number);
     void followKeyboardMap();

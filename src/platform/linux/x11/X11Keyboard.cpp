@@ -1,5 +1,6 @@
 #include "platform/linux/x11/X11Keyboard.h"
 
+#include "platform/linux/x11/XcbQueries.h"
 #include "platform/linux/x11/XcbXkb.h"
 
 #include <xcb/xtest.h>
@@ -13,25 +14,11 @@ namespace {
 
 constexpr xcb_xkb_device_spec_t coreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
 
-xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
-    auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; screen.rem > 1 && number > 0; --number) xcb_screen_next(&screen);
-    return screen.data;
-}
-
 bool hasTestExtension(xcb_connection_t* connection) {
     const auto* extension = xcb_get_extension_data(connection, &xcb_test_id);
     if (!extension || !extension->present) return false;
     const auto cookie = xcb_test_get_version(connection, XCB_TEST_MAJOR_VERSION, XCB_TEST_MINOR_VERSION);
     return owned(xcb_test_get_version_reply(connection, cookie, nullptr)) != nullptr;
-}
-
-bool startKeyboardExtension(xcb_connection_t* connection) {
-    const auto* extension = xcb_get_extension_data(connection, &xcb_xkb_id);
-    if (!extension || !extension->present) return false;
-    const auto cookie = xcb_xkb_use_extension(connection, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION);
-    const auto reply = owned(xcb_xkb_use_extension_reply(connection, cookie, nullptr));
-    return reply && reply->supported;
 }
 
 }  // namespace
@@ -56,8 +43,9 @@ std::unique_ptr<X11Keyboard> X11Keyboard::open() {
 bool X11Keyboard::start() {
     xcb_prefetch_extension_data(connection_.get(), &xcb_test_id);
     xcb_prefetch_extension_data(connection_.get(), &xcb_xkb_id);
-    if (!hasTestExtension(connection_.get()) || !startKeyboardExtension(connection_.get())) return false;
-    keyboardEvents_ = xcb_get_extension_data(connection_.get(), &xcb_xkb_id)->first_event;
+    const auto events = startKeyboardExtension(connection_.get());
+    if (!events || !hasTestExtension(connection_.get())) return false;
+    keyboardEvents_ = *events;
     watchMap();
     return true;
 }
@@ -135,10 +123,7 @@ void X11Keyboard::sync() {
 xcb_atom_t X11Keyboard::atom(std::string_view name) {
     const auto known = atoms_.find(name);
     if (known != atoms_.end()) return known->second;
-    const auto length = static_cast<std::uint16_t>(name.size());
-    const auto cookie = xcb_intern_atom(connection_.get(), 0, length, name.data());
-    const auto reply = owned(xcb_intern_atom_reply(connection_.get(), cookie, nullptr));
-    const xcb_atom_t atom = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    const xcb_atom_t atom = internAtom(connection_.get(), name);
     atoms_.emplace(name, atom);
     return atom;
 }
@@ -167,9 +152,7 @@ bool X11Keyboard::takeName(std::string_view name) {
     const auto cookie = xcb_get_selection_owner(connection_.get(), selection);
     const auto reply = owned(xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
     if (!reply || reply->owner != XCB_WINDOW_NONE) return false;
-    const xcb_window_t window = xcb_generate_id(connection_.get());
-    xcb_create_window(connection_.get(), 0, window, root_, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                      XCB_COPY_FROM_PARENT, 0, nullptr);
+    const xcb_window_t window = makeInvisibleWindow(connection_.get(), root_);
     xcb_set_selection_owner(connection_.get(), window, selection, XCB_CURRENT_TIME);
     return true;
 }

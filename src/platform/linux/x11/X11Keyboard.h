@@ -19,7 +19,7 @@ namespace parlivo::x11 {
 /// pressed. One thread at a time.
 ///
 /// Requests are sent off by `flush`; questions to the server send off what waits and take one round trip. A
-/// broken connection answers nothing and swallows everything.
+/// broken connection answers with empty values and ignores requests.
 class X11Keyboard {
   public:
     struct State {
@@ -34,7 +34,7 @@ class X11Keyboard {
     /// Bit n%8 of byte n/8: whether key code n is down.
     using PressedKeys = std::array<std::uint8_t, 32>;
 
-    /// Connects to the display of the environment. Null when there is none or it lacks XTEST or XKB.
+    /// Connects to the display of the environment. Null if there is none or it lacks XTEST or XKB.
     static std::unique_ptr<X11Keyboard> open();
 
     ~X11Keyboard();
@@ -60,14 +60,14 @@ class X11Keyboard {
     /// Returns when the server has done all that was asked so far.
     void sync();
 
-    /// A list of numbers kept on the root window, which outlives this program. Empty when there is none.
+    /// A list of numbers kept on the root window, which outlives this program. Empty if there is none.
     std::vector<std::uint32_t> rootProperty(std::string_view name);
     /// Sent off together with the next request.
     void setRootProperty(std::string_view name, const std::vector<std::uint32_t>& values);
     void deleteRootProperty(std::string_view name);
 
-    /// Takes a name that one client of the display at a time can have; false when a living one has it. Ends
-    /// with the connection.
+    /// Takes the ownership of a selection of this name, which one client of the display at a time can have;
+    /// false if another client has it. Ends with the connection.
     bool takeName(std::string_view name);
 
   private:

@@ -24,7 +24,7 @@ class X11KeyboardSynthesizer : public KeyboardSynthesizer {
 
   private:
     struct Session;
-    /// Null when there is no way to type; tried anew each time, for a server may come back.
+    /// Null if there is no way to type; tried anew each time, because a server may come back.
     Session* session();
 
     std::unique_ptr<Session> session_;

@@ -2,6 +2,7 @@
 
 #include "platform/linux/x11/VisibleFrame.h"
 #include "platform/linux/x11/XcbHandles.h"
+#include "platform/linux/x11/XcbQueries.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -26,20 +27,10 @@ int defaultScreen() {
     return screen;
 }
 
-/// The first screen if there is none of that number.
-const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
-    auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    const xcb_screen_t* screen = screens.data;
-    for (; screens.rem > 0; xcb_screen_next(&screens), --number) {
-        if (number == 0) screen = screens.data;
-    }
-    return screen;
-}
-
 /// The toolkit's X connection with the names that the window managers' hints go by.
 class Display {
   public:
-    /// Nothing when the toolkit does not run on X.
+    /// nullopt if the toolkit does not run on X.
     static std::optional<Display> current() {
         const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
         if (!x11 || xcb_connection_has_error(x11->connection()) != 0) return {};
@@ -51,12 +42,7 @@ class Display {
     int screenNumber() const { return screenNumber_; }
     QSize size() const { return {screen_->width_in_pixels, screen_->height_in_pixels}; }
 
-    xcb_atom_t atom(const std::string& name) const {
-        const auto cookie =
-            xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-        const auto reply = x11::owned(xcb_intern_atom_reply(connection_, cookie, nullptr));
-        return reply ? reply->atom : XCB_NONE;
-    }
+    xcb_atom_t atom(const std::string& name) const { return x11::internAtom(connection_, name); }
 
     xcb_get_property_cookie_t askProperty(xcb_window_t window, xcb_atom_t property, xcb_atom_t type) const {
         constexpr std::uint32_t longEnough = 4096;
@@ -78,7 +64,7 @@ class Display {
     explicit Display(xcb_connection_t* connection)
         : connection_(connection),
           screenNumber_(defaultScreen()),
-          screen_(screenOf(connection, screenNumber_)) {}
+          screen_(x11::screenOf(connection, screenNumber_)) {}
 
     xcb_connection_t* connection_;
     int screenNumber_;
