@@ -1,5 +1,6 @@
 #include "engines/LlamaRunner.h"
 
+#include "engines/EngineAddress.h"
 #include "engines/EngineReplies.h"
 #include "engines/JsonExchange.h"
 #include "engines/LocalServer.h"
@@ -23,7 +24,7 @@ constexpr seconds requestTimeout{90};
 constexpr seconds replyLimit{95};
 
 LocalServer& server() {
-    static LocalServer instance({QUrl(QStringLiteral("http://127.0.0.1:8766/health")),
+    static LocalServer instance({EngineAddress::url(EngineAddress::llamaPort, QStringLiteral("/health")),
                                  LocalServer::Accepts::OnlyStatus200, std::chrono::milliseconds(400)});
     return instance;
 }
@@ -31,7 +32,8 @@ LocalServer& server() {
 ChildProcess::Program program(const QString& model) {
     return {Config::llamaServerBinary(),
             {QStringLiteral("-m"), model, QStringLiteral("--host"), QStringLiteral("127.0.0.1"),
-             QStringLiteral("--port"), QStringLiteral("8766"), QStringLiteral("-c"), QStringLiteral("4096")}};
+             QStringLiteral("--port"), QString::number(EngineAddress::llamaPort), QStringLiteral("-c"),
+             QStringLiteral("4096")}};
 }
 
 /// The chat completion interface that llama-server shares with OpenAI's.
@@ -41,8 +43,8 @@ HttpRequest chat(const QString& prompt) {
     const QJsonObject body{{QStringLiteral("messages"), QJsonArray{message}},
                            {QStringLiteral("temperature"), 0.1},
                            {QStringLiteral("stream"), false}};
-    HttpRequest request =
-        JsonExchange::post(QUrl(QStringLiteral("http://127.0.0.1:8766/v1/chat/completions")), body);
+    HttpRequest request = JsonExchange::post(
+        EngineAddress::url(EngineAddress::llamaPort, QStringLiteral("/v1/chat/completions")), body);
     request.timeout = requestTimeout;
     request.limit = replyLimit;
     return request;

@@ -1,5 +1,6 @@
 #include "engines/Transcriber.h"
 
+#include "engines/EngineAddress.h"
 #include "engines/EngineReplies.h"
 #include "engines/LocalServer.h"
 #include "models/ModelCatalog.h"
@@ -32,7 +33,7 @@ constexpr seconds requestTimeout{120};
 constexpr seconds replyLimit{125};
 
 LocalServer& server() {
-    static LocalServer instance({QUrl(QStringLiteral("http://127.0.0.1:8765/")),
+    static LocalServer instance({EngineAddress::url(EngineAddress::whisperPort, QStringLiteral("/")),
                                  LocalServer::Accepts::AnyStatus, std::chrono::milliseconds(300)});
     return instance;
 }
@@ -40,7 +41,8 @@ LocalServer& server() {
 ChildProcess::Program program(const QString& model) {
     return {Config::whisperServer(),
             {QStringLiteral("-m"), model, QStringLiteral("--host"), QStringLiteral("127.0.0.1"),
-             QStringLiteral("--port"), QStringLiteral("8765"), QStringLiteral("-bs"), QStringLiteral("5")}};
+             QStringLiteral("--port"), QString::number(EngineAddress::whisperPort), QStringLiteral("-bs"),
+             QStringLiteral("5")}};
 }
 
 /// What the recogniser is told to expect: the language's manners, and the user's own terms.
@@ -111,7 +113,7 @@ HttpRequest inference(const QString& wav) {
     const QByteArray boundary = "Parlivo-" + freshUuid().toLatin1();
     const Form form(boundary);
     HttpRequest request;
-    request.url = QUrl(QStringLiteral("http://127.0.0.1:8765/inference"));
+    request.url = EngineAddress::url(EngineAddress::whisperPort, QStringLiteral("/inference"));
     request.method = "POST";
     request.headers = {{"Content-Type", "multipart/form-data; boundary=" + boundary}};
     request.body = enclose(form.fileHead(), wav, fieldsAfterFile(form));
