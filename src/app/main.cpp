@@ -71,6 +71,7 @@ RemoteTarget targetOf(AppDelegate& delegate) {
 int runApplication(const CommandLine& line) {
     AppDelegate delegate;
     Platform& platform = Platform::current();
+    Log::info(QStringLiteral("sessione: ") + platform.desktopSummary());
     platform.onTerminationRequest([] { QCoreApplication::quit(); });
     // Runs inside the event loop, because the what's-new notice waits for the user, and the program must
     // react to quit requests and to the bus meanwhile.

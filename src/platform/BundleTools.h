@@ -15,7 +15,7 @@ class BundleTools {
         Done,
         Failed,
         /// The program's end cut the wait short: a tool goes on by itself, and needs the source until it has
-        /// finished. The folder that holds the source is locked (support/Claim) as long as that lasts.
+        /// finished. The folder that holds the source is locked (support/FileLock) as long as that lasts.
         GoesOn,
     };
 

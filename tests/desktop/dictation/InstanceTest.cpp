@@ -49,6 +49,24 @@ TEST_F(InstanceTest, TheBusTellsWhatItDoes) {
     expectStates(program, wholeDictation);
 }
 
+TEST_F(InstanceTest, AnEngineGetsTheEnvironmentThatTheProgramWasStartedWith) {
+    const QTemporaryDir folder;
+    const QString seen = folder.filePath(QStringLiteral("environment"));
+    const BundleCopy copy;
+    copy.putEngine(
+        QStringLiteral("whisper-server"),
+        QStringLiteral("#!/bin/sh\nenv >'%1.part'; mv '%1.part' '%1'; exec sleep 1000\n").arg(seen).toUtf8(),
+        QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    home::provideModels();
+    const Program program(copy.path());
+    ASSERT_TRUE(waitFor([&] { return QFile::exists(seen); }));
+    QFile file(seen);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray environment = file.readAll();
+    EXPECT_TRUE(environment.contains("\nDISPLAY=") || environment.startsWith("DISPLAY="));
+    EXPECT_FALSE(environment.contains("QT_XCB_GL_INTEGRATION")) << "Qt Quick programs abort with it";
+}
+
 TEST_F(InstanceTest, ASecondStartPassesItsArgumentsOn) {
     StubRecogniser stub(QStringLiteral("dalla riga di comando"));
     Program program;

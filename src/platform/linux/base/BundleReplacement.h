@@ -17,7 +17,7 @@ namespace parlivo {
 /// Makes the contents of `destination` the same as those of `source` with the given rsync(1).
 ///
 /// The tool is tied neither to this process nor to its terminal, so that killing the program does not stop it
-/// half-way; it holds a lock on the folder that holds `source` (support/Claim) until it has ended. Throws
+/// half-way; it holds a lock on the folder that holds `source` (support/FileLock) until it has ended. Throws
 /// Error::system if it cannot be started.
 BundleTools::Replacement copyOver(const QString& rsync, const QString& source, const QString& destination);
 

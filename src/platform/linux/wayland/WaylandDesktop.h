@@ -1,17 +1,19 @@
 #pragma once
 
-#include "platform/linux/base/OnDemand.h"
 #include "platform/linux/desktop/NullDesktop.h"
-#include "platform/linux/x11/QtPasteboard.h"
 
 namespace parlivo {
 
-/// A session of a Wayland compositor. Applications may neither grab keys nor send them to others there.
+/// A session of a Wayland compositor. There applications may neither grab keys nor send them to others, nor
+/// place a window. What is dictated goes to the clipboard.
 class WaylandDesktop : public Desktop {
   public:
+    /// Main thread, before the toolkit starts: may choose the way in which it shows its windows.
+    WaylandDesktop();
+
     HotKeyService& hotKeys() override { return hotKeys_; }
     KeyboardSynthesizer& keyboard() override { return keyboard_; }
-    Pasteboard& pasteboard() override { return pasteboard_.get(); }
+    Pasteboard& pasteboard() override { return *pasteboard_; }
     FloatingPanels& floatingPanels() override { return panels_; }
     std::unique_ptr<TrayWatch> watchTray(std::function<void()>) override { return nullptr; }
     StatusItemPlace::Foreground foregroundAt(const QRect&) override {
@@ -24,8 +26,8 @@ class WaylandDesktop : public Desktop {
   private:
     NullHotKeyService hotKeys_;
     NullKeyboard keyboard_;
-    OnDemand<QtPasteboard> pasteboard_;
     NullFloatingPanels panels_;
+    std::unique_ptr<Pasteboard> pasteboard_;
 };
 
 }  // namespace parlivo

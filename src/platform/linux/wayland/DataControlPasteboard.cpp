@@ -1,0 +1,241 @@
+#include "platform/linux/wayland/DataControlPasteboard.h"
+
+#include "support/Clock.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+#include <wlr-data-control-client.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <utility>
+
+namespace parlivo::wayland {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How long the owner of a clipboard may take to give its text.
+constexpr auto ownerTimeout = 1000ms;
+/// How often the end of the program is looked for meanwhile.
+constexpr auto pollInterval = 50ms;
+
+constexpr std::array everyPlace{PasteboardPlace::Clipboard, PasteboardPlace::PrimarySelection};
+
+/// The types of plain text, the best first. All are UTF-8.
+constexpr std::array textTypes{"text/plain;charset=utf-8", "UTF8_STRING", "text/plain", "TEXT", "STRING"};
+
+/// What Klipper and most other clipboard managers leave out of their history.
+constexpr const char* secretHint = "x-kde-passwordManagerHint";
+
+/// All that comes until the other end is closed; nullopt if that takes too long or the program ends.
+std::optional<QString> readText(const UniqueFd& pipe, const Clock::Deadline& deadline) {
+    QByteArray bytes;
+    std::array<char, 65536> buffer{};
+    while (!deadline.passed() && !Clock::interrupted()) {
+        pollfd descriptor{pipe.get(), POLLIN, 0};
+        if (poll(&descriptor, 1, static_cast<int>(pollInterval.count())) <= 0) continue;
+        const ssize_t count = read(pipe.get(), buffer.data(), buffer.size());
+        if (count == 0) return QString::fromUtf8(bytes);
+        if (count < 0 && errno != EINTR && errno != EAGAIN) return std::nullopt;
+        if (count > 0) bytes.append(buffer.data(), count);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+/// What the owner of a place offers.
+class DataControlPasteboard::Offer {
+  public:
+    explicit Offer(zwlr_data_control_offer_v1* handle) : handle_(handle) {
+        static const zwlr_data_control_offer_v1_listener listener{
+            .offer = [](void* data, zwlr_data_control_offer_v1*, const char* type) {
+                static_cast<Offer*>(data)->types_.append(type);
+            }};
+        zwlr_data_control_offer_v1_add_listener(handle_, &listener, this);
+    }
+    ~Offer() { zwlr_data_control_offer_v1_destroy(handle_); }
+    Offer(const Offer&) = delete;
+    Offer& operator=(const Offer&) = delete;
+
+    /// Asks for the text; owns nothing if there is none.
+    UniqueFd receiveText() const {
+        for (const char* type : textTypes) {
+            if (!types_.contains(type)) continue;
+            std::array<int, 2> ends{};
+            if (pipe2(ends.data(), O_CLOEXEC) != 0) return {};
+            UniqueFd readEnd(ends[0]);
+            const UniqueFd writeEnd(ends[1]);
+            zwlr_data_control_offer_v1_receive(handle_, type, writeEnd.get());
+            return readEnd;
+        }
+        return {};
+    }
+
+  private:
+    zwlr_data_control_offer_v1* handle_;
+    QList<QByteArray> types_;
+};
+
+/// A text of ours in one place.
+class DataControlPasteboard::Source {
+  public:
+    Source(DataControlPasteboard& pasteboard, QString text, History history)
+        : pasteboard_(pasteboard),
+          text_(std::move(text)),
+          handle_(zwlr_data_control_manager_v1_create_data_source(pasteboard.manager_)) {
+        static const zwlr_data_control_source_v1_listener listener{
+            .send =
+                [](void* data, zwlr_data_control_source_v1*, const char* type, std::int32_t descriptor) {
+                    static_cast<Source*>(data)->send(type, UniqueFd(descriptor));
+                },
+            .cancelled =
+                [](void* data, zwlr_data_control_source_v1*) {
+                    const auto* const source = static_cast<Source*>(data);
+                    source->pasteboard_.sourceReplaced(source);
+                },
+        };
+        zwlr_data_control_source_v1_add_listener(handle_, &listener, this);
+        for (const char* type : textTypes) zwlr_data_control_source_v1_offer(handle_, type);
+        if (history == History::Omit) zwlr_data_control_source_v1_offer(handle_, secretHint);
+    }
+    ~Source() { zwlr_data_control_source_v1_destroy(handle_); }
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    const QString& text() const { return text_; }
+    zwlr_data_control_source_v1* handle() const { return handle_; }
+
+  private:
+    void send(QByteArrayView type, UniqueFd pipe) const {
+        const QByteArray bytes = type == secretHint ? QByteArrayLiteral("secret") : text_.toUtf8();
+        pasteboard_.connection_->send(std::move(pipe), bytes);
+    }
+
+    DataControlPasteboard& pasteboard_;
+    const QString text_;
+    zwlr_data_control_source_v1* handle_;
+};
+
+std::unique_ptr<DataControlPasteboard> DataControlPasteboard::open() {
+    auto connection = WaylandConnection::open();
+    if (!connection) return nullptr;
+    std::unique_ptr<DataControlPasteboard> pasteboard(new DataControlPasteboard(std::move(connection)));
+    bool started = false;
+    pasteboard->connection_->run([&] { started = pasteboard->start(); });
+    return started ? std::move(pasteboard) : nullptr;
+}
+
+DataControlPasteboard::DataControlPasteboard(std::unique_ptr<WaylandConnection> connection)
+    : connection_(std::move(connection)) {}
+
+DataControlPasteboard::~DataControlPasteboard() {
+    const auto destroyAll = [this] {
+        ours_.clear();
+        offers_.clear();
+        if (device_) zwlr_data_control_device_v1_destroy(device_);
+        if (manager_) zwlr_data_control_manager_v1_destroy(manager_);
+    };
+    // A broken connection has no thread any more that could use the objects.
+    if (!connection_->run(destroyAll)) destroyAll();
+}
+
+bool DataControlPasteboard::start() {
+    constexpr std::uint32_t withPrimarySelection = 2;
+    auto* const seat = connection_->bind<wl_seat>(wl_seat_interface, 1);
+    manager_ = connection_->bind<zwlr_data_control_manager_v1>(zwlr_data_control_manager_v1_interface,
+                                                               withPrimarySelection);
+    if (!seat || !manager_) return false;
+    static const zwlr_data_control_device_v1_listener listener{
+        .data_offer =
+            [](void* data, zwlr_data_control_device_v1*, zwlr_data_control_offer_v1* offer) {
+                auto& offers = static_cast<DataControlPasteboard*>(data)->offers_;
+                offers.emplace(offer, std::make_unique<Offer>(offer));
+            },
+        .selection =
+            [](void* data, zwlr_data_control_device_v1*, zwlr_data_control_offer_v1* offer) {
+                static_cast<DataControlPasteboard*>(data)->placeChanged(PasteboardPlace::Clipboard, offer);
+            },
+        .finished = [](void*, zwlr_data_control_device_v1*) {},
+        .primary_selection =
+            [](void* data, zwlr_data_control_device_v1*, zwlr_data_control_offer_v1* offer) {
+                static_cast<DataControlPasteboard*>(data)->placeChanged(PasteboardPlace::PrimarySelection,
+                                                                        offer);
+            },
+    };
+    device_ = zwlr_data_control_manager_v1_get_data_device(manager_, seat);
+    zwlr_data_control_device_v1_add_listener(device_, &listener, this);
+    wl_seat_destroy(seat);
+    return connection_->roundTrip();
+}
+
+void DataControlPasteboard::placeChanged(PasteboardPlace place, zwlr_data_control_offer_v1* handle) {
+    if (const auto former = present_.find(place); former != present_.end()) offers_.erase(former->second);
+    if (handle)
+        present_[place] = handle;
+    else
+        present_.erase(place);
+}
+
+void DataControlPasteboard::sourceReplaced(const Source* source) {
+    std::erase_if(ours_, [source](const auto& entry) { return entry.second.get() == source; });
+}
+
+void DataControlPasteboard::put(PasteboardPlace place, const QString& text, History history) {
+    auto source = std::make_unique<Source>(*this, text, history);
+    if (place == PasteboardPlace::Clipboard)
+        zwlr_data_control_device_v1_set_selection(device_, source->handle());
+    else if (zwlr_data_control_device_v1_get_version(device_) >= 2)
+        zwlr_data_control_device_v1_set_primary_selection(device_, source->handle());
+    else
+        return;
+    ours_[place] = std::move(source);
+}
+
+PasteboardTexts DataControlPasteboard::texts() {
+    std::vector<Reading> readings;
+    connection_->run([&] { readings = startReading(); });
+    PasteboardTexts texts;
+    const Clock::Deadline deadline(ownerTimeout);
+    for (const auto& [place, own, pipe] : readings) {
+        const auto text = own ? own : readText(pipe, deadline);
+        if (text) texts.insert(place, *text);
+    }
+    return texts;
+}
+
+std::vector<DataControlPasteboard::Reading> DataControlPasteboard::startReading() {
+    std::vector<Reading> readings;
+    for (const PasteboardPlace place : everyPlace) {
+        if (const auto source = ours_.find(place); source != ours_.end()) {
+            readings.push_back({place, source->second->text(), {}});
+        } else if (const auto offer = present_.find(place); offer != present_.end()) {
+            UniqueFd pipe = offers_.at(offer->second)->receiveText();
+            if (pipe) readings.push_back({place, std::nullopt, std::move(pipe)});
+        }
+    }
+    return readings;
+}
+
+void DataControlPasteboard::setText(const QString& text, History history) {
+    connection_->run([&] {
+        for (const PasteboardPlace place : everyPlace) put(place, text, history);
+        connection_->roundTrip();
+    });
+}
+
+void DataControlPasteboard::restore(const PasteboardTexts& texts) {
+    connection_->run([&] {
+        for (auto entry = texts.begin(); entry != texts.end(); ++entry) {
+            // A history has the text from its first stay, unless it was one that no history should have.
+            if (ours_.contains(entry.key())) put(entry.key(), entry.value(), History::Omit);
+        }
+        connection_->roundTrip();
+    });
+}
+
+}  // namespace parlivo::wayland

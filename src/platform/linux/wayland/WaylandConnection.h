@@ -1,0 +1,94 @@
+#pragma once
+
+#include "support/UniqueFd.h"
+
+#include <QByteArray>
+
+#include <wayland-client-core.h>
+#include <wayland-client-protocol.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace parlivo::wayland {
+
+/// A connection of our own to the compositor, with a thread that sends requests and handles events. All
+/// objects made through it are used on that thread only; `run` brings other threads there.
+class WaylandConnection {
+  public:
+    using Job = std::function<void()>;
+
+    /// Null if no compositor answers (variables WAYLAND_DISPLAY, XDG_RUNTIME_DIR).
+    static std::unique_ptr<WaylandConnection> open();
+    /// Objects that were not destroyed end with the connection.
+    ~WaylandConnection();
+    WaylandConnection(const WaylandConnection&) = delete;
+    WaylandConnection& operator=(const WaylandConnection&) = delete;
+
+    /// Runs `job` on the connection's thread, sends off what it asked for and returns. False, with the job
+    /// not run, if the connection is broken. Any other thread.
+    bool run(const Job& job);
+
+    /// Waits until the compositor has handled all requests so far, and handles what it sent. False if the
+    /// connection is broken. Connection thread.
+    bool roundTrip();
+
+    /// A global of the compositor's, as `Interface` of at most `version`; null if it has none. The first one
+    /// where there are several. Connection thread.
+    template <typename T>
+    T* bind(const wl_interface& interface, std::uint32_t version) {
+        return static_cast<T*>(bindGlobal(interface, version));
+    }
+
+    /// Writes `bytes` into a pipe as fast as its reader takes them, then closes it. Connection thread.
+    void send(UniqueFd pipe, const QByteArray& bytes);
+
+  private:
+    struct Global {
+        std::uint32_t name = 0;
+        std::uint32_t version = 0;
+    };
+    struct Transfer {
+        UniqueFd pipe;
+        QByteArray bytes;
+        qsizetype sent = 0;
+    };
+    struct Disconnect {
+        void operator()(wl_display* display) const { wl_display_disconnect(display); }
+    };
+    using Display = std::unique_ptr<wl_display, Disconnect>;
+
+    WaylandConnection(Display display, UniqueFd wakeUp);
+    void loop();
+    void listGlobals();
+    /// False if the connection is broken.
+    bool handleEvents();
+    void runJobs();
+    void wake() const;
+    void waitForInput();
+    void continueTransfers();
+    void* bindGlobal(const wl_interface& interface, std::uint32_t version);
+
+    Display display_;
+    const UniqueFd wakeUp_;  // eventfd(2)
+    wl_registry* registry_ = nullptr;
+    std::map<std::string, Global, std::less<>> globals_;
+    std::vector<Transfer> transfers_;
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<const Job*> jobs_;  // under mutex_
+    bool broken_ = false;          // under mutex_
+    bool ending_ = false;          // under mutex_
+    std::thread thread_;
+};
+
+}  // namespace parlivo::wayland
