@@ -46,7 +46,7 @@ struct Progress {
     bool failed = false;
 };
 
-void note(Progress& progress, QStringView text, Posted posted) {
+void count(Progress& progress, QStringView text, Posted posted) {
     progress.failed = posted == Posted::Failed;
     if (progress.failed) return;
     progress.posted += text.size();
@@ -58,7 +58,7 @@ Progress typeCharacters(const QString& text, KeyEventSource& source, Clock::Dura
     Pace pace(pause, Clock::now());
     Text::forEachCharacter(text, [&](QStringView character) {
         if (Clock::interrupted()) return false;
-        note(progress, character, post(character, source));
+        count(progress, character, post(character, source));
         return !progress.failed && Clock::sleepUntil(pace.after(Clock::now()));
     });
     return progress;
@@ -85,7 +85,7 @@ Progress typePieces(const QString& text, KeyEventSource& source, Clock::Duration
         const auto late = std::max(Clock::now() - due, Clock::Duration::zero());
         const auto piece = firstPiece(QStringView(text).sliced(progress.posted),
                                       std::max<qsizetype>(1, (late + pieceInterval) / pause));
-        note(progress, piece, source.postPiece(piece));
+        count(progress, piece, source.postPiece(piece));
         due = Clock::now() + std::max<Clock::Duration>(pieceInterval, pause);
         if (!Clock::sleepUntil(due)) break;
     }

@@ -9,7 +9,7 @@ class LoginItem {
 
     /// Whether the system would start this very program.
     virtual bool isEnabled() = 0;
-    /// Throws Error with the system's own words.
+    /// Throws Error with the system's own text.
     virtual void setEnabled(bool enabled) = 0;
 };
 

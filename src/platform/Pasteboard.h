@@ -18,7 +18,7 @@ class Pasteboard {
     /// Who may keep a copy of what is put there.
     enum class History {
         Keep,  ///< clipboard managers may record it
-        Omit,  ///< marked as secret: a passing stay that no history should keep
+        Omit,  ///< marked as secret: no history should keep it
     };
 
     virtual ~Pasteboard() = default;

@@ -28,7 +28,7 @@
 
 namespace parlivo {
 
-/// The system that the program runs on: hands out one adapter a facility. Adapters live as long as the
+/// The system that the program runs on: gives one adapter for each facility. Adapters live as long as the
 /// platform.
 class Platform {
   public:

@@ -45,7 +45,7 @@ class ChildProcess {
 
     bool isRunning() const;
     qint64 processId() const;
-    /// The exit status once the program has exited by itself; nothing while it runs or when a signal ended
+    /// The exit status once the program has exited by itself; nullopt while it runs or if a signal ended
     /// it.
     std::optional<int> exitStatus() const;
 

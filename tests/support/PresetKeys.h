@@ -11,7 +11,8 @@ namespace parlivo::desktop {
 /// The keys of a preset on the display's keyboard: the modifiers first, then the key that is held with them.
 /// Throws std::out_of_range for a key that no preset has had so far: add its position here.
 inline std::vector<xcb_keycode_t> chordOf(const Preset& preset) {
-    static const std::map<KeyCode, xcb_keycode_t> positions{{49, Key::space}, {50, Key::grave}};
+    static const std::map<KeyCode, xcb_keycode_t> positions{{VirtualKey::space, Key::space},
+                                                            {VirtualKey::grave, Key::grave}};
     std::vector<xcb_keycode_t> keys;
     if ((preset.modifiers & HotKeyModifier::control) != 0) keys.push_back(Key::leftControl);
     if ((preset.modifiers & HotKeyModifier::option) != 0) keys.push_back(Key::leftAlt);

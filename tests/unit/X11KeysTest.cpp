@@ -143,7 +143,8 @@ TEST(LayoutMapTest, OfSeveralKeysTheFirstIsTaken) {
     const KeyMap map = mapOf({oneGroup(Type::twoLevel, {XKB_KEY_9, XKB_KEY_parenleft}),
                               oneGroup(Type::oneLevel, {XKB_KEY_parenleft})});
     EXPECT_EQ(LayoutMap(map, {}, {}).find(XKB_KEY_parenleft), (KeyStroke{10, true}));
-    EXPECT_EQ(LayoutMap(map, {}, {10}).find(XKB_KEY_parenleft), (KeyStroke{11, false})) << "key 10 lent";
+    EXPECT_EQ(LayoutMap(map, {}, {10}).find(XKB_KEY_parenleft), (KeyStroke{11, false}))
+        << "key 10 is a spare key in use";
 }
 
 TEST(KeyPoolTest, PlainPlacesAreUsedBeforeShiftedOnes) {
@@ -254,7 +255,7 @@ TEST(KeyPoolTest, TakesOverWhatAKilledRunLeftBehind) {
     EXPECT_EQ(pool.assign({101, 102, 103}), std::set<xcb_keycode_t>{});
 }
 
-TEST(KeyPoolTest, AStaleNoteOfLeftoversCountsForNothing) {
+TEST(KeyPoolTest, AStaleJournalIsIgnored) {
     KeyPool pool;
     pool.adopt(10, {101, 102});
     pool.adopt(200, {103, 104});
@@ -263,7 +264,7 @@ TEST(KeyPoolTest, AStaleNoteOfLeftoversCountsForNothing) {
     EXPECT_FALSE(pool.find(101));
 }
 
-TEST(KeyPoolTest, ALentKeyFollowsShiftAloneInEveryLayout) {
+TEST(KeyPoolTest, ASpareKeyFollowsShiftAloneInEveryLayout) {
     KeyMap map = spareKeys(1);
     map.setEntry(10, KeyPool::entry({XKB_KEY_egrave, XKB_KEY_Egrave}));
     for (std::uint8_t group = 0; group < 4; ++group) {

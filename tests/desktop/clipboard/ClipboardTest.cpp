@@ -1,4 +1,5 @@
 #include "input/Injector.h"
+#include "support/Clock.h"
 #include "support/MainQueue.h"
 #include "support/Pipeline.h"
 #include "support/Receiver.h"
@@ -187,6 +188,19 @@ TEST_F(ClipboardTest, TwoPastesInARowArriveAndTheUsersTextComesBack) {
     }));
     EXPECT_TRUE(receiver.waitForText(QStringLiteral("uno due"))) << receiver.text().toStdString();
     EXPECT_TRUE(comesToHold(clipboard, "copiato"));
+}
+
+TEST_F(ClipboardTest, AProgramThatEndsRightAfterAPastePutsTheUsersTextBack) {
+    const SelectionOwner editor(clipboard, Manner::Text, "copiato");
+    const SelectionOwner terminal(primary, Manner::Text, "evidenziato");
+    const Receiver receiver(Receiver::Kind::Qt);
+    paste(dictated);
+    Clock::interruptAll();
+    Injector::finishRestore();
+    EXPECT_TRUE(comesToHold(clipboard, "copiato"));
+    EXPECT_TRUE(comesToHold(primary, "evidenziato"));
+    Clock::resume();
+    EXPECT_TRUE(receiver.waitForText(dictated)) << qPrintable(receiver.text());
 }
 
 TEST_F(ClipboardTest, WhatTheUserCopiesRightAfterAPasteStays) {

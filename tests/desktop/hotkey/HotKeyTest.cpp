@@ -140,7 +140,7 @@ TEST_F(HotKeyTest, ModifiersReleasedFirstDoNotEndTheHold) {
     EXPECT_TRUE(edges(1, 1)) << seen();
 }
 
-TEST_F(HotKeyTest, ReleasesOfModifiersAreNotItsBusiness) {
+TEST_F(HotKeyTest, IgnoresReleasesOfModifiers) {
     take("opt-space");
     keyboard.press(Key::leftAlt);
     keyboard.tap(Key::space);
@@ -385,10 +385,10 @@ TEST_F(HotKeyTest, ALostDisplayReleasesTheKeyAndALaterOneIsTaken) {
     const QByteArray first = qgetenv("DISPLAY");
     SecondDisplay second;
     qputenv("DISPLAY", second.name());
-    Keyboard hands;
+    Keyboard user;
     take("opt-space");
-    hands.press(Key::leftAlt);
-    hands.press(Key::space);
+    user.press(Key::leftAlt);
+    user.press(Key::space);
     ASSERT_TRUE(edges(1, 0)) << seen();
     second.end();
     EXPECT_TRUE(edges(1, 1)) << seen();

@@ -14,8 +14,8 @@ namespace parlivo {
 
 /// The user's own programs for addresses and files, by xdg-open, and the desktop's own settings.
 ///
-/// What is opened belongs to the user and outlives this program. A program that cannot be started is noted in
-/// the system log.
+/// What is opened belongs to the user and outlives this program. A program that cannot be started is reported
+/// in the system log.
 class DesktopWorkspace : public Workspace {
   public:
     /// `environment` is that of the programs it starts.
@@ -23,8 +23,8 @@ class DesktopWorkspace : public Workspace {
         : bundle_(bundle), log_(log), environment_(std::move(environment)) {}
 
     void open(const QUrl& url) override;
-    /// The desktop's sound settings, and the page of help on what typing needs: X asks nobody for that, so
-    /// there is nothing to grant but much that may be missing.
+    /// The desktop's sound settings, and the page of help on what typing needs: desktops have no
+    /// permission to grant for that, but something may be missing.
     void openPrivacyPane(PrivacyPane pane) override;
 
   private:
