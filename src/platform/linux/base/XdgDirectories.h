@@ -7,8 +7,8 @@ namespace parlivo {
 /// freedesktop.org's XDG base directories, version 0.8: a variable that is unset or not absolute means its
 /// default below the home folder.
 ///
-/// Not QStandardPaths, which in Qt 6.4 knows no state folder, takes relative values, and without HOME puts the
-/// files into the root folder.
+/// Not QStandardPaths, which in Qt 6.4 knows no state folder, takes relative values, and without HOME puts
+/// the files into the root folder.
 class XdgDirectories : public Directories {
   public:
     QString applicationSupport() const override;
