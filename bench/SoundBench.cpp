@@ -10,6 +10,7 @@
 #include "audio/CaptureFile.h"
 #include "audio/LevelMeter.h"
 #include "platform/linux/sound/PulseAudioInput.h"
+#include "platform/linux/sound/PulseMicrophone.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
 #include "platform/sound/BlockAssembler.h"
 #include "support/Error.h"

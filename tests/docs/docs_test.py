@@ -139,6 +139,15 @@ class DocsTest(unittest.TestCase):
             for name in re.findall(r"`([A-Za-z_][\w:]*)(?:\(\))?`", (PROJECT / document).read_text()):
                 self.assertIn(name.split("::")[-1], code, f"{document} names `{name}`")
 
+    def test_every_thread_has_its_row(self):
+        names = set()
+        for source in (PROJECT / "src").rglob("*.[ch]*"):
+            names |= set(re.findall(r'"(parlivo\.[a-z]+)"', source.read_text()))
+        self.assertGreater(len(names), 5)
+        table = (PROJECT / "docs/architecture.md").read_text().split("## Threads")[1].split("\n\n- ")[0]
+        for name in names:
+            self.assertTrue(f"`{name}`" in table or f"`.{name.split('.')[1]}`" in table, f"the table lacks {name}")
+
     def test_the_version_is_told_everywhere(self):
         version = re.search(r"project\(Parlivo VERSION ([\d.]+)", (PROJECT / "CMakeLists.txt").read_text())[1]
         self.assertIn(f"\n## {version}\n", (PROJECT / "CHANGELOG.md").read_text())

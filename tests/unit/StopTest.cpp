@@ -41,7 +41,9 @@ TEST(StopTest, ACallbackThatComesLateIsCalledAtOnce) {
 TEST(StopTest, ACallbackThatHasEndedIsNotCalled) {
     StopSource source;
     int calls = 0;
-    { const StopCallback ended(source.token(), [&] { ++calls; }); }
+    {
+        const StopCallback ended(source.token(), [&] { ++calls; });
+    }
     source.requestStop();
     EXPECT_EQ(calls, 0);
 }

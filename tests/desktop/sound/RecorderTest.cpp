@@ -1,6 +1,7 @@
 #include "audio/AudioRecorder.h"
 #include "desktop/sound/PulseInterposed.h"
 #include "platform/linux/sound/PulseAudioInput.h"
+#include "platform/linux/sound/PulseMicrophone.h"
 #include "platform/linux/sound/PulseSounds.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
 #include "support/FakePlatform.h"

@@ -75,7 +75,7 @@ std::optional<SoundSource> findMicrophone(const PulseConnection& connection, Clo
 
 std::unique_ptr<AudioCapture> PulseAudioInput::open() {
     if (microphone_.serverHangs()) return nullptr;
-    const auto end = Clock::now() + PulseMicrophone::answerLimit;
+    const auto end = Clock::now() + MicrophoneReports::answerLimit;
     auto connection = PulseConnection::open(end);
     const auto source = connection ? findMicrophone(*connection, end) : std::nullopt;
     if (source) return std::make_unique<PulseCapture>(std::move(connection), *source, microphone_);

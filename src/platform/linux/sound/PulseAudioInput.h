@@ -2,8 +2,8 @@
 
 #include "platform/AudioInput.h"
 #include "platform/linux/sound/MicrophoneChoice.h"
+#include "platform/linux/sound/MicrophoneReports.h"
 #include "platform/linux/sound/PulseConnection.h"
-#include "platform/linux/sound/PulseMicrophone.h"
 
 #include <memory>
 #include <optional>
@@ -15,12 +15,12 @@ class PulseAudioInput : public AudioInput {
   public:
     /// Reports to `microphone` when the server hangs, and does not wait for the server while `microphone`
     /// knows that it does. `microphone` must outlive this.
-    explicit PulseAudioInput(PulseMicrophone& microphone) : microphone_(microphone) {}
+    explicit PulseAudioInput(MicrophoneReports& microphone) : microphone_(microphone) {}
 
     std::unique_ptr<AudioCapture> open() override;
 
   private:
-    PulseMicrophone& microphone_;
+    MicrophoneReports& microphone_;
 };
 
 /// The default microphone as the server names it now, or the source that the environment names in

@@ -25,7 +25,7 @@ pa_channel_map mapOf(const SoundSource& source) {
 }  // namespace
 
 PulseCapture::PulseCapture(std::unique_ptr<PulseConnection> connection, const SoundSource& source,
-                           PulseMicrophone& microphone)
+                           MicrophoneReports& microphone)
     : connection_(std::move(connection)),
       microphone_(microphone),
       sampleSpec_(asFloats(source.sampleSpec)),

@@ -2,8 +2,8 @@
 
 #include "platform/AudioInput.h"
 #include "platform/linux/sound/MicrophoneChoice.h"
+#include "platform/linux/sound/MicrophoneReports.h"
 #include "platform/linux/sound/PulseConnection.h"
-#include "platform/linux/sound/PulseMicrophone.h"
 #include "platform/sound/ArrivalClock.h"
 #include "platform/sound/BlockAssembler.h"
 
@@ -19,7 +19,7 @@ class PulseCapture : public AudioCapture {
   public:
     /// Tells `microphone` whether the recording is granted; it must outlive this.
     PulseCapture(std::unique_ptr<PulseConnection> connection, const SoundSource& source,
-                 PulseMicrophone& microphone);
+                 MicrophoneReports& microphone);
     ~PulseCapture() override;
     PulseCapture(const PulseCapture&) = delete;
     PulseCapture& operator=(const PulseCapture&) = delete;
@@ -61,7 +61,7 @@ class PulseCapture : public AudioCapture {
     static void sourceDescribed(pa_context* context, const pa_source_info* info, int end, void* self);
 
     const std::unique_ptr<PulseConnection> connection_;
-    PulseMicrophone& microphone_;
+    MicrophoneReports& microphone_;
     const pa_sample_spec sampleSpec_;
     const pa_channel_map channelMap_;
 

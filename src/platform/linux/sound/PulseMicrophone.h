@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Permissions.h"
+#include "platform/linux/sound/MicrophoneReports.h"
 #include "support/Clock.h"
 #include "support/Lifetime.h"
 #include "support/SerialQueue.h"
@@ -21,16 +22,14 @@ namespace parlivo {
 /// The server is asked on a thread of this object's own, so that no caller waits for a server that hangs; its
 /// last answer is available at once. Sound servers ask nobody for permission: capture counts as granted when
 /// a server answers, has a microphone, and has not refused the last recording.
-class PulseMicrophone {
+class PulseMicrophone : public MicrophoneReports {
   public:
-    /// A server that does not answer within this is taken for missing.
-    static constexpr std::chrono::milliseconds answerLimit{1000};
     /// A server that hangs is asked again after this, until it answers.
     static constexpr std::chrono::milliseconds retryInterval{1000};
 
     PulseMicrophone() = default;
     /// Waits for the question that is under way, for answerLimit at most.
-    ~PulseMicrophone();
+    ~PulseMicrophone() override;
     PulseMicrophone(const PulseMicrophone&) = delete;
     PulseMicrophone& operator=(const PulseMicrophone&) = delete;
 
@@ -45,11 +44,11 @@ class PulseMicrophone {
 
     /// Whether the server was silent when it was last asked. It is asked again and again until it answers.
     /// Any thread.
-    bool serverHangs() const { return hangs_; }
+    bool serverHangs() const override { return hangs_; }
     /// Somebody else has waited for the server in vain. Any thread.
-    void reportSilence();
+    void reportSilence() override;
     /// How a recording was answered. Any thread.
-    void reportRecording(bool granted) { refused_ = !granted; }
+    void reportRecording(bool granted) override { refused_ = !granted; }
 
   private:
     struct Observer {
