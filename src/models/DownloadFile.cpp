@@ -80,7 +80,8 @@ void DownloadFile::copyTo(const QString& place) {
     DownloadFile copy(place);
     QByteArray block(blockSize, Qt::Uninitialized);
     for (off_t at = 0;;) {
-        const ssize_t count = pread(descriptor_.get(), block.data(), static_cast<std::size_t>(block.size()), at);
+        const ssize_t count =
+            pread(descriptor_.get(), block.data(), static_cast<std::size_t>(block.size()), at);
         if (count < 0) fail();
         if (count == 0) break;
         copy.append(QByteArrayView(block).first(count));

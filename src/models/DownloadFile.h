@@ -10,7 +10,7 @@
 namespace parlivo {
 
 /// A file in the making, beside the place it is meant for, under a name that no other has, and claimed
-/// (Claim). It goes with this object unless it was moved to a place. One thread at a time.
+/// (FileLock). It goes with this object unless it was moved to a place. One thread at a time.
 class DownloadFile {
   public:
     /// Touches nothing yet.
