@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Measures a large download beside curl's of the same file, in turns: the time, the memory it takes and how
 /// long it keeps the main thread from other things.
 

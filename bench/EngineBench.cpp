@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Measures what the engines' clients add to the engines' own time, on servers that answer at once. They take
 /// the engines' ports, so run it where those are free.
 

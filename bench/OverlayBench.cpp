@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Measures the overlay.
 ///
 /// usage: overlay_bench drawing    one frame, beside the same lines stroked by QPainter's pen

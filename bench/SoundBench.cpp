@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Measures the way of the sound from the microphone to the WAV file.
 ///
 /// usage: sound_bench processing        the capture tap, and the conversion beside sox and ffmpeg

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Counts what goes wrong while texts are typed into real applications, beside `xdotool type`, and measures
 /// the pace. Prints Markdown; the exit status is 0 if Parlivo made no error, kept its pace within 2 % and
 /// left the keyboard map as it was.

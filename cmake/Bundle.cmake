@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The relocatable folder Parlivo.app, put together in the build folder: program, resources, Info.plist, engines.
 
 set(PARLIVO_BUNDLE ${PROJECT_BINARY_DIR}/Parlivo.app)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # One place for what every target of ours is compiled with.
 
 set(CMAKE_CXX_STANDARD 20)

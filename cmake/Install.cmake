@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` puts in place: the bundle as a whole, and around it what a desktop looks for. Nothing in
 # it names the prefix, so that all of it can be moved together.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Renders a drawing as PNG pictures, one for each size. The build makes the application's icons with it.
 ///
 /// usage: render_icon DRAWING.svg FOLDER NAME SIZE...     writes FOLDER/SIZExSIZE/apps/NAME.png

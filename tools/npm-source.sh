@@ -1,4 +1,5 @@
 # shellcheck shell=bash
+# SPDX-License-Identifier: MIT
 # To be sourced beside progress.sh: fetches a pinned npm package for the sources that it carries.
 
 check_sha512() { # SUM FILE

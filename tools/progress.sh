@@ -1,4 +1,5 @@
 # shellcheck shell=bash
+# SPDX-License-Identifier: MIT
 # To be sourced: how the project's commands say what they are doing. All of it goes to standard error, so
 # that standard output stays free for answers.
 

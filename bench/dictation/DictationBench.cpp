@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Measures the whole program from outside, on a desktop of its own: from the key to the recogniser and from
 /// its answer to the keys, beside the same put together by hand from parecord, sox, curl and xdotool.
 ///

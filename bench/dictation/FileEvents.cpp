@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dictation/FileEvents.h"
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dictation/KeyListener.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dictation/ProcessStatus.h"
 
 #include <QByteArray>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "dictation/Testbed.h"
 
 #include "support/Waiting.h"

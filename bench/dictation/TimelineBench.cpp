@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Shows where the time from the key's release to the recogniser's request goes, seen from outside the
 /// program: by what happens to its files and by what the recogniser is asked.
 ///

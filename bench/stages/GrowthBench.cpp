@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// Measures how time and memory grow with what the program is given.
 ///
 /// usage: growth_bench PLOT-DATA       all stages at all sizes, one process each: a Markdown table, and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "stages/Stages.h"
 
 #include "audio/CaptureFile.h"

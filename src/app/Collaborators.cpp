@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "app/Collaborators.h"
 
 #include "audio/AudioRecorder.h"

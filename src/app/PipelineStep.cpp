@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "app/PipelineStep.h"
 
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/AudioRecorder.h"
 
 #include "audio/CaptureFile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/CaptureFile.h"
 
 #include "support/Error.h"

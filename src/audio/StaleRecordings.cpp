@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/StaleRecordings.h"
 
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "engines/Cleaner.h"
 
 #include "engines/CleanupPrompt.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "engines/EngineReplies.h"
 
 #include "support/Text.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "engines/JsonExchange.h"
 
 #include "engines/EngineReplies.h"

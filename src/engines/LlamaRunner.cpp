@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "engines/LlamaRunner.h"
 
 #include "engines/EngineAddress.h"

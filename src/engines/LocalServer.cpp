@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "engines/LocalServer.h"
 
 #include "engines/JsonExchange.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "engines/OllamaModels.h"
 
 #include "settings/Config.h"

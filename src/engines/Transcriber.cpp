@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "engines/Transcriber.h"
 
 #include "engines/EngineAddress.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/DownloadFile.h"
 
 #include "support/Error.h"

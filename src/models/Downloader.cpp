@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/Downloader.h"
 
 #include "models/Checksums.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/ModelPaths.h"
 
 #include "platform/Platform.h"

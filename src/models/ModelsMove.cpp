@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/ModelsMove.h"
 
 #include "settings/Config.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/ModelsMover.h"
 
 #include "models/ModelsMove.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "settings/Config.h"
 
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "settings/Log.h"
 
 #include "platform/Platform.h"

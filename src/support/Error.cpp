@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/Error.h"
 
 #include <QCoreApplication>

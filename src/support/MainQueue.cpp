@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/MainQueue.h"
 
 #include "support/Clock.h"

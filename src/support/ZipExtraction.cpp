@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/ZipExtraction.h"
 
 #include "support/Clock.h"

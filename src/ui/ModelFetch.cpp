@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/ModelFetch.h"
 
 #include "models/Downloader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/TierPicker.h"
 
 #include "ui/views/ChoiceRow.h"

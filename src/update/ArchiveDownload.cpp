@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/ArchiveDownload.h"
 
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/SitePage.h"
 
 #include "settings/Config.h"

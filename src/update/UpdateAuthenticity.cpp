@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/UpdateAuthenticity.h"
 
 #include "support/Error.h"

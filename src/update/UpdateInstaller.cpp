@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/UpdateInstaller.h"
 
 #include "platform/Platform.h"

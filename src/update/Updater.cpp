@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/Updater.h"
 
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/WhatsNew.h"
 
 #include "settings/Config.h"

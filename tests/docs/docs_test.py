@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Does what the documents say, word for word: their commands are run, their options and files looked for.
 
 usage: docs_test.py BUILD_FOLDER [CASE...]

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Tests of the texts that the user sees, as they stand in the sources: each is one literal in a translatable call,
 so that a search finds it and Qt's lupdate can collect it for a translation."""
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Demo.h"
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FuzzTarget.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
 #include "support/Error.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Feeds a target its corpus and mutations of it, where there is no libFuzzer:
 //
 //   TARGET FOLDER_OR_FILE [ROUNDS [SEED]]

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The update that the installed program offers, accepted by a user to whom the program's files do not belong.
 
 usage: installed_test.py BUNDLE

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Preloaded into a program (LD_PRELOAD) and those that it starts, stops one of them in the moment before a
 // certain step, so that a test can end it right there. PARLIVO_HALT says which: PROGRAM:CALL:TEXT, where CALL
 // is

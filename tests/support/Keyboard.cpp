@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/Keyboard.h"
 
 #include "platform/linux/x11/XcbXkb.h"

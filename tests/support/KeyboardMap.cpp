@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/KeyboardMap.h"
 
 #include "platform/linux/x11/XcbHandles.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/Receiver.h"
 
 #include "support/Error.h"

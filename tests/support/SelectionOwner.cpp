@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/SelectionOwner.h"
 
 #include "support/Error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/SoundServer.h"
 
 #include "support/Waiting.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A program in the place of whisper-server and llama-server. It takes their arguments; the file it is given
 // as its model is a JSON object that says how it behaves:
 //   "idle"         serve nothing, wait for the end

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/StubServer.h"
 
 #include <QJsonDocument>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "AppDelegateFixture.h"
 #include "app/menu/StatusMenu.h"
 #include "support/AskedWaits.h"

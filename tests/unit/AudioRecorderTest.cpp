@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/AudioRecorder.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
 #include "support/FileSizeLimit.h"

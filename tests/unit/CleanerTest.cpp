@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EngineTest.h"
 #include "engines/Cleaner.h"
 #include "engines/LlamaRunner.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/ModelCatalog.h"
 #include "models/ModelPaths.h"
 #include "settings/Config.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/DesktopWorkspace.h"
 #include "support/FakePlatform.h"
 #include "support/Waiting.h"

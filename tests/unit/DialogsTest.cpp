@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/Dialogs.h"
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DownloaderFixture.h"
 
 #include <QCryptographicHash>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EngineTest.h"
 #include "engines/LlamaRunner.h"
 #include "engines/Transcriber.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "settings/Config.h"
 #include "support/StubServer.h"
 #include "support/WindowTest.h"

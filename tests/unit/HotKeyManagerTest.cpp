@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "input/HotKeyManager.h"
 #include "settings/Config.h"
 #include "support/PlatformTest.h"

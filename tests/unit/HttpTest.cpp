@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EngineTest.h"
 #include "support/Http.h"
 #include "support/Worker.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "input/Injector.h"
 #include "input/Pace.h"
 #include "support/MainQueue.h"

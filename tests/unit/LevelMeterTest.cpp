@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/LevelMeter.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/base/InheritedEnvironment.h"
 #include "platform/linux/base/JsonUserDefaults.h"
 #include "platform/linux/base/LinuxBundle.h"

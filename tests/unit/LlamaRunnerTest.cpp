@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EngineTest.h"
 #include "engines/CleanupPrompt.h"
 #include "engines/LlamaRunner.h"

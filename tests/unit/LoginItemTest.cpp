@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/session/XdgLoginItem.h"
 #include "support/Error.h"
 

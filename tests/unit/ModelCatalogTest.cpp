@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/ModelCatalog.h"
 #include "settings/Config.h"
 #include "support/PlatformTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/ModelsMove.h"
 #include "models/ModelsMover.h"
 #include "support/PlatformTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "models/ModelsMove.h"
 #include "support/FileSizeLimit.h"
 #include "support/PlatformTest.h"

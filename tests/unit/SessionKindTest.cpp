@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/NullDesktop.h"
 #include "platform/linux/session/SessionKind.h"
 #include "support/UniqueFd.h"

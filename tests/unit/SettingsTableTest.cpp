@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "input/HotKeyManager.h"
 #include "models/ModelCatalog.h"
 #include "settings/Settings.h"

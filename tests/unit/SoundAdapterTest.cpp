@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sound/MicrophoneChoice.h"
 #include "platform/linux/sound/PulseReason.h"
 #include "platform/sound/ArrivalClock.h"

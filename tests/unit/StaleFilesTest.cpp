@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "app/StaleFiles.h"
 #include "audio/CaptureFile.h"
 #include "support/FileLock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/Stop.h"
 
 #include <gtest/gtest.h>

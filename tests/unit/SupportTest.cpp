@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/AskedWaits.h"
 #include "support/Clock.h"
 #include "support/Error.h"

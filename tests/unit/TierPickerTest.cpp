@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "settings/Config.h"
 #include "support/WindowTest.h"
 #include "ui/TierPicker.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EngineTest.h"
 #include "engines/Transcriber.h"
 #include "support/Error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
 #include "update/UpdateAuthenticity.h"
 #include "update/UpdateInstaller.h"

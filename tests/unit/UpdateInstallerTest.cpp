@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
 #include "support/FileSizeLimit.h"
 #include "support/ZipExtraction.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
 #include "platform/linux/base/BundleReplacement.h"
 #include "support/FileSizeLimit.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
 #include "support/StubServer.h"
 #include "update/Updater.h"

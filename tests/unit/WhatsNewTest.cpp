@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/WindowTest.h"
 #include "update/WhatsNew.h"
 

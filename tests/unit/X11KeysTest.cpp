@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/x11/KeyMap.h"
 #include "platform/linux/x11/KeyPool.h"
 #include "platform/linux/x11/KeySymbols.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "app/menu/StatusMenu.h"
 
 #include "platform/Platform.h"

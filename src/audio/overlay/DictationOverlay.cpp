@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/overlay/DictationOverlay.h"
 
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/overlay/StrokeRasterizer.h"
 
 #include <algorithm>

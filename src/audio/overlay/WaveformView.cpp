@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/overlay/WaveformView.h"
 
 #include <algorithm>

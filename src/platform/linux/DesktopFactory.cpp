@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/DesktopFactory.h"
 
 #include "platform/linux/desktop/NullDesktop.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/Adapters.h"

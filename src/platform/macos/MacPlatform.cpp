@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/MacPlatform.h"
 
 #include "platform/Adapters.h"

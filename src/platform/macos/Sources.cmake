@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The adapters for macOS by language. Tests on other systems take the same lists.
 set(macos_cxx_sources
     base/ChildWatch.cpp base/ChildWatch.h

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/sound/BlockAssembler.h"
 
 #include <algorithm>

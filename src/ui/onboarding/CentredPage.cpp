@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/onboarding/CentredPage.h"
 
 #include "ui/onboarding/InkColour.h"

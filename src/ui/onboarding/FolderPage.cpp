@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/onboarding/FolderPage.h"
 
 #include "ui/onboarding/InkColour.h"

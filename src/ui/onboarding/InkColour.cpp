@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/onboarding/InkColour.h"
 
 #include "ui/views/Labels.h"

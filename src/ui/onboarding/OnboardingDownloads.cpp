@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/onboarding/OnboardingDownloads.h"
 
 #include "settings/Config.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/onboarding/PermissionPage.h"
 
 #include "ui/onboarding/CheckLine.h"

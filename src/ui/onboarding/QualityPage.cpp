@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/onboarding/QualityPage.h"
 
 #include "ui/onboarding/InkColour.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/onboarding/StepDots.h"
 
 #include "ui/onboarding/InkColour.h"

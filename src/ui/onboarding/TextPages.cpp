@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/onboarding/TextPages.h"
 
 #include "ui/onboarding/CentredPage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/settings/CleanupTab.h"
 
 #include "engines/OllamaModels.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/settings/DictationTab.h"
 
 #include "input/HotKeyManager.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/settings/DictionaryTab.h"
 
 #include "settings/Config.h"

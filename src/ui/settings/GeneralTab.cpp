@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/settings/GeneralTab.h"
 
 #include "platform/Platform.h"

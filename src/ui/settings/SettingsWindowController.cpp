@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/settings/SettingsWindowController.h"
 
 #include "ui/settings/SettingsView.h"

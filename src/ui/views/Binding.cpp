@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/Binding.h"
 
 #include "settings/Config.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/ChoiceRow.h"
 
 #include "ui/views/Controls.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/Controls.h"
 
 #include "ui/views/Labels.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/Labels.h"
 
 #include "ui/views/SystemColour.h"

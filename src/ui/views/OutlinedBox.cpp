@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/OutlinedBox.h"
 
 #include "ui/views/Labels.h"

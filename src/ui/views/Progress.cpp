@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/Progress.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/SymbolIcon.h"
 
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/SymbolView.h"
 
 #include "ui/views/SymbolIcon.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/views/Translation.h"
 
 #include "platform/Platform.h"

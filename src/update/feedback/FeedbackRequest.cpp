@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/feedback/FeedbackRequest.h"
 
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/feedback/FeedbackView.h"
 
 #include "settings/Config.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/feedback/FeedbackWindowController.h"
 
 #include "settings/Config.h"

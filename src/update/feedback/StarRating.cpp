@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/feedback/StarRating.h"
 
 #include "ui/views/SymbolView.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/dictation/ProgramTest.h"
 
 #include <csignal>

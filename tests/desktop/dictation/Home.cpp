@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/dictation/Home.h"
 
 #include "Demo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/dictation/ProgramTest.h"
 #include "desktop/tray/TrayHost.h"
 #include "support/SoundServer.h"

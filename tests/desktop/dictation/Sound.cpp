@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/dictation/Sound.h"
 
 #include "desktop/dictation/Program.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/hotkey/HotKeyFixture.h"
 #include "desktop/hotkey/OtherClient.h"
 

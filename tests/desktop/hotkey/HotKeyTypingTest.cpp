@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/hotkey/HotKeyFixture.h"
 #include "platform/linux/x11/X11KeyboardSynthesizer.h"
 #include "support/Clock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/hotkey/OtherClient.h"
 
 #include "support/Waiting.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Takes pictures of the program's indicators, on a desktop of 1280 x 800 points.
 //
 // usage: indicator_pictures FOLDER SCALE     writes FOLDER/NAME.png, at scale 2 FOLDER/NAME@2x.png

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/indicators/IndicatorProcess.h"
 
 #include "support/Error.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The program's indicators alone, on the real desktop: the status item with its menu and the overlay, doing
 // what the lines of the standard input say and telling on the standard output what the user chose.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/indicators/Screen.h"
 
 #include "support/Error.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // usage: receiver_chromium TITLE FILE
 // A browser window with a text area, whose text is kept in FILE; FILE is made when the text area has the
 // focus. The page comes from a small server in this program, and reports its text there.

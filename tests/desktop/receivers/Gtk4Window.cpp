@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "GtkReceiver.h"
 
 namespace receiver {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // usage: receiver_gtk3|receiver_gtk4 TITLE FILE
 // A window with a text view, whose text is kept in FILE; FILE is made when the text view has the focus.
 

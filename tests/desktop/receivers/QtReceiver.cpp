@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // usage: receiver_qt TITLE FILE
 // A window with a menu bar and a text field, whose text is kept in FILE; FILE is made when the field has the
 // focus. Ctrl+L empties the field without selecting anything. With RECEIVER_WITHOUT_MENU in the environment

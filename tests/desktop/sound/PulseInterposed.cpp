@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/sound/PulseInterposed.h"
 
 #include <dlfcn.h>

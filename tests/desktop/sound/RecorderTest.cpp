@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/AudioRecorder.h"
 #include "desktop/sound/PulseInterposed.h"
 #include "platform/linux/sound/PulseAudioInput.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/sound/PulseInterposed.h"
 #include "platform/linux/sound/PulseAudioInput.h"
 #include "platform/linux/sound/PulseCapture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/stress/Footprint.h"
 
 #include <QDir>

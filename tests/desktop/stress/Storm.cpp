@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/stress/Storm.h"
 
 #include "desktop/stress/Footprint.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/stress/StubEngines.h"
 
 #include "desktop/dictation/Home.h"

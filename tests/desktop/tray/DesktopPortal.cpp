@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/tray/DesktopPortal.h"
 
 namespace parlivo::desktop {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/tray/NotifierWatcher.h"
 
 #include "support/Waiting.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/tray/StateIcons.h"
 
 #include "support/Error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/indicators/IndicatorProcess.h"
 #include "desktop/tray/DesktopPortal.h"
 #include "desktop/tray/NotifierWatcher.h"

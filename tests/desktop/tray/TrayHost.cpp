@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/tray/TrayHost.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/indicators/IndicatorProcess.h"
 #include "desktop/indicators/Screen.h"
 #include "desktop/tray/StateIcons.h"

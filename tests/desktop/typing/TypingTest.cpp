@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "input/Injector.h"
 #include "platform/linux/x11/KeyEvents.h"
 #include "platform/linux/x11/KeySymbols.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A panel on the session bus, as a status item sees one: the watcher that it registers with, and its menu."""
 import threading
 

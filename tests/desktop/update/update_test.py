@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Updates the real program as a user does: installs it from its archive, chooses the new version in the menu of the
 panel, confirms, and looks at what runs then.
 

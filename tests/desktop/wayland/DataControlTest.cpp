@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/wayland/Sway.h"
 #include "platform/linux/wayland/DataControlPasteboard.h"
 #include "support/Waiting.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/wayland/Sway.h"
 
 #include "support/Error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/dictation/ProgramTest.h"
 #include "desktop/tray/NotifierWatcher.h"
 #include "desktop/wayland/Sway.h"

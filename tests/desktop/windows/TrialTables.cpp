@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The catalogue of the trial program: the tiers of the real one, with small files in place of theirs. The two
 // recommended ones are the demonstration's models, so that the program can be used afterwards.
 

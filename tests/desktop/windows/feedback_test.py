@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The feedback window.
 
 usage: feedback_test.py TRIAL_PROGRAM [CASE...]

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The first run, from the first page to the first dictation.
 
 usage: onboarding_test.py TRIAL_PROGRAM [CASE...]

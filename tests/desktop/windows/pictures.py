@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Takes pictures of the windows of the real program, led through its states over the accessibility bus.
 
 usage: pictures.py PARLIVO FOLDER light|dark|refused SCALE

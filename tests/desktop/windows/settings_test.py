@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The settings window: every control, what it stores and what it sets in motion.
 
 usage: settings_test.py TRIAL_PROGRAM [CASE...]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A display that lets nobody type until it is told to: the real one seen through a socket of its own."""
 import os
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the tests of the windows share: the program, what a screen reader sees of it, and the servers it talks to."""
 import http.server
 import json

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "audio/AudioRecorder.h"
 #include "platform/macos/MacTest.h"
 #include "platform/macos/fakes/FakeObjects.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/MacTest.h"
 #include "platform/macos/base/MacBundle.h"
 #include "platform/macos/base/MacDirectories.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "input/HotKeyManager.h"
 #include "platform/macos/MacTest.h"
 #include "platform/macos/fakes/FakeCarbon.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/MacTest.h"
 #include "platform/macos/base/ChildWatch.h"
 #include "support/ChildProcess.h"

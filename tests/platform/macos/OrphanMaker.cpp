@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Starts the program named by its arguments the way Parlivo starts an engine on macOS, prints its process id,
 // and waits to be killed.
 #include "platform/macos/base/ChildWatch.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "input/Injector.h"
 #include "platform/macos/MacTest.h"
 #include "platform/macos/fakes/FakeObjects.h"

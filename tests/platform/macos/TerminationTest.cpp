@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/MacTest.h"
 #include "platform/macos/base/TerminationEvents.h"
 #include "support/Waiting.h"

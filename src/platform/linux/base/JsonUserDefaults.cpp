@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/base/JsonUserDefaults.h"
 
 #include "support/FileLock.h"

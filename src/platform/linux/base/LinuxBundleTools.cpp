@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/base/LinuxBundleTools.h"
 
 #include "platform/linux/base/BundleReplacement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/LinuxStatusItemHost.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sound/PulseConnection.h"
 
 #include "platform/linux/sound/PulseReason.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sound/PulseMicrophone.h"
 
 #include "platform/linux/sound/PulseAudioInput.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sound/PulseSounds.h"
 
 #include "platform/linux/sound/PulseConnection.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sound/SndfileWavConverter.h"
 
 #include "platform/linux/sound/ConversionError.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sound/WavWriter.h"
 
 #include "platform/linux/sound/ConversionError.h"

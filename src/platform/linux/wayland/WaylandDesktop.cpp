@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/wayland/WaylandDesktop.h"
 
 #include "platform/linux/base/InheritedEnvironment.h"

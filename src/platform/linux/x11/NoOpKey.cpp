@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/x11/NoOpKey.h"
 
 #include "platform/linux/x11/XcbHandles.h"

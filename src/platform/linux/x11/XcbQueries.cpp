@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/x11/XcbQueries.h"
 
 #include "platform/linux/x11/XcbHandles.h"

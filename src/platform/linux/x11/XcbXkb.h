@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The keyboard extension's header names a field with a word that C++ keeps for itself.

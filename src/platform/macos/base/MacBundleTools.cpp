@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/base/MacBundleTools.h"
 
 #include "platform/macos/base/MacBundle.h"

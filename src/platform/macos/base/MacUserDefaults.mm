@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/base/MacUserDefaults.h"
 
 #include "platform/macos/base/Strings.h"

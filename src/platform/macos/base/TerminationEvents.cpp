@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/base/TerminationEvents.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/desktop/MacFloatingPanels.h"
 
 #include "platform/macos/desktop/PanelWindow.h"

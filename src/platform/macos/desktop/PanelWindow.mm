@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/desktop/PanelWindow.h"
 
 #include <AppKit/AppKit.h>

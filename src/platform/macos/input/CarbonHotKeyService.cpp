@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/input/CarbonHotKeyService.h"
 
 #include <Carbon/Carbon.h>

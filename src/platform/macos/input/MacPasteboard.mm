@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/input/MacPasteboard.h"
 
 #include "platform/macos/base/Strings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/input/QuartzKeyboardSynthesizer.h"
 
 #include "platform/macos/base/CoreFoundationHandle.h"

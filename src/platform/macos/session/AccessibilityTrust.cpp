@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/session/AccessibilityTrust.h"
 
 #include "platform/macos/base/CoreFoundationHandle.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/session/MacLoginItem.h"
 
 #include "platform/macos/base/Errors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/session/MacPermissions.h"
 
 #include "platform/macos/session/AccessibilityTrust.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/session/MacWorkspace.h"
 
 #include "platform/macos/base/Strings.h"

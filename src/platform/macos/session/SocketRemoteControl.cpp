@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/session/SocketRemoteControl.h"
 
 #include "platform/macos/session/LocalSocket.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/sound/AfconvertWavConverter.h"
 
 #include "support/Error.h"

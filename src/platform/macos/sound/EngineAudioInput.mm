@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/sound/EngineAudioInput.h"
 
 #include "platform/macos/base/Errors.h"

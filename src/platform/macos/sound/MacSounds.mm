@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/sound/MacSounds.h"
 
 #include "platform/macos/base/Strings.h"

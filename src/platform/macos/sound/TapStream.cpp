@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/sound/TapStream.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Has CMake generate the build files for macOS where no macOS is at hand: nothing is compiled or linked with them. Qt and
 # the libraries found are this system's.
 set(CMAKE_SYSTEM_NAME Darwin)

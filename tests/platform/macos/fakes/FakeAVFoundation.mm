@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // AVFoundation with its audio engine, as far as the adapters use it.
 #include "platform/macos/fakes/Calls.h"
 #include "platform/macos/fakes/FakeFoundation.h"

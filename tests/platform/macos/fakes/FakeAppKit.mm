@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // AppKit and ServiceManagement, as far as the adapters use them.
 #include "platform/macos/fakes/Calls.h"
 #include "platform/macos/fakes/FakeFoundation.h"

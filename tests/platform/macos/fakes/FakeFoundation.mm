@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Foundation, as far as the adapters use it.
 #include "platform/macos/fakes/FakeFoundation.h"
 

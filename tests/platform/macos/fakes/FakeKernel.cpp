@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Kernel events (kqueue) for the ends of processes, through what Linux has for them. It runs in processes
 // that share memory with nobody and have only plain calls of the system.
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/macos/fakes/FakeQuartz.h"
 
 #include "platform/macos/fakes/Calls.h"

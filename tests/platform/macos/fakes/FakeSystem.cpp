@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The calls of the system below the frameworks: its log.
 #include "platform/macos/fakes/Calls.h"
 
