@@ -6,6 +6,8 @@
 #include "platform/macos/session/MacPermissions.h"
 #include "platform/macos/session/MacWorkspace.h"
 
+#include <vector>
+
 namespace parlivo {
 namespace {
 
@@ -60,6 +62,18 @@ TEST_F(SessionTest, TheMicrophonesStatusIsTheSystems) {
         EXPECT_EQ(permissions.microphone(), row.expected) << row.status;
     }
     EXPECT_EQ(mac::takeCalls(), QStringList(4, QStringLiteral("status of soun")));
+}
+
+TEST_F(SessionTest, TheSystemsAnswerToTheRequestIsPassedOn) {
+    MacPermissions permissions;
+    std::vector<bool> answers;
+    for (const bool granted : {true, false}) {
+        mac::world().grantsMicrophone = granted;
+        permissions.requestMicrophone(MicrophoneCheck::WithoutRecording,
+                                      [&answers](bool answer) { answers.push_back(answer); });
+    }
+    EXPECT_EQ(answers, (std::vector<bool>{true, false}));
+    EXPECT_EQ(mac::takeCalls(), QStringList(2, QStringLiteral("request soun")));
 }
 
 TEST_F(SessionTest, AccessibilityIsAskedWithAndWithoutThePrompt) {
