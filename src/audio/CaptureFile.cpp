@@ -3,6 +3,7 @@
 
 #include "support/Error.h"
 #include "support/FileLock.h"
+#include "support/OwnerOnly.h"
 
 #include <QFile>
 
@@ -14,7 +15,7 @@ namespace {
 
 /// Locked, so that no other start of the program takes it for a stale file. The caller closes it.
 int createPrivateFile(const QString& path) {
-    UniqueFd file = createLockedFile(path, 0600);
+    UniqueFd file = createLockedFile(path, ownerOnlyMode);
     if (!file) throw Error::system(errno, path);
     return file.release();
 }

@@ -2,10 +2,10 @@
 #include "engines/CleanupPrompt.h"
 
 #include "settings/Config.h"
+#include "support/OwnerOnly.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStringDecoder>
 
 #include <optional>
@@ -74,14 +74,6 @@ std::optional<QString> readUtf8(const QString& path) {
     return text;
 }
 
-void writeForOwner(const QString& path, const QString& text) {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) return;
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    file.write(text.toUtf8());
-    file.commit();
-}
-
 }  // namespace
 
 QString builtinPrompt(CleanupLevel level) {
@@ -91,7 +83,7 @@ QString builtinPrompt(CleanupLevel level) {
 QString loadPrompt() {
     if (const auto own = readUtf8(promptFile()); own && !own->trimmed().isEmpty()) return *own;
     QString text = opening + fileRules + closing;
-    writeForOwner(promptFile(), text);
+    replaceOwnerOnlyFile(promptFile(), text.toUtf8());
     return text;
 }
 

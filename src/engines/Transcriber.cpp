@@ -59,7 +59,8 @@ QString prompt(const QString& language) {
     return Text::trimmedBlanks(text);
 }
 
-/// The parts of a multipart/form-data body (RFC 7578) before and after the recording itself.
+/// The parts of a multipart/form-data body (RFC 7578) before and after the recording itself. Not through
+/// libcurl, which chooses the boundary itself: ours is stated.
 class Form {
   public:
     explicit Form(const QByteArray& boundary) : delimiter_("--" + boundary) {}

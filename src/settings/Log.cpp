@@ -2,18 +2,16 @@
 #include "settings/Log.h"
 
 #include "platform/Platform.h"
+#include "support/OwnerOnly.h"
 #include "support/SerialQueue.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 
 namespace parlivo::Log {
 
 namespace {
-
-constexpr QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
 
 SerialQueue& queue() {
     static SerialQueue instance(QStringLiteral("parlivo.log"), SerialQueue::AtEnd::FinishWaiting);
@@ -31,17 +29,9 @@ bool append(const QString& file, const QByteArray& line) {
            log.write(line) == line.size();
 }
 
-void create(const QString& file, const QByteArray& line) {
-    QSaveFile log(file);
-    if (!log.open(QIODevice::WriteOnly)) return;
-    log.setPermissions(ownerOnly);
-    log.write(line);
-    log.commit();
-}
-
 void write(const QString& message) {
     const QByteArray line = record(message);
-    if (!append(path(), line) && !QFile::exists(path())) create(path(), line);
+    if (!append(path(), line) && !QFile::exists(path())) replaceOwnerOnlyFile(path(), line);
 }
 
 QString createdPath() {

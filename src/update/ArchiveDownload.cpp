@@ -4,6 +4,7 @@
 #include "platform/Platform.h"
 #include "support/FileLock.h"
 #include "support/Http.h"
+#include "support/OwnerOnly.h"
 #include "support/Uuid.h"
 
 #include <QFile>
@@ -14,7 +15,7 @@ FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const StopToke
     const auto kept = std::make_shared<ScopedFile>(Platform::current().directories().temporary() +
                                                    QStringLiteral("/parlivo-update-%1.zip").arg(freshUuid()));
     QFile file(kept->path());
-    UniqueFd descriptor = createLockedFile(kept->path(), 0600);
+    UniqueFd descriptor = createLockedFile(kept->path(), ownerOnlyMode);
     const bool isOpen =
         descriptor && file.open(descriptor.release(), QIODevice::WriteOnly | QIODevice::Unbuffered,
                                 QFileDevice::AutoCloseHandle);

@@ -2,6 +2,7 @@
 #include "platform/linux/base/JsonUserDefaults.h"
 
 #include "support/FileLock.h"
+#include "support/OwnerOnly.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -45,11 +46,10 @@ QSettings::Format jsonFormat() {
 void createPrivately(const QString& path) {
     QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
-    if (!file.exists() &&
-        file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner)) {
+    if (!file.exists() && file.open(QIODevice::WriteOnly | QIODevice::NewOnly, ownerOnly)) {
         return;
     }
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    file.setPermissions(ownerOnly);
 }
 
 /// Deletes what killed programs were writing beside the settings, under the names that QSaveFile gives. While

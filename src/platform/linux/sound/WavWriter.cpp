@@ -2,11 +2,11 @@
 #include "platform/linux/sound/WavWriter.h"
 
 #include "platform/linux/sound/ConversionError.h"
+#include "support/FileLock.h"
+#include "support/OwnerOnly.h"
+#include "support/UniqueFd.h"
 
 #include <QFile>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -24,11 +24,10 @@ constexpr float sampleLimit = 16.0F;
 
 /// A new file that only the user can read, in the place of any other.
 int createPrivateFile(const QString& path) {
-    const QByteArray name = QFile::encodeName(path);
-    ::unlink(name.constData());
-    const int descriptor = ::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (descriptor < 0) throw conversionError(std::strerror(errno));
-    return descriptor;
+    QFile::remove(path);
+    UniqueFd descriptor = createLockedFile(path, ownerOnlyMode);
+    if (!descriptor) throw conversionError(std::strerror(errno));
+    return descriptor.release();
 }
 
 /// Owns the descriptor from now on.

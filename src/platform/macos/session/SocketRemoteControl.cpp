@@ -2,6 +2,7 @@
 #include "platform/macos/session/SocketRemoteControl.h"
 
 #include "platform/macos/session/LocalSocket.h"
+#include "support/OwnerOnly.h"
 
 #include <QDir>
 #include <QFile>
@@ -172,9 +173,8 @@ SocketRemoteControl::~SocketRemoteControl() = default;
 RemoteControl::Instance SocketRemoteControl::registerInstance() {
     if (lock_) return Instance::Only;
     QDir().mkpath(folder_);
-    constexpr int ownerOnly = 0600;
     UniqueFd file(open(QFile::encodeName(lockIn(folder_)).constData(),
-                       O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnly));
+                       O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnlyMode));
     // Better two instances than none.
     if (!file) return Instance::Only;
     if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) return Instance::Another;

@@ -2,6 +2,7 @@
 #include "platform/macos/sound/AfconvertWavConverter.h"
 
 #include "support/Error.h"
+#include "support/OwnerOnly.h"
 
 #include <QFile>
 #include <QProcess>
@@ -43,7 +44,7 @@ void AfconvertWavConverter::convert(const QString& source, const QString& destin
     if (!process.waitForStarted()) throw launchError(process);
     process.waitForFinished(-1);
     if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0) {
-        QFile::setPermissions(destination, QFile::ReadOwner | QFile::WriteOwner);
+        QFile::setPermissions(destination, ownerOnly);
         return;
     }
     QFile::remove(destination);
