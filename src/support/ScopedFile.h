@@ -3,11 +3,9 @@
 
 #include "support/FileLock.h"
 
-#include <QFile>
 #include <QString>
 
 #include <optional>
-#include <utility>
 
 namespace parlivo {
 
@@ -16,19 +14,15 @@ namespace parlivo {
 class ScopedFile {
   public:
     /// Locks the file if it exists.
-    explicit ScopedFile(QString path) : path_(std::move(path)) { lock(); }
-    ~ScopedFile() { remove(); }
+    explicit ScopedFile(QString path);
+    ~ScopedFile();
     ScopedFile(const ScopedFile&) = delete;
     ScopedFile& operator=(const ScopedFile&) = delete;
 
     const QString& path() const { return path_; }
     /// Locks a file that was made since.
-    void lock() { lock_ = FileLock::acquire(path_); }
-    void remove() {
-        QFile::remove(path_);
-        // The system keeps the contents as long as somebody has the file open.
-        lock_.reset();
-    }
+    void lock();
+    void remove();
 
   private:
     const QString path_;
