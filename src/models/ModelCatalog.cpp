@@ -49,14 +49,15 @@ std::optional<Fault> faultOf(const Entry& entry) {
     if (isDownloaded(entry)) return std::nullopt;
     const QFileInfo file = fileOf(entry);
     if (!file.isFile()) {
-        return Fault{Texts::tr("modello mancante: ") + entry.fileName,
-                     QStringLiteral("modello mancante: ") + file.filePath()};
+        const QString text = Texts::tr("modello mancante: %1");
+        return Fault{text.arg(entry.fileName), text.arg(file.filePath())};
     }
-    return Fault{Texts::tr("modello incompleto: ") + entry.fileName,
-                 QStringLiteral("modello incompleto: %1 (%2 byte invece di %3)")
-                     .arg(file.filePath())
-                     .arg(file.size())
-                     .arg(entry.expectedSize)};
+    const QString text = Texts::tr("modello incompleto: %1");
+    const QString sizes = Texts::tr("%1 (%2 byte invece di %3)")
+                              .arg(file.filePath())
+                              .arg(file.size())
+                              .arg(entry.expectedSize);
+    return Fault{text.arg(entry.fileName), text.arg(sizes)};
 }
 
 }  // namespace parlivo::ModelCatalog

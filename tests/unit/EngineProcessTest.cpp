@@ -187,6 +187,7 @@ TEST_F(EngineProcessTest, AServerThatLoadsIsNotStartedAgain) {
 TEST_F(EngineProcessTest, AServerThatLoadsAnotherModelIsReplaced) {
     installLlama({{QStringLiteral("text"), QStringLiteral("lenta")}, {QStringLiteral("loading"), 3'600'000}});
     LlamaRunner::ensureServer();
+    ASSERT_TRUE(eventually([this] { return !starts(lightModel).empty(); }));
     installLlama(answering(QStringLiteral("Ciao")), QStringLiteral("full"));
     EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
     EXPECT_TRUE(eventually([this] { return !lives(starts(lightModel).front().process); }));
@@ -211,6 +212,7 @@ TEST_F(EngineProcessTest, AnEngineThatLetsARequestTimeOutIsReplaced) {
 struct StartGate {
     std::atomic<bool> reached = false;
     std::atomic<bool> open = false;
+    std::atomic<pid_t> process = 0;  ///< the one that is being started
 };
 
 TEST_F(EngineProcessTest, EndingAServerDoesNotWaitForItsStart) {
@@ -220,6 +222,7 @@ TEST_F(EngineProcessTest, EndingAServerDoesNotWaitForItsStart) {
             StartGate;
     ChildProcess::setChildSetup([gate, setup = linuxChildSetup()] {
         setup();
+        gate->process = getpid();
         gate->reached = true;
         while (!gate->open) usleep(1000);
     });
@@ -231,8 +234,7 @@ TEST_F(EngineProcessTest, EndingAServerDoesNotWaitForItsStart) {
     pipeline.join();
     stopped.wait();
     ChildProcess::setChildSetup(linuxChildSetup());
-    EXPECT_TRUE(eventually([this] { return !starts().empty() && !lives(starts().front().process); }))
-        << "what was started meanwhile ends, too";
+    EXPECT_TRUE(eventually([gate] { return !lives(gate->process); })) << "what was started meanwhile ends, too";
     munmap(gate, sizeof(StartGate));
 }
 

@@ -98,7 +98,7 @@ void Storm::findPresets() {
     ASSERT_TRUE(waitFor([this] {
         keyboard_.tap(keyboard_.keyOf(XKB_KEY_Tab));
         keyboard_.tap(keyboard_.keyOf(XKB_KEY_Down));
-        return waitFor([] { return preset() != 0; }, 300ms);
+        return waitFor([] { return preset() != 0; }, 1500ms);
     }));
     stepPreset(keyboard_.keyOf(XKB_KEY_Up));
     receiver_->focus();

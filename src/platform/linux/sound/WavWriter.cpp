@@ -24,8 +24,10 @@ constexpr float sampleLimit = 16.0F;
 
 /// A new file that only the user can read, in the place of any other.
 int createPrivateFile(const QString& path) {
-    QFile::remove(path);
     UniqueFd descriptor = createLockedFile(path, ownerOnlyMode);
+    if (!descriptor && errno == EEXIST && QFile::remove(path)) {
+        descriptor = createLockedFile(path, ownerOnlyMode);
+    }
     if (!descriptor) throw conversionError(std::strerror(errno));
     return descriptor.release();
 }
