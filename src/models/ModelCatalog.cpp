@@ -53,10 +53,8 @@ std::optional<Fault> faultOf(const Entry& entry) {
         return Fault{text.arg(entry.fileName), text.arg(file.filePath())};
     }
     const QString text = Texts::tr("modello incompleto: %1");
-    const QString sizes = Texts::tr("%1 (%2 byte invece di %3)")
-                              .arg(file.filePath())
-                              .arg(file.size())
-                              .arg(entry.expectedSize);
+    const QString sizes =
+        Texts::tr("%1 (%2 byte invece di %3)").arg(file.filePath()).arg(file.size()).arg(entry.expectedSize);
     return Fault{text.arg(entry.fileName), text.arg(sizes)};
 }
 

@@ -234,7 +234,8 @@ TEST_F(EngineProcessTest, EndingAServerDoesNotWaitForItsStart) {
     pipeline.join();
     stopped.wait();
     ChildProcess::setChildSetup(linuxChildSetup());
-    EXPECT_TRUE(eventually([gate] { return !lives(gate->process); })) << "what was started meanwhile ends, too";
+    EXPECT_TRUE(eventually([gate] { return !lives(gate->process); }))
+        << "what was started meanwhile ends, too";
     munmap(gate, sizeof(StartGate));
 }
 

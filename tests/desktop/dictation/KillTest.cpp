@@ -88,8 +88,7 @@ TEST_F(KillTest, WhileRecording) {
 }
 
 /// The moments at which a recording's files are deleted.
-class KillWhileDeleting : public KillTest,
-                            public testing::WithParamInterface<std::pair<const char*, int>> {};
+class KillWhileDeleting : public KillTest, public testing::WithParamInterface<std::pair<const char*, int>> {};
 
 TEST_P(KillWhileDeleting, NoRecordingSurvivesTheNextStart) {
     const auto& [step, files] = GetParam();
