@@ -3,6 +3,7 @@
 
 #include "platform/linux/x11/QtPasteboard.h"
 #include "platform/linux/x11/X11KeyboardSynthesizer.h"
+#include "settings/Log.h"
 #include "support/FakePlatform.h"
 
 #include <functional>
@@ -51,7 +52,11 @@ class TypingPlatform : public Platform {
 class TypingProgram {
   public:
     TypingProgram() { Platform::install(std::make_unique<TypingPlatform>()); }
-    ~TypingProgram() { Platform::install(nullptr); }
+    ~TypingProgram() {
+        // The log's thread asks the platform where the file is.
+        Log::flush();
+        Platform::install(nullptr);
+    }
     TypingProgram(const TypingProgram&) = delete;
     TypingProgram& operator=(const TypingProgram&) = delete;
 };

@@ -84,6 +84,15 @@ TEST_F(SoundFault, AFrozenSoundServerDoesNotFreezeTheProgram) {
     EXPECT_TRUE(waitFor([&] { return program_.statusText() == line; })) << qPrintable(program_.statusText());
     release();
     soundServer::thaw();
+    // Until the server has answered the question that waited for it, recordings are refused.
+    EXPECT_TRUE(waitFor([this] {
+        press();
+        letPass(std::chrono::milliseconds(50));
+        const bool records = program_.state() == QStringLiteral("recording");
+        release();
+        return records;
+    })) << qPrintable(program_.statusText());
+    EXPECT_TRUE(program_.waitForState(QStringLiteral("idle")));
     expectRecovery();
 }
 
