@@ -12,6 +12,7 @@
 #include "desktop/tray/NotifierWatcher.h"
 #include "dictation/ProcessStatus.h"
 #include "dictation/Testbed.h"
+#include "dictation/WithParlivo.h"
 #include "support/Keyboard.h"
 #include "support/Waiting.h"
 
@@ -37,26 +38,6 @@ QString textOf(qsizetype characters) {
     const QString prose = (sentence + QLatin1Char(' ')).repeated(characters / sentence.size());
     return prose.left(characters - 1) + QLatin1Char('.');
 }
-
-/// The user of Parlivo.
-class WithParlivo : public DictationMethod {
-  public:
-    explicit WithParlivo(Program& program) : program_(program) {}
-    void press() override {
-        program_.forgetStates();
-        keyboard_.press(Key::leftAlt);
-        keyboard_.press(Key::space);
-    }
-    void release() override {
-        keyboard_.release(Key::space);
-        keyboard_.release(Key::leftAlt);
-    }
-    bool isOver() override { return program_.states().endsWith(QStringLiteral("idle")); }
-
-  private:
-    Program& program_;
-    Keyboard keyboard_;
-};
 
 /// The user of a script, which some program of the desktop starts and tells when the key is pressed and
 /// released.

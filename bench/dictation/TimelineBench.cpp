@@ -11,6 +11,7 @@
 #include "desktop/dictation/Sound.h"
 #include "dictation/FileEvents.h"
 #include "dictation/Testbed.h"
+#include "dictation/WithParlivo.h"
 #include "support/Keyboard.h"
 
 #include <QApplication>
@@ -26,25 +27,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace desktop;
-
-class WithParlivo : public DictationMethod {
-  public:
-    explicit WithParlivo(Program& program) : program_(program) {}
-    void press() override {
-        program_.forgetStates();
-        keyboard_.press(Key::leftAlt);
-        keyboard_.press(Key::space);
-    }
-    void release() override {
-        keyboard_.release(Key::space);
-        keyboard_.release(Key::leftAlt);
-    }
-    bool isOver() override { return program_.states().endsWith(QStringLiteral("idle")); }
-
-  private:
-    Program& program_;
-    Keyboard keyboard_;
-};
 
 /// One row for each step; a step begins when the one before has ended.
 class Timeline {
