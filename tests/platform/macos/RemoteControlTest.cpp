@@ -17,7 +17,7 @@
 namespace parlivo {
 namespace {
 
-constexpr int patience = 20'000;  // ms
+constexpr int replyTimeout = 20'000;  // ms
 
 class RemoteControlTest : public MacTest {
   protected:
@@ -44,7 +44,7 @@ class RemoteControlTest : public MacTest {
 
     QByteArray ask(const QByteArray& line) const {
         return during<QByteArray>(
-            [this, line] { return LocalSocket::ask(socket, line, patience).value_or("no answer"); });
+            [this, line] { return LocalSocket::ask(socket, line, replyTimeout).value_or("no answer"); });
     }
 
     RemoteControl::Delivery send(RemoteCommand command) const {
@@ -132,7 +132,7 @@ TEST_F(RemoteControlTest, AWatcherIsToldEachChangeOfState) {
     const QStringList seen = during<QStringList>([&] {
         QStringList lines;
         const UniqueFd watcher = LocalSocket::connectTo(socket);
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience);
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(replyTimeout);
         LocalSocket::sendAll(watcher.get(), "Watch\n", end);
         while (lines.size() < 3) {
             const auto line = LocalSocket::receiveLine(watcher.get(), end);

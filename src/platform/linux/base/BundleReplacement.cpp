@@ -96,7 +96,7 @@ std::optional<int> waitFor(pid_t child) {
     while (true) {
         int status = 0;
         if (waitpid(child, &status, WNOHANG) == child) return status;
-        if (Clock::interrupted() && !ending) ending.emplace(copyPatience);
+        if (Clock::interrupted() && !ending) ending.emplace(copyTimeout);
         if (ending && ending->passed()) return std::nullopt;
         std::this_thread::sleep_for(interval);
     }

@@ -23,6 +23,6 @@ namespace parlivo {
 BundleTools::Replacement copyOver(const QString& rsync, const QString& source, const QString& destination);
 
 /// How long the program's end waits for copyOver(). A stated time, which Clock scales.
-constexpr std::chrono::seconds copyPatience{30};
+constexpr std::chrono::seconds copyTimeout{30};
 
 }  // namespace parlivo
