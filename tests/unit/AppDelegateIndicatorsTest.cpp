@@ -149,7 +149,10 @@ TEST_F(AppDelegateIndicatorsTest, EveryItemOfTheMenuDoesWhatItSays) {
     item(4)->trigger();
     EXPECT_EQ(platform.workspace().panes, (std::vector{PrivacyPane::Microphone, PrivacyPane::Accessibility}));
     for (const int number : {6, 7, 8}) item(number)->trigger();
-    EXPECT_EQ(calls().mid(calls().indexOf(line(u"install"))),
+    // The warm-ups are called from another thread: they may come in between.
+    QStringList made = calls();
+    made.removeIf([](const QString& call) { return call.startsWith(line(u"ensure")); });
+    EXPECT_EQ(made.mid(made.indexOf(line(u"install"))),
               Strings({line(u"install"), line(u"settings"), line(u"feedback")}));
 }
 
