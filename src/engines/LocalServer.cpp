@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "engines/LocalServer.h"
 
+#include "engines/EngineFiles.h"
 #include "engines/JsonExchange.h"
 #include "support/Error.h"
 
 #include <QCoreApplication>
+#include <QDir>
 
 #include <utility>
 
@@ -19,6 +21,8 @@ class Texts {
 constexpr std::chrono::milliseconds probeTimeout{1000};
 constexpr std::chrono::milliseconds probeLimit{1500};
 constexpr std::chrono::minutes longestLoad{5};
+/// Not scaled: the step before a request, which comes right after another one's answer, takes what it takes.
+constexpr std::chrono::milliseconds freshness{200};
 
 }  // namespace
 
@@ -32,10 +36,28 @@ bool LocalServer::answers() const {
     return reply.complete() && (traits_.accepts == Accepts::AnyStatus || reply.status == 200);
 }
 
-bool LocalServer::isAlive() {
-    if (!waitForFormer() || !answers()) return false;
+bool LocalServer::wasJustSeen() const {
     const std::lock_guard lock(mutex_);
-    if (started_) started_->wasAlive = true;
+    return started_ && started_->seen && Clock::now() - *started_->seen < freshness &&
+           started_->process->isRunning();
+}
+
+void LocalServer::noteAlive() {
+    const std::lock_guard lock(mutex_);
+    if (!started_) return;
+    started_->wasAlive = true;
+    started_->seen = Clock::now();
+}
+
+void LocalServer::forgetSight() {
+    const std::lock_guard lock(mutex_);
+    if (started_) started_->seen.reset();
+}
+
+bool LocalServer::isAlive() {
+    if (wasJustSeen()) return true;
+    if (!waitForFormer() || !answers()) return false;
+    noteAlive();
     return true;
 }
 
@@ -51,7 +73,11 @@ bool LocalServer::waitUntilAlive(std::chrono::milliseconds timeout) {
     return false;
 }
 
-void LocalServer::start(const ChildProcess::Program& program, const QString& model) {
+void LocalServer::start(ChildProcess::Program program, const QString& model) {
+    checkEngineFiles(program.path);
+    // ggml looks for its libraries in the current folder too: it must be one in which nobody else can put
+    // any.
+    program.workingFolder = QDir::rootPath();
     terminate();
     if (!waitForFormer()) {
         throw Error(QStringLiteral("Process"), 0, Texts::tr("il server precedente non termina"));
@@ -72,6 +98,7 @@ void LocalServer::start(const ChildProcess::Program& program, const QString& mod
 }
 
 std::optional<QJsonObject> LocalServer::ask(const HttpRequest& request) {
+    forgetSight();  // the request may be its end
     const HttpReply reply = JsonExchange::send(request);
     if (reply.timedOut) terminate();
     return JsonExchange::object(reply);

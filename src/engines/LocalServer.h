@@ -38,7 +38,9 @@ class LocalServer {
     explicit LocalServer(Traits traits) : traits_(std::move(traits)) {}
 
     /// Whether something answers on the server's address within 1.5 s, started by us or not. Waits first for
-    /// a server that we ended to be gone: until then it may still answer, and take a request with it.
+    /// a server that we ended to be gone: until then it may still answer, and take a request with it. A
+    /// server of ours that runs, has answered within the last 200 ms and got no request since is not asked
+    /// again.
     bool isAlive();
     /// Looks again and again until the server is alive, `timeout` has passed, or the server that we started
     /// has ended and nobody else answers in its place.
@@ -48,9 +50,9 @@ class LocalServer {
     bool isLoading(const QString& model) const;
 
     /// Ends the server that we started earlier, waits until it has really gone (two servers may share a port
-    /// without a word, and either would answer) and starts `program`, which loads `model`. Throws Error with
-    /// the system's reason when it cannot be started.
-    void start(const ChildProcess::Program& program, const QString& model);
+    /// without a word, and either would answer) and starts `program` in the root folder; it loads `model`, an
+    /// absolute path. Throws Error with the reason when it cannot be started or lacks a file.
+    void start(ChildProcess::Program program, const QString& model);
 
     /// Sends a request and reads the reply, one JSON object; nullopt if it is anything else. A server of ours
     /// that gives no reply in time is ended, so that its next use starts a fresh one.
@@ -66,6 +68,9 @@ class LocalServer {
 
   private:
     bool answers() const;
+    bool wasJustSeen() const;
+    void noteAlive();
+    void forgetSight();
     bool waitForFormer();
     std::shared_ptr<ChildProcess> process() const;
 
@@ -74,6 +79,7 @@ class LocalServer {
         QString model;
         Clock::Deadline loadLimit;
         bool wasAlive = false;
+        std::optional<Clock::TimePoint> seen{};  ///< alive, and not asked for anything since
     };
 
     const Traits traits_;

@@ -80,6 +80,7 @@ class ChildProcessThread : private LoopJobs {
         auto process = std::make_unique<QProcess>();
         process->setProgram(program.path);
         process->setArguments(program.arguments);
+        process->setWorkingDirectory(program.workingFolder);
         process->setStandardInputFile(QProcess::nullDevice());
         process->setStandardOutputFile(QProcess::nullDevice());
         process->setStandardErrorFile(QProcess::nullDevice());

@@ -23,6 +23,7 @@ class ChildProcess {
     struct Program {
         QString path;
         QStringList arguments;
+        QString workingFolder{};  ///< this program's own if empty
     };
 
     /// Starts a program. Throws Error (domain "Process") with the system's reason when it cannot be started.

@@ -10,7 +10,7 @@
 //   "lingering"    milliseconds that it goes on serving when asked to end
 //   "deaf"         it takes no notice of being asked
 // It writes a line to the file MODEL.starts for each start: its process id, the number of earlier ones that
-// still ran then, and its arguments, separated by tabs.
+// still ran then, and its arguments, separated by tabs; and a dot to MODEL.probes for each GET of "/".
 
 #include "support/StubServer.h"
 
@@ -60,6 +60,11 @@ void recordStart(const QString& model, const QByteArrayList& arguments) {
     file.write(QByteArray::number(getpid()) + '\t' + former + '\t' + arguments.join('\t') + '\n');
 }
 
+void recordProbe(const QString& model) {
+    QFile file(model + QStringLiteral(".probes"));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append) || !file.putChar('.')) _exit(1);
+}
+
 QJsonObject chatReply(const QJsonValue& text) {
     const QJsonObject message{{QStringLiteral("role"), QStringLiteral("assistant")},
                               {QStringLiteral("content"), text}};
@@ -83,7 +88,11 @@ std::map<QByteArray, StubServer::Script> paths(const QString& model, const QJson
     using Request = StubServer::Request;
     const auto text = [model] { return readBehaviour(model).value(QLatin1String("text")); };
     return {
-        {"/", [](const Request&) { return StubReply::body("<html></html>", 200, "text/html"); }},
+        {"/",
+         [=](const Request&) {
+             recordProbe(model);
+             return StubReply::body("<html></html>", 200, "text/html");
+         }},
         {"/inference",
          [=](const Request&) {
              return replyTo(model, behaviour, {{QStringLiteral("text"), text()}});

@@ -7,6 +7,8 @@
 #include "support/Error.h"
 #include "support/Http.h"
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 
@@ -108,6 +110,30 @@ TEST_F(EngineProcessTest, AWarmServerServesEveryDictation) {
     EXPECT_EQ(starts().size(), 1U);
 }
 
+TEST_F(EngineProcessTest, AServerThatWasJustAliveIsNotAskedAgain) {
+    installWhisper(answering(QStringLiteral("Ciao")));
+    ASSERT_EQ(transcription(), QStringLiteral("Ciao"));
+    const auto probes = [this] {
+        return QFileInfo(folder.filePath(QStringLiteral("ggml-model.bin.probes"))).size();
+    };
+    const auto probesOfADictation = [this, &probes] {
+        const qint64 before = probes();
+        EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+        return probes() - before;
+    };
+    // On a busy machine the answer may be old before it is used.
+    EXPECT_TRUE(eventually([&probesOfADictation] { return probesOfADictation() == 1; }));
+}
+
+TEST_F(EngineProcessTest, AServerThatEndedAfterItsAnswerIsReplaced) {
+    installWhisper(answering(QStringLiteral("Ciao")));
+    ASSERT_EQ(transcription(), QStringLiteral("Ciao"));
+    send(starts().front().process, SIGKILL);
+    ASSERT_TRUE(eventually([this] { return !lives(starts().front().process); }));
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    EXPECT_EQ(starts().size(), 2U);
+}
+
 TEST_F(EngineProcessTest, SlowLoadingIsWaitedFor) {
     installWhisper({{QStringLiteral("text"), QStringLiteral("Ciao")}, {QStringLiteral("loading"), 700}});
     installLlama({{QStringLiteral("text"), QStringLiteral("Ciao")}, {QStringLiteral("loading"), 700}});
@@ -135,6 +161,43 @@ TEST_F(EngineProcessTest, AProgramThatIsNotExecutableIsReportedToTheSystem) {
     platform.bundle().resources = {{QStringLiteral("whisper-server"), wav}};
     Transcriber::ensureServer();
     EXPECT_EQ(platform.systemLog().lines().size(), 1);
+}
+
+TEST_F(EngineProcessTest, NoEngineLooksForLibrariesInTheCurrentFolder) {
+    installWhisper({{QStringLiteral("idle"), true}});
+    installLlama({{QStringLiteral("idle"), true}});
+    Transcriber::ensureServer();
+    LlamaRunner::ensureServer();
+    ASSERT_TRUE(eventually([this] { return !starts().empty() && !starts(lightModel).empty(); }));
+    for (const Start& start : {starts().front(), starts(lightModel).front()}) {
+        EXPECT_EQ(QFile::symLinkTarget(QStringLiteral("/proc/%1/cwd").arg(start.process)),
+                  QStringLiteral("/"));
+    }
+}
+
+TEST_F(EngineProcessTest, AnEngineWithoutItsProcessorLibrariesIsReported) {
+    installWhisper(answering(QStringLiteral("Ciao")));
+    installLlama(answering(QStringLiteral("Ciao")));
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("engine")));
+    const QString server = folder.filePath(QStringLiteral("engine/server"));
+    const QString link = folder.filePath(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::copy(stubEngine(), server) && QFile::link(server, link));
+    writeFile(QStringLiteral("engine/libggml-base.so.0"), {});
+    platform.bundle().resources[QStringLiteral("whisper-server")] = link;
+    platform.bundle().resources[QStringLiteral("llama-server")] = link;
+
+    Transcriber::ensureServer();
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), std::nullopt);
+    const QString reason = QStringLiteral("mancano i file libggml-cpu-*.so in %1/engine: reinstalla Parlivo")
+                               .arg(QDir(folder.path()).canonicalPath());
+    EXPECT_EQ(platform.systemLog().lines(),
+              QStringList{QStringLiteral("Parlivo: impossibile avviare whisper-server: ") + reason});
+    EXPECT_EQ(logged(), QStringList{QStringLiteral("llama-server non avviabile: ") + reason});
+    EXPECT_TRUE(starts().empty() && starts(lightModel).empty());
+
+    writeFile(QStringLiteral("engine/libggml-cpu-x64.so"), {});
+    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
 }
 
 TEST_F(EngineProcessTest, AProgramThatDiesAtStartIsNotWaitedFor) {

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace parlivo {
+
+/// Throws Error (domain "Engine") if the engine could compute nothing for want of a file. Packages carry
+/// engines for any processor: beside the server and its libraries lies a library libggml-cpu-*.so for each
+/// kind of processor, from which ggml takes the best one that runs here. One that is missing makes way for
+/// the next best, but without any of them the engine ends when it loads its model, and its reason goes to the
+/// null device. Engines that were built for one processor are one file, and pass. Any thread.
+void checkEngineFiles(const QString& program);
+
+}  // namespace parlivo
