@@ -17,12 +17,6 @@ namespace {
 /// There is only one hot key at a time, so one identity does for all presets. The signature is "PRLV".
 constexpr HotKeyIdentity identity{.signature = 0x50524C56, .id = 1};
 
-void report(HotKeyRefusal refusal) {
-    Log::info(QStringLiteral("registrazione hotkey fallita (status %1) — probabilmente già in uso da "
-                             "un'altra app")
-                  .arg(refusal.status));
-}
-
 }  // namespace
 
 const std::vector<Preset>& HotKeyManager::presets() {
@@ -50,6 +44,7 @@ HotKeyManager::~HotKeyManager() {
     // Unregistering a key that is held down ends the hold, which must not be reported any more.
     onKeyDown = nullptr;
     onKeyUp = nullptr;
+    onOutcome = nullptr;
     hotKeyRef_.reset();
     handlerRef_.reset();
 }
@@ -70,7 +65,7 @@ void HotKeyManager::installHandler() {
         [this] {
             if (onKeyUp) onKeyUp();
         },
-        [](HotKeyRefusal refusal) { report(refusal); });
+        [this](std::optional<HotKeyRefusal> outcome) { report(outcome); });
 }
 
 void HotKeyManager::registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers) {
@@ -78,6 +73,17 @@ void HotKeyManager::registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers) {
     auto result = Platform::current().hotKeys().registerHotKey(keyCode, modifiers, identity);
     if (const auto* const refusal = std::get_if<HotKeyRefusal>(&result)) return report(*refusal);
     hotKeyRef_ = std::get<std::unique_ptr<HotKeyRegistration>>(std::move(result));
+    report(std::nullopt);
+}
+
+void HotKeyManager::report(std::optional<HotKeyRefusal> outcome) {
+    refusal_ = outcome;
+    if (outcome) {
+        Log::info(QStringLiteral("registrazione hotkey fallita (status %1) — probabilmente già in uso da "
+                                 "un'altra app")
+                      .arg(outcome->status));
+    }
+    if (onOutcome) onOutcome(refusal_);
 }
 
 }  // namespace parlivo

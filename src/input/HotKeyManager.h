@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace parlivo {
@@ -37,13 +38,21 @@ class HotKeyManager {
     /// this is logged and there is no hot key.
     void applyCurrentPreset();
 
+    /// Why the hot key does not work, or not under all lock keys: the system refused it, at its registration
+    /// or when the keyboard changed later. nullopt while it works, and before the first registration.
+    const std::optional<HotKeyRefusal>& refusal() const { return refusal_; }
+    /// Called with the new `refusal()` after each registration and whenever it changes later.
+    std::function<void(const std::optional<HotKeyRefusal>& refusal)> onOutcome;
+
     std::function<void()> onKeyDown;
     std::function<void()> onKeyUp;
 
   private:
     void installHandler();
     void registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers);
+    void report(std::optional<HotKeyRefusal> outcome);
 
+    std::optional<HotKeyRefusal> refusal_;
     std::unique_ptr<HotKeyRegistration> hotKeyRef_;
     std::unique_ptr<HotKeyHandler> handlerRef_;
 };

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <variant>
 
 namespace parlivo {
@@ -52,23 +53,26 @@ struct HotKeyIdentity {
 /// Why the system refused a hot key: its own status number, not 0.
 struct HotKeyRefusal {
     int status = 0;
+
+    bool operator==(const HotKeyRefusal&) const = default;
 };
 
 /// System-wide key combinations that report both edges. Main thread.
 class HotKeyService {
   public:
     using Edge = std::function<void()>;
-    using Loss = std::function<void(HotKeyRefusal)>;
+    using Change = std::function<void(std::optional<HotKeyRefusal>)>;
     using Result = std::variant<std::unique_ptr<HotKeyRegistration>, HotKeyRefusal>;
 
     virtual ~HotKeyService() = default;
 
     /// From now on the edges of every registered hot key are delivered on the main thread: one press and one
     /// release for each hold. Auto-repeat gives no further edges; a release that the system lost (locked
-    /// screen, other console) is delivered when the loss is noticed. `lost` tells that a hot key which was
-    /// registered does not work any more, or not under all lock keys: the keyboard changed and the system
-    /// refused to register it anew. The handler must not outlive the service.
-    virtual std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Loss lost) = 0;
+    /// screen, other console) is delivered when the loss is noticed. `changed` tells that a hot key which was
+    /// registered does not work any more, or not under all lock keys, because the keyboard changed and the
+    /// system refused to register it anew; and with nullopt that it works again. The handler must not outlive
+    /// the service.
+    virtual std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) = 0;
 
     /// Takes the combination from every other application. A refused one leaves nothing registered.
     virtual Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) = 0;

@@ -136,12 +136,12 @@ class Source : public KeyEventSource {
 
 }  // namespace
 
-std::unique_ptr<HotKeyHandler> HotKeys::installHandler(Edge pressedEdge, Edge releasedEdge, Loss loss) {
-    if (real) return real->installHandler(std::move(pressedEdge), std::move(releasedEdge), std::move(loss));
+std::unique_ptr<HotKeyHandler> HotKeys::installHandler(Edge pressedEdge, Edge releasedEdge, Change change) {
+    if (real) return real->installHandler(std::move(pressedEdge), std::move(releasedEdge), std::move(change));
     calls.append(QStringLiteral("install"));
     pressed = std::move(pressedEdge);
     released = std::move(releasedEdge);
-    lost = std::move(loss);
+    changed = std::move(change);
     return std::make_unique<AtEnd<HotKeyHandler>>([this] { calls.append(QStringLiteral("remove")); });
 }
 

@@ -105,7 +105,8 @@ class HotKeys : public parlivo::HotKeyService {
         HotKeyIdentity identity;
     };
 
-    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge, Loss loss) override;
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge,
+                                                  Change change) override;
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
 
     void press() const;
@@ -119,7 +120,7 @@ class HotKeys : public parlivo::HotKeyService {
     QStringList calls;                   ///< "install", "register 49 2048", "unregister", "remove"
     Edge pressed;
     Edge released;
-    Loss lost;
+    Change changed;
 };
 
 /// Key strokes as a list of words: "return", "tab", "key 9 1048576", or the character in angle quotes.

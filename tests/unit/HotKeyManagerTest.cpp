@@ -4,6 +4,8 @@
 #include "support/PlatformTest.h"
 
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace parlivo {
 namespace {
@@ -13,6 +15,7 @@ class HotKeyManagerTest : public PlatformTest {
     HotKeyManagerTest() {
         manager->onKeyDown = [this] { ++downs; };
         manager->onKeyUp = [this] { ++ups; };
+        manager->onOutcome = [this](const auto& refusal) { outcomes.push_back(refusal); };
     }
 
     void choose(const char* preset) { store(Settings::hotkeyPreset, QString::fromLatin1(preset)); }
@@ -21,6 +24,8 @@ class HotKeyManagerTest : public PlatformTest {
     std::unique_ptr<HotKeyManager> manager = std::make_unique<HotKeyManager>();
     int downs = 0;
     int ups = 0;
+    using Outcomes = std::vector<std::optional<HotKeyRefusal>>;
+    Outcomes outcomes;
 };
 
 struct Row {
@@ -160,11 +165,27 @@ TEST_F(HotKeyManagerTest, ItsEndUnregistersTheKeyAndThenTheHandler) {
     EXPECT_EQ(keys().calls.mid(2), QStringList({QStringLiteral("unregister"), QStringLiteral("remove")}));
 }
 
-TEST_F(HotKeyManagerTest, AHotKeyThatIsLostLaterIsLoggedLikeARefusedOne) {
+TEST_F(HotKeyManagerTest, AHotKeyThatIsLostLaterIsReportedLikeARefusedOne) {
     manager->applyCurrentPreset();
-    keys().lost({.status = 10});
-    EXPECT_TRUE(logged().contains(QStringLiteral(
-        "registrazione hotkey fallita (status 10) — probabilmente già in uso da un'altra app")));
+    keys().changed(HotKeyRefusal{10});
+    EXPECT_EQ(logged(), QStringList(QStringLiteral("registrazione hotkey fallita (status 10) — "
+                                                   "probabilmente già in uso da un'altra app")));
+    EXPECT_EQ(manager->refusal(), HotKeyRefusal{10});
+    keys().changed(std::nullopt);
+    EXPECT_EQ(manager->refusal(), std::nullopt);
+    EXPECT_EQ(outcomes, Outcomes({std::nullopt, HotKeyRefusal{10}, std::nullopt}));
+    EXPECT_EQ(logged().size(), 1);
+}
+
+TEST_F(HotKeyManagerTest, EveryRegistrationTellsItsOutcome) {
+    keys().refuseWith = 10;
+    manager->applyCurrentPreset();
+    EXPECT_EQ(manager->refusal(), HotKeyRefusal{10});
+    manager->applyCurrentPreset();
+    keys().refuseWith = 0;
+    manager->applyCurrentPreset();
+    EXPECT_EQ(manager->refusal(), std::nullopt);
+    EXPECT_EQ(outcomes, Outcomes({HotKeyRefusal{10}, HotKeyRefusal{10}, std::nullopt}));
 }
 
 }  // namespace

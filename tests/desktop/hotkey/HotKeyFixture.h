@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,7 @@ class HotKeyTest : public testing::Test {
   protected:
     HotKeyTest() {
         handler = service.installHandler([this] { ++presses; }, [this] { ++releases; },
-                                         [this](HotKeyRefusal refusal) { lost = refusal.status; });
+                                         [this](auto refusal) { outcomes.push_back(refusal); });
         keyboard.setRepeat(repeatDelay, repeatInterval);
     }
 
@@ -51,7 +52,7 @@ class HotKeyTest : public testing::Test {
 
     int presses = 0;
     int releases = 0;
-    int lost = 0;  ///< the status of the last loss
+    std::vector<std::optional<HotKeyRefusal>> outcomes;  ///< of the registration, as the keyboard changed
     Keyboard keyboard;
     X11HotKeyService service;
     std::unique_ptr<HotKeyHandler> handler;

@@ -18,8 +18,9 @@ using namespace std::chrono_literals;
 /// The manager's platform, with real keys.
 class RealHotKeys : public fake::HotKeys {
   public:
-    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge, Loss loss) override {
-        return service_.installHandler(std::move(pressedEdge), std::move(releasedEdge), std::move(loss));
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge,
+                                                  Change change) override {
+        return service_.installHandler(std::move(pressedEdge), std::move(releasedEdge), std::move(change));
     }
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override {
         return service_.registerHotKey(key, modifiers, identity);
@@ -66,16 +67,22 @@ class HotKeyManagerOnX11Test : public testing::Test {
         for (auto key = chord.rbegin(); key != chord.rend(); ++key) keyboard.release(*key);
         return waitFor([&] { return ups > before; }, 1s);
     }
-    static QString log() {
-        Log::flush();
-        QFile file(Log::path());
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+    /// What this case has logged.
+    QString log() const { return wholeLog().sliced(formerLog_); }
 
     Keyboard keyboard;
     std::unique_ptr<HotKeyManager> manager;
     int downs = 0;
     int ups = 0;
+
+  private:
+    static QString wholeLog() {
+        Log::flush();
+        QFile file(Log::path());
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+
+    const qsizetype formerLog_ = wholeLog().size();
 };
 
 TEST_F(HotKeyManagerOnX11Test, APresetTakenByAnotherProgramIsLoggedAndTheNextOneWorks) {

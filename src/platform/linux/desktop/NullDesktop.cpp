@@ -5,7 +5,7 @@
 
 namespace parlivo {
 
-std::unique_ptr<HotKeyHandler> NullHotKeyService::installHandler(Edge, Edge, Loss) {
+std::unique_ptr<HotKeyHandler> NullHotKeyService::installHandler(Edge, Edge, Change) {
     return std::make_unique<HotKeyHandler>();
 }
 

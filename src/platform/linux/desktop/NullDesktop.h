@@ -10,7 +10,7 @@ namespace parlivo {
 /// Refuses every hot key.
 class NullHotKeyService : public HotKeyService {
   public:
-    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Loss lost) override;
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
     /// The status is ENOTSUP.
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
 };

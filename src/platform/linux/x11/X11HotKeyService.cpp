@@ -70,7 +70,7 @@ class X11HotKeyService::Handler : public HotKeyHandler {
     ~Handler() override {
         service_.pressed_ = nullptr;
         service_.released_ = nullptr;
-        service_.lost_ = nullptr;
+        service_.changed_ = nullptr;
     }
     Handler(const Handler&) = delete;
     Handler& operator=(const Handler&) = delete;
@@ -94,16 +94,15 @@ class X11HotKeyService::Registration : public HotKeyRegistration {
 
     const x11::KeyCombination& combination() const { return combination_; }
 
-    /// Takes the combination with other locks. Where another client has some of them, the present ones stay;
-    /// the X error code is returned, else 0.
-    int regrab(const x11::LockModifiers& locks) {
-        if (!grab_) return 0;
-        const auto previous = grab_->locks();
+    /// Takes the combination with other locks. Where another client has some of them, the present ones stay.
+    void regrab(const x11::LockModifiers& locks) {
+        const auto previous = grab_ ? grab_->locks() : locks;
         grab_.reset();
-        const int error = grab(locks);
-        if (error != 0) grab(previous);
-        return error;
+        error_ = grab(locks);
+        if (error_ != 0 && previous != locks) grab(previous);
     }
+    /// The X error code of the last regrab, or 0.
+    int error() const { return error_; }
 
   private:
     int grab(const x11::LockModifiers& locks) {
@@ -116,6 +115,7 @@ class X11HotKeyService::Registration : public HotKeyRegistration {
     X11HotKeyService& service_;
     x11::KeyCombination combination_;
     std::optional<x11::KeyGrab> grab_;
+    int error_ = 0;
 };
 
 X11HotKeyService::X11HotKeyService() {
@@ -128,10 +128,10 @@ X11HotKeyService::X11HotKeyService() {
 
 X11HotKeyService::~X11HotKeyService() = default;
 
-std::unique_ptr<HotKeyHandler> X11HotKeyService::installHandler(Edge pressed, Edge released, Loss lost) {
+std::unique_ptr<HotKeyHandler> X11HotKeyService::installHandler(Edge pressed, Edge released, Change changed) {
     pressed_ = std::move(pressed);
     released_ = std::move(released);
-    lost_ = std::move(lost);
+    changed_ = std::move(changed);
     return std::make_unique<Handler>(*this);
 }
 
@@ -256,13 +256,18 @@ void X11HotKeyService::endLostHold(std::uint32_t number) {
 
 void X11HotKeyService::followKeyboardMap() {
     const x11::LockModifiers locks(connection_.get());
-    if (locks == locks_) return;
+    const bool moved = locks != locks_;
     locks_ = locks;
-    int error = 0;
+    std::optional<int> outcome;
     for (auto* const registration : registrations_) {
-        if (const int refused = registration->regrab(locks_); refused != 0) error = refused;
+        const int before = registration->error();
+        if (!moved && before == 0) continue;
+        registration->regrab(locks_);
+        if (registration->error() != before) outcome = registration->error();
     }
-    if (const Loss lost = lost_; lost && error != 0) lost(HotKeyRefusal{error});
+    const Change changed = changed_;
+    if (!changed || !outcome) return;
+    changed(*outcome == 0 ? std::nullopt : std::optional(HotKeyRefusal{*outcome}));
 }
 
 void X11HotKeyService::remove(const Registration* registration) {

@@ -39,7 +39,7 @@ class X11HotKeyService : public HotKeyService {
     X11HotKeyService(const X11HotKeyService&) = delete;
     X11HotKeyService& operator=(const X11HotKeyService&) = delete;
 
-    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Loss lost) override;
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
 
   private:
@@ -78,7 +78,7 @@ class X11HotKeyService : public HotKeyService {
     std::vector<Registration*> registrations_;
     Edge pressed_;
     Edge released_;
-    Loss lost_;
+    Change changed_;
     std::optional<Hold> hold_;
     std::uint32_t holds_ = 0;  ///< so far, and with it the number of the last
     QTimer holdCheck_;

@@ -92,8 +92,8 @@ class CarbonHotKeyService::Registration : public HotKeyRegistration {
 };
 
 std::unique_ptr<HotKeyHandler> CarbonHotKeyService::installHandler(Edge pressed, Edge released,
-                                                                   Loss /*lost*/) {
-    // Positions do not depend on the keyboard layout here, so a registered hot key is never lost.
+                                                                   Change /*changed*/) {
+    // Positions do not depend on the keyboard layout here, so a registered hot key stays registered.
     return std::make_unique<Handler>(*this, std::move(pressed), std::move(released));
 }
 

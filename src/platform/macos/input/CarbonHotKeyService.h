@@ -12,7 +12,7 @@ namespace parlivo {
 /// application, tells press and release, and needs no permission. The port's key codes and masks are its own.
 class CarbonHotKeyService : public HotKeyService {
   public:
-    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Loss lost) override;
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
 
   private:
