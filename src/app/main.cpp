@@ -47,7 +47,8 @@ QString refusal(RemoteControl::Delivery delivery) {
         case RemoteControl::Delivery::Done:
             break;
     }
-    return Texts::tr("controllo non disponibile: questa sessione non ha un bus D-Bus");
+    const QString reason = Platform::current().remoteControl().whyUnavailable();
+    return Texts::tr("controllo non disponibile: %1").arg(reason);
 }
 
 /// Passes the commands of a second start to the running instance.

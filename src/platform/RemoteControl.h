@@ -45,6 +45,8 @@ class RemoteControl {
     virtual void announceState(const QString& state) = 0;
     /// Passes a command to the running instance and waits for it to be taken.
     virtual Delivery send(RemoteCommand command) = 0;
+    /// After `send` found the instance out of reach (Unavailable): why, in Italian.
+    virtual QString whyUnavailable() const = 0;
 };
 
 }  // namespace parlivo

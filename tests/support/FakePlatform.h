@@ -228,6 +228,7 @@ class RemoteControl : public parlivo::RemoteControl {
         if (onAnnounced) onAnnounced(state);
     }
     Delivery send(RemoteCommand command) override;
+    QString whyUnavailable() const override { return QStringLiteral("finto"); }
 
     Instance answer = Instance::Only;
     RemoteTarget target;

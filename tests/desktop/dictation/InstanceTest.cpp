@@ -10,6 +10,47 @@ namespace {
 
 const QString idleText = QStringLiteral("Pronto — tieni premuto ⌥Spazio per dettare");
 
+/// A session bus that lets nobody have the program's name.
+class RefusingBus {
+  public:
+    RefusingBus() {
+        QFile configuration(folder_.filePath(QStringLiteral("bus.conf")));
+        EXPECT_TRUE(configuration.open(QIODevice::WriteOnly));
+        configuration.write(
+            "<busconfig><type>session</type><listen>unix:runtime=yes</listen><auth>EXTERNAL</auth>"
+            "<policy context='default'><allow send_destination='*'/><allow receive_sender='*'/>"
+            "<allow own='*'/><deny own='it.parlivo.Parlivo'/></policy></busconfig>");
+        configuration.close();
+        process_.start(
+            QStringLiteral("dbus-daemon"),
+            {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"), QStringLiteral("--print-address"),
+             QStringLiteral("--config-file=") + configuration.fileName()});
+        EXPECT_TRUE(waitFor([this] {
+            process_.waitForReadyRead(10);
+            return process_.canReadLine();
+        }));
+        address_ = QString::fromUtf8(process_.readLine()).trimmed();
+    }
+    ~RefusingBus() {
+        process_.terminate();
+        process_.waitForFinished();
+    }
+    RefusingBus(const RefusingBus&) = delete;
+    RefusingBus& operator=(const RefusingBus&) = delete;
+
+    /// A session with this bus.
+    QProcessEnvironment environment() const {
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address_);
+        return environment;
+    }
+
+  private:
+    QTemporaryDir folder_;
+    QProcess process_;
+    QString address_;
+};
+
 /// The program as others meet it: on the bus, on the command line, at its end.
 class InstanceTest : public ProgramTest {
   protected:
@@ -132,8 +173,9 @@ TEST_F(InstanceTest, WithoutABusALockKeepsItAlone) {
     for (const QStringList& arguments : {QStringList(), QStringList{QStringLiteral("--toggle")}}) {
         const Outcome second = Program::call(arguments, builtBundle(), withoutBus());
         EXPECT_EQ(second.status, 1);
-        EXPECT_TRUE(second.errors.contains(QStringLiteral("controllo non disponibile")))
-            << qPrintable(second.errors);
+        EXPECT_EQ(
+            second.errors,
+            QStringLiteral("Parlivo: controllo non disponibile: questa sessione non ha un bus D-Bus\n"));
     }
     // The key works without a bus. It may not have been grabbed yet when the lock was taken.
     ASSERT_TRUE(waitFor([&] {
@@ -144,6 +186,23 @@ TEST_F(InstanceTest, WithoutABusALockKeepsItAlone) {
     }));
     EXPECT_TRUE(waitFor([&] { return receiver.text().endsWith(QStringLiteral("senza bus")); }))
         << qPrintable(receiver.text());
+}
+
+TEST_F(InstanceTest, ABusThatRefusesTheNameIsNotTakenForAMissingInstance) {
+    const RefusingBus bus;
+    const Outcome alone = Program::call({QStringLiteral("--toggle")}, builtBundle(), bus.environment());
+    EXPECT_EQ(alone.errors, QStringLiteral("Parlivo: non è in esecuzione\n"));
+
+    const Program program(builtBundle(), bus.environment());
+    ASSERT_TRUE(waitFor([] { return home::log().contains(QStringLiteral("sessione: ")); }));
+    for (const QStringList& arguments : {QStringList(), QStringList{QStringLiteral("--toggle")}}) {
+        const Outcome second = Program::call(arguments, builtBundle(), bus.environment());
+        EXPECT_EQ(second.status, 1);
+        EXPECT_EQ(second.errors,
+                  QStringLiteral("Parlivo: controllo non disponibile: il bus D-Bus di questa sessione "
+                                 "rifiuta il nome it.parlivo.Parlivo\n"));
+    }
+    EXPECT_TRUE(program.isRunning());
 }
 
 TEST_F(InstanceTest, AskedToEndItLeavesEverythingAsItWas) {

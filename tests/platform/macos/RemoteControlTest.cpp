@@ -176,6 +176,7 @@ TEST_F(RemoteControlTest, AFolderWithALongNameIsUnavailableAndNoCrash) {
     EXPECT_EQ(control.registerInstance(), RemoteControl::Instance::Only);
     control.serve(target());
     EXPECT_EQ(control.send(RemoteCommand::Toggle), RemoteControl::Delivery::Unavailable);
+    EXPECT_EQ(control.whyUnavailable(), QStringLiteral("il canale di controllo in %1 non si apre").arg(deep));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "platform/linux/base/XdgDirectories.h"
 #include "platform/linux/session/RemoteObject.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusError>
@@ -13,6 +14,10 @@
 namespace parlivo {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::BusRemoteControl)
+};
 
 const auto service = QStringLiteral("it.parlivo.Parlivo");
 const auto path = QStringLiteral("/it/parlivo/Parlivo");
@@ -69,7 +74,8 @@ RemoteControl::Instance BusRemoteControl::registerInstance() {
         if (bus().interface()->isServiceRegistered(service)) return Instance::Another;
     }
     // There is no bus, or it refuses the name.
-    return lock_.take() ? Instance::Only : Instance::Another;
+    hiddenInstance_ = !lock_.take();
+    return hiddenInstance_ ? Instance::Another : Instance::Only;
 }
 
 void BusRemoteControl::serve(RemoteTarget target) {
@@ -85,7 +91,9 @@ void BusRemoteControl::announceState(const QString& state) {
 
 RemoteControl::Delivery BusRemoteControl::send(RemoteCommand command) {
     if (!busServes()) return Delivery::Unavailable;
-    if (!bus().interface()->isServiceRegistered(service)) return Delivery::NoInstance;
+    if (!bus().interface()->isServiceRegistered(service)) {
+        return hiddenInstance_ ? Delivery::Unavailable : Delivery::NoInstance;
+    }
     const auto call = QDBusMessage::createMethodCall(service, path, interfaceName, methodOf(command));
     const QDBusMessage reply = bus().call(call, QDBus::Block, replyTimeout);
     if (reply.type() == QDBusMessage::ReplyMessage) return Delivery::Done;
@@ -101,6 +109,11 @@ RemoteControl::Delivery BusRemoteControl::send(RemoteCommand command) {
         default:
             return Delivery::Refused;
     }
+}
+
+QString BusRemoteControl::whyUnavailable() const {
+    return busServes() ? Texts::tr("il bus D-Bus di questa sessione rifiuta il nome %1").arg(service)
+                       : Texts::tr("questa sessione non ha un bus D-Bus");
 }
 
 }  // namespace parlivo

@@ -4,6 +4,7 @@
 #include "platform/macos/session/LocalSocket.h"
 #include "support/OwnerOnly.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QSocketNotifier>
@@ -24,6 +25,10 @@
 namespace parlivo {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::SocketRemoteControl)
+};
 
 struct Word {
     RemoteCommand command;
@@ -194,7 +199,12 @@ RemoteControl::Delivery SocketRemoteControl::send(RemoteCommand command) {
     const auto answer = LocalSocket::ask(socketIn(folder_), wordOf(command), replyTimeout);
     if (answer == "done") return Delivery::Done;
     if (!answer && (errno == ENOENT || errno == ECONNREFUSED)) return Delivery::NoInstance;
-    return Delivery::Unavailable;
+    if (!answer && errno == ETIMEDOUT) return Delivery::NoAnswer;
+    return answer ? Delivery::Refused : Delivery::Unavailable;
+}
+
+QString SocketRemoteControl::whyUnavailable() const {
+    return Texts::tr("il canale di controllo in %1 non si apre").arg(folder_);
 }
 
 }  // namespace parlivo

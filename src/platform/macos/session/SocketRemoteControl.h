@@ -28,6 +28,7 @@ class SocketRemoteControl : public RemoteControl {
     void serve(RemoteTarget target) override;
     void announceState(const QString& state) override;
     Delivery send(RemoteCommand command) override;
+    QString whyUnavailable() const override;
 
     /// How long a running instance may take to answer.
     static constexpr int replyTimeout = 5000;  // ms
