@@ -10,10 +10,11 @@
 #include "support/MainQueue.h"
 #include "support/Text.h"
 
-#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
 
 #include <algorithm>
-#include <thread>
+#include <chrono>
 #include <utility>
 
 namespace parlivo::Injector {
@@ -163,11 +164,10 @@ Posted postKey(KeyCode key, KeyEventSource& source, KeyFlags flags) {
 void finishRestore() {
     const auto pending = pendingRestore().last();
     if (!pending) return;
-    while (Clock::now() < pending->due) {
-        constexpr auto pollInterval = 5ms;
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        std::this_thread::sleep_for(pollInterval);
-    }
+    const auto remaining = std::chrono::ceil<std::chrono::milliseconds>(pending->due - Clock::now());
+    QEventLoop loop;
+    QTimer::singleShot(std::max(remaining, 0ms), Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
     restoreNow(pending->ticket);
 }
 
