@@ -144,6 +144,7 @@ void AppDelegate::startRecording() {
     try {
         recorder_.start();
     } catch (const Error& error) {
+        if (!error.detail().isEmpty()) Log::info(QStringLiteral("dettaglio: ") + error.detail());
         showError(tr("Impossibile avviare la registrazione: %1").arg(error.localizedDescription()));
         return;
     }

@@ -67,6 +67,7 @@ void PipelineStep::run(ScopedFile& recording) {
         deliver(transcribe(recording));
     } catch (const Error& error) {
         Log::info(QStringLiteral("ERRORE pipeline: ") + error.localizedDescription());
+        if (!error.detail().isEmpty()) Log::info(QStringLiteral("dettaglio: ") + error.detail());
         fail(error.localizedDescription());
     }
 }

@@ -32,10 +32,14 @@ SF_INFO describe(const AudioFormat& format) {
 
 CaptureFile::CaptureFile(const QString& path, const AudioFormat& format) {
     SF_INFO info = describe(format);
-    file_.reset(sf_open_fd(createPrivateFile(path), SFM_WRITE, &info, SF_TRUE));
+    const int descriptor = createPrivateFile(path);
+    errno = 0;
+    file_.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_TRUE));
     if (!file_) {
+        const Error error(QStringLiteral("libsndfile"), sf_error(nullptr),
+                          soundFileMeaning(sf_error(nullptr), errno));
         QFile::remove(path);
-        throw Error(QStringLiteral("libsndfile"), sf_error(nullptr), QString::fromUtf8(sf_strerror(nullptr)));
+        throw error.withDetail(QString::fromLocal8Bit(sf_strerror(nullptr)));
     }
     // Otherwise every block would be searched for its loudest sample, for a chunk that is never read.
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);

@@ -20,7 +20,6 @@ namespace parlivo {
 
 /// What the handle and the thread know of one child.
 struct ChildProcess::Shared {
-    qint64 processId = 0;           // written before the handle exists
     QProcess* process = nullptr;    // process thread only
     std::optional<int> exitStatus;  // written before `running` turns false, read after
     std::atomic<bool> running = true;
@@ -88,12 +87,9 @@ class ChildProcessThread : private LoopJobs {
         process->setProcessEnvironment(conditions.environment);
         process->start();
         if (!process->waitForStarted()) {
-            throw Error(QStringLiteral("Process"), process->error(),
-                        QCoreApplication::translate("parlivo::ChildProcess", "impossibile avviare %1")
-                            .arg(program.path));
+            throw launchError(*process);
         }
         auto child = std::make_shared<ChildProcess::Shared>();
-        child->processId = process->processId();
         child->process = process.release();
         connect(child->process, &QProcess::finished, this,
                 [this, child](int code, QProcess::ExitStatus status) { reap(child, code, status); });
@@ -187,10 +183,6 @@ bool ChildProcess::isRunning() const {
     return shared_->running;
 }
 
-qint64 ChildProcess::processId() const {
-    return shared_->processId;
-}
-
 std::optional<int> ChildProcess::exitStatus() const {
     if (shared_->running) return std::nullopt;
     return shared_->exitStatus;
@@ -202,6 +194,12 @@ void ChildProcess::terminate() {
 
 bool ChildProcess::waitForExit(std::chrono::milliseconds limit) {
     return shared_->exited.waitUntil(Clock::Deadline(limit).end());
+}
+
+Error launchError(const QProcess& process) {
+    const QString reason = QCoreApplication::translate("parlivo::ChildProcess", "impossibile avviare %1");
+    return Error(QStringLiteral("Process"), process.error(), reason.arg(process.program()))
+        .withDetail(process.errorString());
 }
 
 }  // namespace parlivo

@@ -10,7 +10,11 @@
 #include <memory>
 #include <optional>
 
+class QProcess;
+
 namespace parlivo {
+
+class Error;
 
 /// A program started by this one. It reads nothing, its output goes to the null device, and it has no
 /// terminal.
@@ -46,7 +50,6 @@ class ChildProcess {
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     bool isRunning() const;
-    qint64 processId() const;
     /// The exit status once the program has exited by itself; nullopt while it runs or if a signal ended
     /// it.
     std::optional<int> exitStatus() const;
@@ -66,5 +69,8 @@ class ChildProcess {
     explicit ChildProcess(std::shared_ptr<Shared> shared);
     std::shared_ptr<Shared> shared_;
 };
+
+/// The error of a program that QProcess could not start: domain "Process", with Qt's words as the detail.
+Error launchError(const QProcess& process);
 
 }  // namespace parlivo

@@ -102,8 +102,14 @@ Error Error::file(const QFileDevice& file) {
             file.fileName() + QStringLiteral(": ") + reason(file.error())};
 }
 
-bool Error::is(ErrorCode code) const {
-    return domain_ == programDomain() && code_ == static_cast<int>(code);
+QString Error::meaning(int errnoValue) {
+    return reason(errnoValue);
+}
+
+Error Error::withDetail(const QString& detail) const {
+    Error detailed(*this);
+    detailed.detail_ = detail;
+    return detailed;
 }
 
 }  // namespace parlivo

@@ -38,10 +38,17 @@ class Error : public std::exception {
     /// by the file's name.
     static Error file(const QFileDevice& file);
 
+    /// What an errno value means to the user, in Italian.
+    static QString meaning(int errnoValue);
+
     const QString& domain() const { return domain_; }
     int code() const { return code_; }
-    bool is(ErrorCode code) const;
     const QString& localizedDescription() const { return description_; }
+    /// What a library said of it in its own words and language: for the log, not for the user. Empty if it
+    /// said nothing more.
+    const QString& detail() const { return detail_; }
+    /// The same error with such a detail.
+    Error withDetail(const QString& detail) const;
     /// The description in UTF-8.
     const char* what() const noexcept override { return utf8_.constData(); }
 
@@ -51,6 +58,7 @@ class Error : public std::exception {
     QString domain_;
     int code_;
     QString description_;
+    QString detail_;
     QByteArray utf8_;
 };
 

@@ -9,6 +9,8 @@
 
 #include <QFile>
 
+#include <cerrno>
+
 namespace parlivo {
 
 FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const StopToken& calledOff) {
@@ -16,9 +18,9 @@ FetchedArchive fetchArchive(const QUrl& url, qint64 expectedSize, const StopToke
                                                    QStringLiteral("/parlivo-update-%1.zip").arg(freshUuid()));
     QFile file(kept->path());
     UniqueFd descriptor = createLockedFile(kept->path(), ownerOnlyMode);
-    const bool isOpen =
-        descriptor && file.open(descriptor.release(), QIODevice::WriteOnly | QIODevice::Unbuffered,
-                                QFileDevice::AutoCloseHandle);
+    if (!descriptor) return {nullptr, Error::system(errno, kept->path())};
+    const bool isOpen = file.open(descriptor.release(), QIODevice::WriteOnly | QIODevice::Unbuffered,
+                                  QFileDevice::AutoCloseHandle);
     HttpRequest request;
     request.url = url;
     // A body that is compressed on its way has another size than the file that was asked for.

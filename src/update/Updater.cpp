@@ -25,8 +25,7 @@ constexpr qint64 longestFeed = 1 << 20;  // bytes
 }  // namespace
 
 Updater::Updater(Restart restart, std::chrono::milliseconds period, std::optional<UpdateKey> key)
-    : restart_(std::move(restart)), key_(std::move(key)) {
-    timer_.setInterval(period);
+    : restart_(std::move(restart)), period_(period), key_(std::move(key)) {
     QObject::connect(&timer_, &QTimer::timeout, [this] { check(); });
 }
 
@@ -34,7 +33,7 @@ Updater::~Updater() = default;
 
 void Updater::start() {
     check();
-    timer_.start();
+    timer_.start(Clock::scaled(period_));
 }
 
 void Updater::check() {

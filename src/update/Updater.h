@@ -66,6 +66,7 @@ class Updater {
     void relaunch(const FeedEntry& entry);
 
     const Restart restart_;
+    const std::chrono::milliseconds period_;
     const std::optional<UpdateKey> key_;
     QTimer timer_;
     bool offering_ = false;

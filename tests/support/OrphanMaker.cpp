@@ -5,6 +5,7 @@
 
 #include "platform/linux/base/ChildSetup.h"
 #include "support/ChildProcess.h"
+#include "support/ChildProcesses.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -18,7 +19,7 @@ int main(int argc, char** argv) {
     QStringList arguments = QCoreApplication::arguments().sliced(1);
     parlivo::ChildProcess::setChildSetup(parlivo::linuxChildSetup());
     const auto child = parlivo::ChildProcess::launch({arguments.takeFirst(), arguments});
-    std::printf("%lld\n", child->processId());
+    std::printf("%lld\n", parlivo::childProcessesOf(getpid()).at(0));
     std::fflush(stdout);
     while (true) pause();
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "audio/AudioRecorder.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
+#include "support/Errors.h"
 #include "support/FileSizeLimit.h"
 #include "support/PlatformTest.h"
 
@@ -162,7 +163,7 @@ TEST_F(AudioRecorderTest, NoMicrophoneIsSaid) {
         recorder.start();
         FAIL() << "no error";
     } catch (const Error& error) {
-        EXPECT_TRUE(error.is(ErrorCode::MicrophoneUnavailable));
+        EXPECT_TRUE(isError(error, ErrorCode::MicrophoneUnavailable));
         EXPECT_EQ(error.domain(), QStringLiteral("Parlivo"));
         EXPECT_EQ(error.code(), 1);
         EXPECT_EQ(error.localizedDescription(), QStringLiteral("Microfono non disponibile"));
@@ -292,7 +293,7 @@ TEST_F(AudioRecorderTest, AFailedConversionPassesUp) {
         AudioRecorder::convertToWhisperWAV(QStringLiteral("x.caf"));
         FAIL() << "no error";
     } catch (const Error& error) {
-        EXPECT_TRUE(error.is(ErrorCode::ConversionFailed));
+        EXPECT_TRUE(isError(error, ErrorCode::ConversionFailed));
         EXPECT_EQ(error.localizedDescription(), QStringLiteral("afconvert fallito: no such format"));
     }
 }

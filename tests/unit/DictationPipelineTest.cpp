@@ -93,10 +93,12 @@ TEST_F(DictationPipelineTest, WithoutThePermissionToTypeTheTextIsCopied) {
 
 TEST_F(DictationPipelineTest, AFailedConversionIsSaidAndLeavesNoFile) {
     launch();
-    conversionError = Error(ErrorCode::ConversionFailed, line(u"afconvert fallito: disco pieno"));
+    conversionError = Error(ErrorCode::ConversionFailed, line(u"afconvert fallito: disco pieno"))
+                          .withDetail(line(u"System error : No space left on device."));
     dictate(line(u"perso"));
     EXPECT_EQ(delegate->statusLine(), line(u"⚠️ afconvert fallito: disco pieno"));
     EXPECT_TRUE(logged().contains(line(u"ERRORE pipeline: afconvert fallito: disco pieno")));
+    EXPECT_TRUE(logged().contains(line(u"dettaglio: System error : No space left on device.")));
     EXPECT_EQ(filesLeft(), Strings());
     conversionError.reset();
     dictate(line(u"di nuovo"));

@@ -3,6 +3,7 @@
 
 #include "models/Downloader.h"
 #include "settings/Config.h"
+#include "support/Errors.h"
 #include "support/PlatformTest.h"
 #include "support/StubServer.h"
 #include "support/Waiting.h"
@@ -111,7 +112,7 @@ class DownloaderTest : public PlatformTest {
     void expectRefused(const QString& reason, const ModelCatalog::Entry& wanted) {
         EXPECT_FALSE(fetch(wanted));
         EXPECT_EQ(failure(), reason);
-        EXPECT_TRUE(ends.back() && ends.back()->is(ErrorCode::IncompleteDownload));
+        EXPECT_TRUE(ends.back() && isError(*ends.back(), ErrorCode::IncompleteDownload));
         EXPECT_EQ(logged(), QStringList({u"download avviato: "_s + fileName,
                                          u"errore salvataggio "_s + fileName + u": "_s + reason}));
         expectNothingLeft();

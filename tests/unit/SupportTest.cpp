@@ -2,6 +2,7 @@
 #include "support/AskedWaits.h"
 #include "support/Clock.h"
 #include "support/Error.h"
+#include "support/Errors.h"
 #include "support/MainQueue.h"
 #include "support/SerialQueue.h"
 #include "support/Text.h"
@@ -80,13 +81,13 @@ TEST(TextTest, TrimsBlanksAndLeavesLineEnds) {
 
 TEST(ErrorTest, CarriesDomainCodeAndText) {
     const Error own(ErrorCode::WhisperReplyInvalid, QStringLiteral("risposta non valida"));
-    EXPECT_TRUE(own.is(ErrorCode::WhisperReplyInvalid));
-    EXPECT_FALSE(own.is(ErrorCode::WhisperNotResponding));
+    EXPECT_TRUE(isError(own, ErrorCode::WhisperReplyInvalid));
+    EXPECT_FALSE(isError(own, ErrorCode::WhisperNotResponding));
     EXPECT_STREQ(own.what(), "risposta non valida");
     const Error system = Error::system(ENOENT, QStringLiteral("/x"));
     EXPECT_EQ(system.domain(), QStringLiteral("POSIX"));
     EXPECT_EQ(system.code(), ENOENT);
-    EXPECT_FALSE(system.is(ErrorCode::ConversionFailed)) << "the same number in another domain";
+    EXPECT_FALSE(isError(system, ErrorCode::ConversionFailed)) << "the same number in another domain";
 }
 
 TEST(ErrorTest, ReasonsAreItalianWhateverTheSystemSpeaks) {

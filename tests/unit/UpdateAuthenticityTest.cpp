@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
+#include "support/Errors.h"
 #include "update/UpdateAuthenticity.h"
 #include "update/UpdateInstaller.h"
 
@@ -70,7 +71,7 @@ class UpdateAuthenticityTest : public UpdateTest {
 
     void expectRefusal(const std::optional<Error>& failure, const QString& text) const {
         ASSERT_TRUE(failure.has_value());
-        EXPECT_TRUE(failure->is(ErrorCode::UpdateCorrupted)) << failure->what();
+        EXPECT_TRUE(isError(*failure, ErrorCode::UpdateCorrupted)) << failure->what();
         EXPECT_EQ(failure->localizedDescription(), text);
         EXPECT_TRUE(isUntouched());
     }
@@ -137,7 +138,7 @@ TEST_F(UpdateAuthenticityTest, AnOldUpdateThatIsPlayedBackIsRefused) {
     const QByteArray old = zipOf(newBundle({}, "1.2.2"));
     const auto failure = install(old, publish(old, u"1.2.2"_s), maker.key());
     ASSERT_TRUE(failure.has_value());
-    EXPECT_TRUE(failure->is(ErrorCode::UpdateBundleInvalid)) << failure->what();
+    EXPECT_TRUE(isError(*failure, ErrorCode::UpdateBundleInvalid)) << failure->what();
     EXPECT_TRUE(isUntouched());
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
+#include "support/Errors.h"
 #include "support/FileSizeLimit.h"
 #include "support/ZipExtraction.h"
 #include "update/UpdateInstaller.h"
@@ -256,7 +257,7 @@ TEST_F(UpdateInstallerTest, AFolderThatCannotBeSearchedIsRefusedUnlessNobodyIsKe
         return;
     }
     ASSERT_TRUE(failure.has_value());
-    EXPECT_TRUE(failure->is(ErrorCode::UpdateBundleInvalid)) << failure->what();
+    EXPECT_TRUE(isError(*failure, ErrorCode::UpdateBundleInvalid)) << failure->what();
     EXPECT_TRUE(isUntouched());
     QFile::setPermissions(closing.closed, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
 #include "platform/linux/base/BundleReplacement.h"
+#include "support/Errors.h"
 #include "support/FileSizeLimit.h"
 #include "update/UpdateInstaller.h"
 
@@ -141,7 +142,7 @@ TEST_F(UpdateReplacementTest, ACopyThatFailsIsTold) {
     platform.bundleTools().real = &distant;
     const auto failed = failure();
     ASSERT_TRUE(failed.has_value());
-    EXPECT_TRUE(failed->is(ErrorCode::UpdateReplacementFailed)) << failed->what();
+    EXPECT_TRUE(isError(*failed, ErrorCode::UpdateReplacementFailed)) << failed->what();
     EXPECT_EQ(failed->localizedDescription(), u"Sostituzione app fallita"_s);
     EXPECT_TRUE(isUntouched());
     EXPECT_EQ(filesIn(distant.stagingPlace({})), QStringList());

@@ -38,7 +38,8 @@ TEST_F(FullDisk, ARecordingThatFindsNoRoomIsToldAndForgotten) {
         letPass(std::chrono::seconds(1));  // 190 KB
         release();
         EXPECT_TRUE(waitFor([&] {
-            return program.statusText().startsWith(QStringLiteral("⚠️ afconvert fallito: "));
+            return program.statusText() ==
+                   QStringLiteral("⚠️ afconvert fallito: spazio su disco esaurito");
         })) << qPrintable(program.statusText());
         expectNothingLeft(program);
     }

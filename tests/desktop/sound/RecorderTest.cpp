@@ -5,6 +5,7 @@
 #include "platform/linux/sound/PulseMicrophone.h"
 #include "platform/linux/sound/PulseSounds.h"
 #include "platform/linux/sound/SndfileWavConverter.h"
+#include "support/Errors.h"
 #include "support/FakePlatform.h"
 #include "support/SoundServer.h"
 #include "support/Waiting.h"
@@ -81,7 +82,7 @@ TEST_F(RecorderTest, WithoutAServerTheUserIsToldAndNothingIsLeft) {
         recorder.start();
         FAIL() << "no error";
     } catch (const Error& error) {
-        EXPECT_TRUE(error.is(ErrorCode::MicrophoneUnavailable));
+        EXPECT_TRUE(isError(error, ErrorCode::MicrophoneUnavailable));
         EXPECT_EQ(error.localizedDescription(), QStringLiteral("Microfono non disponibile"));
     }
     EXPECT_THAT(files(), testing::IsEmpty());

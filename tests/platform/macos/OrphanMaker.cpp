@@ -4,6 +4,7 @@
 // and waits to be killed.
 #include "platform/macos/base/ChildWatch.h"
 #include "support/ChildProcess.h"
+#include "support/ChildProcesses.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -17,7 +18,7 @@ int main(int argc, char** argv) {
     QStringList arguments = QCoreApplication::arguments().sliced(1);
     parlivo::ChildProcess::setChildSetup(parlivo::macChildSetup());
     const auto child = parlivo::ChildProcess::launch({arguments.takeFirst(), arguments});
-    std::printf("%lld\n", child->processId());
+    std::printf("%lld\n", parlivo::childProcessesOf(getpid()).at(0));
     std::fflush(stdout);
     while (true) pause();
 }

@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <vector>
 
@@ -16,8 +17,9 @@ namespace parlivo {
 namespace {
 
 SoundFile openForReading(const QString& path, SF_INFO& info) {
+    errno = 0;
     SoundFile file(sf_open(QFile::encodeName(path).constData(), SFM_READ, &info));
-    if (!file) throw conversionError(sf_strerror(nullptr));
+    if (!file) throw soundFileError(nullptr, errno);
     return file;
 }
 
@@ -27,7 +29,7 @@ void readInto(WavWriter& wav, SNDFILE* source, std::size_t channels) {
     sf_count_t got = 0;
     while ((got = sf_readf_float(source, samples.data(), static_cast<sf_count_t>(frames))) > 0)
         wav.append({samples.data(), static_cast<std::size_t>(got) * channels});
-    if (sf_error(source) != SF_ERR_NO_ERROR) throw conversionError(sf_strerror(source));
+    if (sf_error(source) != SF_ERR_NO_ERROR) throw soundFileError(source, 0);
 }
 
 class LiveWav : public WavStream {

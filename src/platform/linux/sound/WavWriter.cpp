@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 namespace parlivo {
@@ -28,7 +27,7 @@ int createPrivateFile(const QString& path) {
     if (!descriptor && errno == EEXIST && QFile::remove(path)) {
         descriptor = createLockedFile(path, ownerOnlyMode);
     }
-    if (!descriptor) throw conversionError(std::strerror(errno));
+    if (!descriptor) throw conversionError(Error::meaning(errno));
     return descriptor.release();
 }
 
@@ -38,8 +37,9 @@ SoundFile openForWriting(int descriptor) {
     info.samplerate = outputRate;
     info.channels = 1;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    errno = 0;
     SoundFile file(sf_open_fd(descriptor, SFM_WRITE, &info, SF_TRUE));
-    if (!file) throw conversionError(sf_strerror(nullptr));
+    if (!file) throw soundFileError(nullptr, errno);
     return file;
 }
 
@@ -49,7 +49,7 @@ soxr_t makeResampler(double inputRate) {
     const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
     soxr_error_t error = nullptr;
     soxr_t resampler = soxr_create(inputRate, outputRate, 1, &error, &samples, &quality, nullptr);
-    if (!resampler) throw conversionError(soxr_strerror(error));
+    if (!resampler) throw resamplingError(soxr_strerror(error));
     return resampler;
 }
 
@@ -103,7 +103,9 @@ void WavWriter::finish() {
     while (pass(nullptr, 0).given > 0) {
     }
     // Closing writes the lengths into the header.
-    if (const int error = sf_close(file_.release())) throw conversionError(sf_error_number(error));
+    errno = 0;
+    if (const int error = sf_close(file_.release()))
+        throw conversionError(soundFileMeaning(error, errno), sf_error_number(error));
 }
 
 void WavWriter::resample(std::span<const float> mono) {
@@ -114,15 +116,16 @@ WavWriter::Passed WavWriter::pass(const float* input, std::size_t frames) {
     Passed passed;
     if (const soxr_error_t error = soxr_process(resampler_.get(), input, frames, &passed.taken,
                                                 output_.data(), output_.size(), &passed.given))
-        throw conversionError(soxr_strerror(error));
+        throw resamplingError(soxr_strerror(error));
     write({output_.data(), passed.given});
     return passed;
 }
 
 void WavWriter::write(std::span<const std::int16_t> samples) {
     const auto count = static_cast<sf_count_t>(samples.size());
+    errno = 0;
     if (sf_writef_short(file_.get(), samples.data(), count) != count)
-        throw conversionError(sf_strerror(file_.get()));
+        throw soundFileError(file_.get(), errno);
 }
 
 }  // namespace parlivo

@@ -2,6 +2,7 @@
 #include "platform/macos/base/MacBundleTools.h"
 
 #include "platform/macos/base/MacBundle.h"
+#include "support/ChildProcess.h"
 #include "support/Error.h"
 
 #include <QDirIterator>
@@ -18,8 +19,7 @@ bool run(const QString& tool, const QStringList& arguments) {
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(tool, arguments);
-    if (!process.waitForStarted())
-        throw Error(QStringLiteral("Process"), process.error(), process.errorString());
+    if (!process.waitForStarted()) throw launchError(process);
     process.waitForFinished(-1);
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }

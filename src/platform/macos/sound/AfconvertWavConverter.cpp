@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/macos/sound/AfconvertWavConverter.h"
 
+#include "support/ChildProcess.h"
 #include "support/Error.h"
 #include "support/OwnerOnly.h"
 
@@ -28,10 +29,6 @@ QString wordsOf(const QByteArray& output) {
     QStringDecoder decoder(QStringDecoder::Utf8);
     const QString text = decoder.decode(output);
     return decoder.hasError() ? QString() : text;
-}
-
-Error launchError(const QProcess& process) {
-    return {QStringLiteral("Process"), process.error(), process.errorString()};
 }
 
 }  // namespace
