@@ -177,6 +177,7 @@ std::unique_ptr<KeyEventSource> Keyboard::makeShortcutSource() {
 }
 
 void Keyboard::record(const QString& stroke) {
+    if (beforeStroke) beforeStroke();
     const std::lock_guard lock(mutex_);
     strokes_.append(stroke);
 }

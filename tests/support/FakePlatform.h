@@ -132,6 +132,8 @@ class Keyboard : public parlivo::KeyboardSynthesizer {
 
     void record(const QString& stroke);
     QStringList strokes() const;
+    /// Called before each stroke, on the thread that posts it. Set before there are any.
+    std::function<void()> beforeStroke;
     /// All characters typed, line ends and tabs included.
     QString typed() const;
 

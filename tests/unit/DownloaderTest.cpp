@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "DownloaderFixture.h"
+#include "support/AskedWaits.h"
 
 #include <QCryptographicHash>
 
@@ -62,6 +63,15 @@ TEST_F(DownloaderTest, ABrokenConnectionIsTriedAgainToo) {
     EXPECT_EQ(logged(), retries(3, u"connessione interrotta dal server"_s)
                             << u"download completato e verificato: "_s + fileName);
     EXPECT_EQ(ends.size(), 1U);
+}
+
+TEST_F(DownloaderTest, AServerMayBeSilentForAMinuteAndIsAskedAgainAfterThreeSeconds) {
+    server.on(path, {StubReply::of(Manner::CloseAtOnce), StubReply::of(Manner::CloseAtOnce), whole()});
+    const AskedWaits asked;
+    ASSERT_TRUE(fetch()) << failure().toStdString();
+    EXPECT_EQ(asked.count(std::chrono::seconds(60)), 3);
+    EXPECT_EQ(asked.count(std::chrono::seconds(3)), 2);
+    EXPECT_EQ(asked.longest(), std::chrono::seconds(60));
 }
 
 TEST_F(DownloaderTest, NoServerIsAskedMoreThanFourTimes) {

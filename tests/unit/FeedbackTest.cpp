@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "settings/Config.h"
+#include "support/AskedWaits.h"
 #include "support/StubServer.h"
 #include "support/WindowTest.h"
 #include "update/feedback/FeedbackWindowController.h"
@@ -146,8 +147,10 @@ TEST_F(FeedbackTest, AnyAnswerButSuccessIsAFailure) {
 TEST_F(FeedbackTest, ASiteThatNeverAnswersFailsAfterItsTime) {
     Clock::setScale(0.02);
     answerWith(StubReply::of(StubReply::Manner::Never));
+    const AskedWaits asked;
     send(u"ciao"_s);
     EXPECT_TRUE(waitForFailure());
+    EXPECT_EQ(asked.all(), std::vector<std::chrono::milliseconds>{std::chrono::seconds(15)});
 }
 
 TEST_F(FeedbackTest, AfterAFailureTheFormIsKeptAndCanBeSentAgain) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "input/Injector.h"
 #include "input/Pace.h"
+#include "support/AskedWaits.h"
 #include "support/MainQueue.h"
 #include "support/PlatformTest.h"
 #include "support/Text.h"
@@ -185,14 +186,29 @@ TEST_F(InjectorTest, PostKeyPostsOneKeyWithItsFlags) {
 
 TEST_F(PasteTest, TheTextIsThereBeforeTheShortcutAndNoHistoryKeepsIt) {
     userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    QStringList thereAtTheShortcut;
+    platform.keyboard().beforeStroke = [&] { thereAtTheShortcut = {clipboard(), selection()}; };
     Injector::paste(newText);
     EXPECT_EQ(platform.keyboard().strokes(), QStringList(QStringLiteral("key 9 1048576")));
+    EXPECT_EQ(thereAtTheShortcut, QStringList({newText, newText}));
     const auto sets = platform.pasteboard().sets();
     ASSERT_EQ(sets.size(), 1U);
     EXPECT_EQ(sets.front().text, newText);
     EXPECT_EQ(sets.front().history, Pasteboard::History::Omit);
     EXPECT_EQ(clipboard(), newText);
     EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
+    passRestoreTime();
+}
+
+TEST_F(PasteTest, ThePasteboardSettlesForFiftyMillisecondsAndIsRestoredAfterHalfASecond) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    const AskedWaits asked;
+    std::vector<std::chrono::milliseconds> askedBeforeTheShortcut;
+    platform.keyboard().beforeStroke = [&] { askedBeforeTheShortcut = asked.all(); };
+    Injector::paste(newText);
+    EXPECT_EQ(askedBeforeTheShortcut, std::vector{50ms});
+    // For the main queue, and for a program that ends before its turn.
+    EXPECT_EQ(asked.all(), (std::vector{50ms, 500ms, 500ms}));
     passRestoreTime();
 }
 

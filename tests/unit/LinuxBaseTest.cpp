@@ -2,6 +2,7 @@
 #include "platform/linux/base/InheritedEnvironment.h"
 #include "platform/linux/base/JsonUserDefaults.h"
 #include "platform/linux/base/LinuxBundle.h"
+#include "platform/linux/base/TerminationSignals.h"
 #include "platform/linux/base/XdgDirectories.h"
 #include "support/Waiting.h"
 
@@ -17,12 +18,23 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 #include <limits>
 #include <random>
 #include <thread>
 
 namespace parlivo {
 namespace {
+
+TEST(TerminationSignalsTest, EachSignalThatAsksForAnEndIsARequestOnTheMainThread) {
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        int requests = 0;
+        const TerminationSignals signals([&requests] { ++requests; });
+        ASSERT_EQ(std::raise(number), 0);
+        EXPECT_EQ(requests, 0) << "not in the midst of what was interrupted";
+        EXPECT_TRUE(desktop::waitFor([&requests] { return requests == 1; })) << number;
+    }
+}
 
 class JsonUserDefaultsTest : public testing::Test {
   protected:

@@ -2,9 +2,11 @@
 #include "settings/Log.h"
 #include "support/PlatformTest.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <ctime>
 #include <thread>
 
 namespace parlivo {
@@ -25,6 +27,23 @@ TEST_F(LogTest, TheFirstCallMakesTheFileWithOneLine) {
     static const QRegularExpression line(
         QStringLiteral("^\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\] città\\n$"));
     EXPECT_TRUE(line.match(contents()).hasMatch()) << contents().toStdString();
+}
+
+TEST_F(LogTest, TheTimeIsThatOfTheUsersClock) {
+    qputenv("TZ", "TEST-05:30");
+    tzset();
+    const auto usersClock = [] { return QDateTime::currentDateTimeUtc().addSecs(5 * 3600 + 1800); };
+    const QDateTime before = usersClock();
+    Log::info(QStringLiteral("ora"));
+    const QString line = contents();
+    const QDateTime after = usersClock();
+    qunsetenv("TZ");
+    tzset();
+    QDateTime written = QDateTime::fromString(line.section(QLatin1Char(']'), 0, 0).sliced(1),
+                                              QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
+    written.setTimeSpec(Qt::UTC);
+    EXPECT_LE(before, written);
+    EXPECT_LE(written, after);
 }
 
 TEST_F(LogTest, OnlyTheUserReadsIt) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
+#include "support/AskedWaits.h"
 #include "support/StubServer.h"
 #include "update/Updater.h"
 
@@ -131,6 +132,22 @@ TEST_F(UpdaterTest, ChecksAtTheStartAndAgainAndAgain) {
     EXPECT_TRUE(desktop::waitFor([&] { return found >= 3; }));
 }
 
+TEST_F(UpdaterTest, TheFeedMayBeSilentForFifteenSecondsAndTheArchiveForAMinute) {
+    const AskedWaits asked;
+    update(zipOf(newBundle()));
+    ASSERT_TRUE(desktop::waitFor([&] { return calls.contains(u"quit"_s); }));
+    EXPECT_EQ(asked.count(std::chrono::seconds(15)), 1);
+    EXPECT_EQ(asked.count(std::chrono::seconds(60)), 1);
+    EXPECT_EQ(asked.all().size(), 2U);
+}
+
+TEST_F(UpdaterTest, ChecksEveryDay) {
+    const AskedWaits asked;
+    Updater usual{{}};
+    usual.start();
+    EXPECT_EQ(asked.count(std::chrono::hours(24)), 1);
+}
+
 TEST_F(UpdaterTest, TheFeedIsAskedForAfresh) {
     publish(feed(u"1.3"_s));
     ASSERT_TRUE(check());
@@ -252,6 +269,15 @@ TEST_F(UpdaterTest, ADownloadThatFailsIsToldAndCanBeTriedAgain) {
     }
     update(zip);
     EXPECT_TRUE(desktop::waitFor([&] { return calls.contains(u"quit"_s); }));
+}
+
+TEST_F(UpdaterTest, AnArchiveThatFindsNoFolderSaysSoInTheLog) {
+    ASSERT_TRUE(platform.directories().temporaryDir.remove());
+    update(zipOf(newBundle()));
+    ASSERT_TRUE(waitForAlert(u"Download non riuscito. Riprova più tardi."_s));
+    EXPECT_TRUE(logged().last().endsWith(u": la cartella o il file non esiste"_s))
+        << logged().last().toStdString();
+    expectNothingHappened();
 }
 
 TEST_F(UpdaterTest, ADownloadThatNeverComesIsTold) {
