@@ -56,12 +56,6 @@ int safety(const QUrl& address) {
 
 }  // namespace
 
-std::optional<UpdateKey> builtInUpdateKey() {
-    const QByteArray text(PARLIVO_UPDATE_KEY);
-    if (text.isEmpty()) return std::nullopt;
-    return QByteArray::fromBase64(text);
-}
-
 QByteArray signedText(const QString& version, qint64 size, const QByteArray& sha256) {
     return "parlivo-update\n" + version.toUtf8() + '\n' + QByteArray::number(size) + '\n' + sha256 + '\n';
 }

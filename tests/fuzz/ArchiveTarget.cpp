@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "FuzzTarget.h"
-#include "support/ZipExtraction.h"
+#include "platform/linux/base/ZipExtraction.h"
 
 #include <sys/stat.h>
 

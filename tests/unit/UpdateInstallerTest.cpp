@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "UpdateTest.h"
+#include "platform/linux/base/ZipExtraction.h"
 #include "support/Errors.h"
 #include "support/FileSizeLimit.h"
-#include "support/ZipExtraction.h"
 #include "update/UpdateInstaller.h"
 
 #include <QProcess>

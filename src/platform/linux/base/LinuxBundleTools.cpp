@@ -4,7 +4,7 @@
 #include "platform/linux/base/BundleReplacement.h"
 #include "platform/linux/base/InheritedEnvironment.h"
 #include "platform/linux/base/LinuxBundle.h"
-#include "support/ZipExtraction.h"
+#include "platform/linux/base/ZipExtraction.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "support/ZipExtraction.h"
+#include "platform/linux/base/ZipExtraction.h"
 
 #include "support/Clock.h"
 
