@@ -72,7 +72,7 @@ class FeedbackTest(WindowsTest):
 
     def test_escape_closes_and_keeps_the_form(self):
         self.write("quasi finito")
-        self.program.explained("the focus", self.program.focused)
+        self.program.explained("the focus", lambda: self.program.has_focus(ASKED, "text"))
         key("Escape")
         self.program.wait_until_gone("Il tuo parere su Parlivo")
         windows.command("--feedback")

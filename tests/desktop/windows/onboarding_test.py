@@ -248,7 +248,7 @@ class KeyboardTest(FirstRunTest):
         self.start()
         self.program.wait_for_words(*WELCOME)
         for page in (FOLDER[0], QUALITY[0], DOWNLOAD, MICROPHONE[0], ACCESSIBILITY[0], READY[0]):
-            self.program.explained("the focus", self.program.focused)
+            self.program.explained("the focus", lambda: self.program.has_focus("Continua"))
             key("Escape", "Return")
             self.program.wait(page)
         self.program.explained("the focus", lambda: self.program.has_focus("Inizia a dettare"))
