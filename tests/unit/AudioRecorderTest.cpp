@@ -1,52 +1,19 @@
 // SPDX-License-Identifier: MIT
-#include "audio/AudioRecorder.h"
-#include "platform/linux/sound/SndfileWavConverter.h"
+#include "AudioRecorderFixture.h"
 #include "support/Errors.h"
 #include "support/FileSizeLimit.h"
-#include "support/PlatformTest.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QRegularExpression>
 
 #include <gmock/gmock.h>
-#include <sndfile.hh>
 
 namespace parlivo {
 namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAreArray;
-
-class AudioRecorderTest : public PlatformTest {
-  protected:
-    AudioRecorderTest() : recorder([this] { return now; }) {}
-
-    fake::AudioInput& microphone() { return platform.audioInput(); }
-    bool speakBlocks(int blocks, float sample) {
-        const auto samples =
-            AudioCapture::blockFrames * static_cast<std::size_t>(blocks * microphone().format.channels);
-        return microphone().speak(std::vector<float>(samples, sample));
-    }
-    QStringList files() { return QDir(platform.directories().temporary()).entryList(QDir::Files); }
-
-    /// Holds the key for that long, without a sound.
-    std::optional<QString> record(Clock::Duration length) {
-        recorder.start();
-        now += length;
-        return recorder.stop();
-    }
-
-    static std::vector<float> samplesIn(const QString& path) {
-        SndfileHandle file(path.toStdString());
-        std::vector<float> samples(static_cast<std::size_t>(file.frames() * file.channels()));
-        file.readf(samples.data(), file.frames());
-        return samples;
-    }
-
-    Clock::TimePoint now = Clock::now();
-    AudioRecorder recorder;
-};
 
 TEST_F(AudioRecorderTest, TheFileIsNamedAfterAFreshUuid) {
     recorder.start();
@@ -296,189 +263,6 @@ TEST_F(AudioRecorderTest, AFailedConversionPassesUp) {
         EXPECT_TRUE(isError(error, ErrorCode::ConversionFailed));
         EXPECT_EQ(error.localizedDescription(), QStringLiteral("afconvert fallito: no such format"));
     }
-}
-
-/// With a platform that converts while it records.
-class LiveConversionTest : public AudioRecorderTest {
-  protected:
-    LiveConversionTest() { platform.wavConverter().real = &converter; }
-
-    QStringList wavs() {
-        return QDir(platform.directories().temporary()).entryList({QStringLiteral("*.wav")}, QDir::Files);
-    }
-    /// A recording of noise that is no whole number of blocks.
-    QString recordNoise() {
-        std::vector<float> noise(static_cast<std::size_t>(100'001 * microphone().format.channels));
-        unsigned random = 1;
-        for (float& sample : noise) {
-            random = random * 1'664'525 + 1'013'904'223;
-            sample = static_cast<float>(random >> 8) / 16'777'216.0F - 0.5F;
-        }
-        recorder.start();
-        EXPECT_TRUE(microphone().speak(noise));
-        now += 2s;
-        return recorder.stop().value();
-    }
-    static QByteArray contents(const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    SndfileWavConverter converter;
-};
-
-TEST_F(LiveConversionTest, TheWavIsReadyWhenTheRecordingEnds) {
-    const QString capture = recordNoise();
-    ASSERT_EQ(wavs().size(), 1);
-    QFile::remove(capture);  // whoever converted now would find nothing
-    const QString wav = AudioRecorder::convertToWhisperWAV(capture);
-    EXPECT_EQ(QFileInfo(wav).fileName(), wavs().constFirst());
-    EXPECT_EQ(SndfileHandle(wav.toStdString()).frames(), 33'334);
-}
-
-TEST_F(LiveConversionTest, TheWavIsTheOneThatAConversionAfterwardsGives) {
-    for (const AudioFormat format :
-         {AudioFormat{48'000, 1}, AudioFormat{44'100, 2}, AudioFormat{16'000, 6}}) {
-        microphone().format = format;
-        const QString capture = recordNoise();
-        const QString afterwards = platform.directories().temporary() + QStringLiteral("/afterwards.wav");
-        converter.convert(capture, afterwards);
-        const QByteArray expected = contents(afterwards);
-        EXPECT_GT(expected.size(), 44);
-        EXPECT_TRUE(contents(AudioRecorder::convertToWhisperWAV(capture)) == expected) << format.sampleRate;
-    }
-}
-
-TEST_F(LiveConversionTest, OnlyTheUserReadsTheWavWhileItGrows) {
-    recorder.start();
-    ASSERT_EQ(wavs().size(), 1);
-    const QFileInfo wav(QDir(platform.directories().temporary()).filePath(wavs().constFirst()));
-    EXPECT_EQ(wav.permissions() & ~(QFile::ReadUser | QFile::WriteUser),
-              QFile::ReadOwner | QFile::WriteOwner);
-}
-
-TEST_F(LiveConversionTest, AShortPressLeavesNoFile) {
-    EXPECT_FALSE(record(290ms));
-    EXPECT_THAT(files(), testing::IsEmpty());
-}
-
-TEST_F(LiveConversionTest, AFailedStartLeavesNoFile) {
-    microphone().startError = Error(QStringLiteral("PulseAudio"), 1, QStringLiteral("Access denied"));
-    EXPECT_THROW(recorder.start(), Error);
-    EXPECT_THAT(files(), testing::IsEmpty());
-}
-
-TEST_F(LiveConversionTest, AWavThatNobodyAsksForIsDeleted) {
-    {
-        AudioRecorder other([this] { return now; });
-        other.start();
-        now += 1s;
-        EXPECT_TRUE(other.stop());
-        EXPECT_EQ(wavs().size(), 1);
-    }
-    EXPECT_THAT(wavs(), testing::IsEmpty()) << "after the recorder's end";
-    recordNoise();
-    recordNoise();
-    EXPECT_EQ(wavs().size(), 1) << "that of the earlier recording";
-}
-
-TEST_F(LiveConversionTest, AWavThatWasAskedForIsTheCallers) {
-    QString wav;
-    {
-        AudioRecorder other([this] { return now; });
-        other.start();
-        now += 1s;
-        wav = AudioRecorder::convertToWhisperWAV(other.stop().value());
-    }
-    EXPECT_TRUE(QFile::exists(wav));
-    EXPECT_TRUE(QFile::remove(wav));
-}
-
-TEST_F(LiveConversionTest, AnEarlierRecordingCanStillBeConverted) {
-    const QString first = recordNoise();
-    recordNoise();
-    EXPECT_EQ(SndfileHandle(AudioRecorder::convertToWhisperWAV(first).toStdString()).frames(), 33'334);
-}
-
-TEST_F(LiveConversionTest, AnAbandonedRecordingKeepsItsCaptureFileOnly) {
-    recorder.start();
-    recorder.start();
-    EXPECT_EQ(files().size(), 3) << files().join(QLatin1Char(' ')).toStdString();
-    EXPECT_EQ(wavs().size(), 1);
-}
-
-TEST_F(LiveConversionTest, AFailureWhileRecordingLeavesTheConversionForAfterwards) {
-    QString capture;
-    {
-        const FileSizeLimit limit(20'000);
-        capture = recordNoise();
-    }
-    EXPECT_THAT(wavs(), testing::IsEmpty()) << "a WAV without its end";
-    EXPECT_GT(SndfileHandle(AudioRecorder::convertToWhisperWAV(capture).toStdString()).frames(), 1'000);
-}
-
-TEST_F(LiveConversionTest, AFullDiskIsSaidByTheConversionAfterwards) {
-    QString capture;
-    {
-        const FileSizeLimit whileRecording(20'000);
-        capture = recordNoise();
-    }
-    const FileSizeLimit afterwards(100);
-    try {
-        AudioRecorder::convertToWhisperWAV(capture);
-        FAIL() << "no error";
-    } catch (const Error& error) {
-        EXPECT_EQ(error.code(), static_cast<int>(ErrorCode::ConversionFailed));
-    }
-    EXPECT_THAT(wavs(), testing::IsEmpty());
-}
-
-/// How often a recording with these limits asks to be ended, when so many blocks are spoken.
-class RecordingLimitsTest : public AudioRecorderTest {
-  protected:
-    int reportsAfter(const RecordingLimits& limits, int blocks) {
-        AudioRecorder limited([this] { return now; }, limits);
-        int reports = 0;
-        limited.onInterrupted = [&] { ++reports; };
-        limited.start();
-        for (int block = 0; block < blocks; ++block) EXPECT_TRUE(speakBlocks(1, 0.5F));
-        QCoreApplication::processEvents();
-        now += 1s;
-        EXPECT_TRUE(limited.stop()) << "what was recorded is there";
-        return reports;
-    }
-    static constexpr std::uintmax_t blockBytes = AudioCapture::blockFrames * sizeof(float);
-    static constexpr std::uintmax_t plenty = 1'000'000'000'000;
-};
-
-TEST_F(RecordingLimitsTest, AreTwoGigabytesAndTwoHundredMegabytes) {
-    EXPECT_EQ(RecordingLimits().largestFile, 2'000'000'000U);
-    EXPECT_EQ(RecordingLimits().leastFreeSpace, 200'000'000U);
-}
-
-TEST_F(RecordingLimitsTest, ARecordingEndsOnceAtItsLargestSize) {
-    EXPECT_EQ(reportsAfter({.largestFile = 10 * blockBytes, .leastFreeSpace = 0}, 9), 0);
-    EXPECT_EQ(reportsAfter({.largestFile = 10 * blockBytes, .leastFreeSpace = 0}, 10), 1);
-    EXPECT_EQ(reportsAfter({.largestFile = 10 * blockBytes, .leastFreeSpace = 0}, 25), 1);
-}
-
-TEST_F(RecordingLimitsTest, EveryChannelCounts) {
-    microphone().format = {48'000, 2};
-    EXPECT_EQ(reportsAfter({.largestFile = 10 * blockBytes, .leastFreeSpace = 0}, 4), 0);
-    EXPECT_EQ(reportsAfter({.largestFile = 10 * blockBytes, .leastFreeSpace = 0}, 5), 1);
-}
-
-TEST_F(RecordingLimitsTest, ARecordingEndsOnceOnAFullDiskButNotBeforeTheFirstLook) {
-    const RecordingLimits full{
-        .largestFile = plenty, .leastFreeSpace = UINTMAX_MAX, .secondsBetweenChecks = 2};
-    // Two seconds are 23.4 blocks.
-    EXPECT_EQ(reportsAfter(full, 23), 0);
-    EXPECT_EQ(reportsAfter(full, 24), 1);
-    EXPECT_EQ(reportsAfter(full, 100), 1);
-}
-
-TEST_F(RecordingLimitsTest, ARecordingGoesOnWhereThereIsRoom) {
-    EXPECT_EQ(reportsAfter({.largestFile = plenty, .leastFreeSpace = 1, .secondsBetweenChecks = 1}, 100), 0);
 }
 
 }  // namespace

@@ -1,111 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/sound/PulseInterposed.h"
-#include "platform/linux/sound/PulseAudioInput.h"
+#include "desktop/sound/Listener.h"
 #include "platform/linux/sound/PulseCapture.h"
-#include "platform/linux/sound/PulseMicrophone.h"
 #include "support/SoundServer.h"
-#include "support/Waiting.h"
 
 #include <QDir>
 
 #include <gmock/gmock.h>
 #include <pulse/pulseaudio.h>
 
-#include <atomic>
 #include <cmath>
-#include <mutex>
 #include <optional>
 
 namespace parlivo::desktop {
 namespace {
 
 using namespace std::chrono_literals;
-
-/// Opens the microphone without knowing anything of the server.
-struct Opened {
-    PulseMicrophone microphone;
-    std::unique_ptr<AudioCapture> capture = PulseAudioInput(microphone).open();
-};
-
-bool microphoneOpens() {
-    return Opened().capture != nullptr;
-}
-
-/// The first answer of a server that was never asked before.
-MicrophoneStatus askedMicrophone() {
-    PulseMicrophone microphone;
-    EXPECT_EQ(microphone.status(), MicrophoneStatus::NotAsked) << "waited for the server";
-    const QObject owner;
-    MicrophoneStatus answer = MicrophoneStatus::NotAsked;
-    microphone.observe(&owner, [&](MicrophoneStatus status) { answer = status; });
-    EXPECT_TRUE(waitFor([&] { return answer != MicrophoneStatus::NotAsked; }));
-    EXPECT_EQ(microphone.status(), answer);
-    return answer;
-}
-
-bool microphoneGrants(MicrophoneCheck check) {
-    PulseMicrophone microphone;
-    std::atomic<int> answer = -1;
-    microphone.request(check, [&](bool granted) { answer = granted ? 1 : 0; });
-    EXPECT_TRUE(waitFor([&] { return answer >= 0; }));
-    return answer == 1;
-}
-
-/// A running capture and what it delivered.
-class Listener {
-  public:
-    Listener() : capture_(PulseAudioInput(microphone_).open()) {
-        EXPECT_TRUE(capture_) << "no microphone";
-        if (capture_) begin();
-    }
-    ~Listener() = default;
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    bool hears(std::size_t frames) {
-        return waitFor([&] { return frames_ >= frames; });
-    }
-    bool hearsSound() {
-        return waitFor([&] { return sounded_.load(); });
-    }
-    void stop(Clock::TimePoint end = Clock::now()) { capture_->stop(end); }
-    void close() { capture_.reset(); }
-
-    int interruptions() const { return interruptions_; }
-    std::size_t frames() const { return frames_; }
-    std::vector<std::size_t> blocks() const {
-        const std::lock_guard lock(mutex_);
-        return blocks_;
-    }
-    std::vector<float> firstChannel() const {
-        const std::lock_guard lock(mutex_);
-        return samples_;
-    }
-
-  private:
-    void begin() {
-        capture_->start([this](std::span<const float> samples, std::size_t frames) { take(samples, frames); },
-                        [this] { ++interruptions_; });
-    }
-    void take(std::span<const float> samples, std::size_t frames) {
-        const std::lock_guard lock(mutex_);
-        for (std::size_t i = 0; i < samples.size(); i += samples.size() / frames) {
-            samples_.push_back(samples[i]);
-            if (samples[i] != 0) sounded_ = true;
-        }
-        blocks_.push_back(frames);
-        frames_ += frames;
-    }
-
-    mutable std::mutex mutex_;
-    std::vector<float> samples_;       // under mutex_
-    std::vector<std::size_t> blocks_;  // under mutex_
-    std::atomic<std::size_t> frames_ = 0;
-    std::atomic<bool> sounded_ = false;
-    std::atomic<int> interruptions_ = 0;
-    PulseMicrophone microphone_;
-    std::unique_ptr<AudioCapture> capture_;  // last: its tap uses what stands above
-};
 
 /// How far each place lies from the one before, the signal's new beginnings taken into account.
 std::vector<double> steps(const std::vector<double>& places) {
@@ -117,8 +26,6 @@ std::vector<double> steps(const std::vector<double>& places) {
     }
     return result;
 }
-
-constexpr std::size_t oneSecond = 48'000;
 
 TEST(SoundTest, WhatIsSpokenArrivesWithoutAHoleOrARepetition) {
     const Speaker speaker;
@@ -284,201 +191,6 @@ TEST(SoundTest, ManyRecordingsLeaveNoThreadAndNoFileOpen) {
     }
     EXPECT_EQ(count("/proc/self/task"), threads);
     EXPECT_EQ(count("/proc/self/fd"), files);
-}
-
-TEST(SoundTest, WithoutAServerThereIsNoMicrophone) {
-    soundServer::kill();
-    EXPECT_FALSE(microphoneOpens());
-    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Denied);
-}
-
-TEST(SoundTest, AServerThatNeverAnswersIsNotWaitedFor) {
-    soundServer::freeze();
-    EXPECT_FALSE(microphoneOpens());
-    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Denied);
-    soundServer::thaw();
-    EXPECT_TRUE(waitFor(&microphoneOpens));
-}
-
-TEST(SoundTest, AServerThatFreezesWhileRecordingDoesNotHoldTheEndUp) {
-    const Speaker speaker;
-    Listener listener;
-    ASSERT_TRUE(listener.hearsSound());
-    soundServer::freeze();
-    const std::size_t heard = listener.frames();
-    listener.stop();
-    EXPECT_GE(listener.frames(), heard);
-    listener.close();
-    soundServer::thaw();
-}
-
-TEST(SoundTest, AMicrophoneThatComesLaterIsFound) {
-    soundServer::removeMicrophone();
-    EXPECT_FALSE(microphoneOpens()) << "the loudspeaker's monitor is no microphone";
-    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Denied);
-    soundServer::removeLoudspeaker();
-    EXPECT_FALSE(microphoneOpens()) << "there is no source";
-    soundServer::addPair(QStringLiteral("altro"), QStringLiteral("nuovo"));
-    soundServer::setDefaultSource(QStringLiteral("nuovo"));
-    EXPECT_TRUE(Listener().hears(1));
-    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Authorised);
-}
-
-TEST(SoundTest, TheOnlyMonitorIsRecordedWhenTheUserNamesIt) {
-    soundServer::removeMicrophone();
-    EXPECT_FALSE(microphoneOpens());
-    qputenv("PULSE_SOURCE", "cavo.monitor");
-    EXPECT_TRUE(Listener().hears(1));
-    qunsetenv("PULSE_SOURCE");
-}
-
-TEST(SoundTest, AMonitorThatTheUserChoseIsRecorded) {
-    const Speaker speaker;
-    soundServer::setDefaultSource(QStringLiteral("cavo.monitor"));
-    EXPECT_TRUE(Listener().hearsSound());
-}
-
-TEST(SoundTest, AMicrophonePulledOutEndsTheRecordingWithWhatItHas) {
-    const Speaker speaker;
-    Listener listener;
-    ASSERT_TRUE(listener.hearsSound() && listener.hears(oneSecond));
-    soundServer::removeMicrophone();
-    EXPECT_TRUE(waitFor([&] { return listener.interruptions() > 0; }));
-    const std::size_t heard = listener.frames();
-    letPass(300ms);
-    EXPECT_EQ(listener.frames(), heard) << "goes on after the interruption";
-    listener.stop();
-    EXPECT_EQ(listener.frames(), heard);
-    EXPECT_EQ(listener.interruptions(), 1);
-}
-
-TEST(SoundTest, AMoveThatCannotBeLookedAtEndsTheRecordingWithWhatItHas) {
-    soundServer::addPair(QStringLiteral("altro"), QStringLiteral("riserva"));
-    soundServer::setDefaultSource(QStringLiteral("microfono"));
-    Listener listener;
-    ASSERT_TRUE(listener.hears(oneSecond));
-    interposed::refuseSourceQuestions = true;
-    soundServer::removeMicrophone();
-    EXPECT_TRUE(waitFor([&] { return listener.interruptions() > 0; }));
-    const std::size_t heard = listener.frames();
-    EXPECT_GE(heard, oneSecond);
-    listener.stop();
-    EXPECT_EQ(listener.frames(), heard);
-    interposed::refuseSourceQuestions = false;
-}
-
-TEST(SoundTest, AnotherMicrophoneTakesOver) {
-    soundServer::addPair(QStringLiteral("altro"), QStringLiteral("riserva"));
-    soundServer::setDefaultSource(QStringLiteral("microfono"));
-    const Speaker speaker(QStringLiteral("altro"));
-    Listener listener;
-    ASSERT_TRUE(listener.hears(oneSecond));
-    soundServer::removeMicrophone();
-    EXPECT_TRUE(listener.hearsSound());
-    EXPECT_EQ(listener.interruptions(), 0);
-}
-
-TEST(SoundTest, AServerKilledWhileRecordingEndsTheRecordingWithWhatItHas) {
-    Listener listener;
-    ASSERT_TRUE(listener.hears(oneSecond));
-    soundServer::kill();
-    EXPECT_TRUE(waitFor([&] { return listener.interruptions() > 0; }));
-    const std::size_t heard = listener.frames();
-    listener.stop();
-    EXPECT_EQ(listener.frames(), heard);
-    EXPECT_EQ(listener.interruptions(), 1);
-}
-
-TEST(SoundTest, AFailedStartIsNoInterruption) {
-    const Opened opened;
-    const auto& capture = opened.capture;
-    ASSERT_TRUE(capture);
-    soundServer::kill();
-    std::atomic<int> interruptions = 0;
-    EXPECT_THROW(capture->start([](auto, auto) {}, [&] { ++interruptions; }), Error);
-    EXPECT_EQ(interruptions, 0);
-}
-
-TEST(MicrophoneTest, IsAuthorisedWhereAServerHasOne) {
-    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Authorised);
-    EXPECT_TRUE(microphoneGrants(MicrophoneCheck::WithoutRecording));
-    EXPECT_TRUE(microphoneGrants(MicrophoneCheck::ByRecording));
-}
-
-TEST(MicrophoneTest, IsRefusedWithoutAServer) {
-    soundServer::kill();
-    EXPECT_FALSE(microphoneGrants(MicrophoneCheck::WithoutRecording));
-    EXPECT_FALSE(microphoneGrants(MicrophoneCheck::ByRecording));
-}
-
-TEST(MicrophoneTest, IsAskedForWithoutAStream) {
-    const int before = interposed::recordings;
-    EXPECT_TRUE(microphoneGrants(MicrophoneCheck::WithoutRecording));
-    EXPECT_EQ(askedMicrophone(), MicrophoneStatus::Authorised);
-    EXPECT_EQ(interposed::recordings, before);
-    EXPECT_TRUE(microphoneGrants(MicrophoneCheck::ByRecording));
-    EXPECT_EQ(interposed::recordings, before + 1);
-}
-
-TEST(MicrophoneTest, IsDeniedAfterARefusedRecordingUntilOneIsGranted) {
-    PulseMicrophone microphone;
-    PulseAudioInput input(microphone);
-    const auto grants = [&] {
-        std::atomic<int> answer = -1;
-        microphone.request(MicrophoneCheck::WithoutRecording,
-                           [&](bool granted) { answer = granted ? 1 : 0; });
-        EXPECT_TRUE(waitFor([&] { return answer >= 0; }));
-        return answer == 1;
-    };
-    microphone.reportRecording(false);
-    EXPECT_FALSE(grants());
-    const auto capture = input.open();
-    ASSERT_TRUE(capture);
-    capture->start([](auto, auto) {}, [] {});
-    EXPECT_TRUE(grants());
-}
-
-TEST(MicrophoneTest, AServerThatHangsHoldsNobodyUp) {
-    PulseMicrophone microphone;
-    PulseAudioInput input(microphone);
-    soundServer::freeze();
-    interposed::waits = 0;
-    EXPECT_EQ(microphone.status(), MicrophoneStatus::NotAsked);
-    ASSERT_TRUE(waitFor([&] { return microphone.serverHangs(); }));
-    EXPECT_TRUE(waitFor([&] { return microphone.status() == MicrophoneStatus::Denied; }));
-    EXPECT_FALSE(input.open()) << "the next recordings";
-    EXPECT_FALSE(input.open());
-    bool granted = true;
-    microphone.request(MicrophoneCheck::ByRecording, [&](bool answer) { granted = answer; });
-    EXPECT_FALSE(granted);
-    EXPECT_EQ(interposed::waits, 0) << "the main thread waited for the server";
-    soundServer::thaw();
-    EXPECT_TRUE(waitFor([&] { return !microphone.serverHangs(); }));
-    EXPECT_TRUE(waitFor([&] { return microphone.status() == MicrophoneStatus::Authorised; }));
-    EXPECT_TRUE(input.open());
-}
-
-TEST(MicrophoneTest, ARecordingThatMeetsAHangingServerWaitsOnlyOnce) {
-    PulseMicrophone microphone;
-    PulseAudioInput input(microphone);
-    soundServer::freeze();
-    EXPECT_FALSE(input.open());
-    EXPECT_TRUE(microphone.serverHangs());
-    interposed::waits = 0;
-    EXPECT_FALSE(input.open());
-    EXPECT_EQ(interposed::waits, 0);
-    soundServer::thaw();
-    EXPECT_TRUE(waitFor([&] { return input.open() != nullptr; })) << "nobody looks whether it answers again";
-}
-
-TEST(MicrophoneTest, TheEndDoesNotWaitForAServerToAnswer) {
-    soundServer::freeze();
-    {
-        PulseMicrophone microphone;
-        microphone.status();
-        ASSERT_TRUE(waitFor([&] { return microphone.serverHangs(); }));
-    }
-    soundServer::thaw();
 }
 
 }  // namespace
