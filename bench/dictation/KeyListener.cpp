@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "dictation/KeyListener.h"
 
+#include "support/XServer.h"
+
 #include <poll.h>
 #include <xcb/xinput.h>
 
@@ -28,7 +30,7 @@ void KeyListener::selectPresses() {
         xcb_input_event_mask_t head{XCB_INPUT_DEVICE_ALL_MASTER, 1};
         std::uint32_t mask = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS;
     } selection;
-    const auto root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+    const auto root = desktop::rootOf(c);
     const auto selected = xcb_input_xi_select_events_checked(c, root, 1, &selection.head);
     if (x11::ErrorHandle(xcb_request_check(c, selected)))
         throw std::runtime_error("the display does not tell of its keys");

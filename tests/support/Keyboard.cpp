@@ -3,6 +3,7 @@
 
 #include "platform/linux/x11/XcbXkb.h"
 #include "support/Error.h"
+#include "support/XServer.h"
 
 #include <QProcess>
 #include <QString>
@@ -39,7 +40,7 @@ Keyboard::Keyboard(Device device) : connection_(xcb_connect(nullptr, nullptr)) {
     auto* const c = connection_.get();
     if (xcb_connection_has_error(c) != 0) fail("no display");
     if (!owned(xcb_test_get_version_reply(c, xcb_test_get_version(c, 2, 2), nullptr))) fail("no XTEST");
-    if (!owned(xcb_xkb_use_extension_reply(c, xcb_xkb_use_extension(c, 1, 0), nullptr))) fail("no XKB");
+    if (!x11::startKeyboardExtension(c)) fail("no XKB");
     if (device == Device::Physical) {
         findPhysicalDevice();
     } else {
@@ -91,7 +92,7 @@ void Keyboard::send(std::uint8_t type, xcb_keycode_t key) {
 }
 
 void Keyboard::sync() const {
-    owned(xcb_get_input_focus_reply(connection_.get(), xcb_get_input_focus(connection_.get()), nullptr));
+    waitForServer(connection_.get());
 }
 
 xcb_keycode_t Keyboard::keyOf(xcb_keysym_t keysym) const {

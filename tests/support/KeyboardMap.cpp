@@ -2,6 +2,7 @@
 #include "support/KeyboardMap.h"
 
 #include "platform/linux/x11/XcbHandles.h"
+#include "platform/linux/x11/XcbQueries.h"
 #include "platform/linux/x11/XcbXkb.h"
 
 #include <cstddef>
@@ -12,7 +13,7 @@ QByteArray keyboardMap() {
     using x11::owned;
     const x11::ConnectionHandle connection(xcb_connect(nullptr, nullptr));
     auto* const c = connection.get();
-    owned(xcb_xkb_use_extension_reply(c, xcb_xkb_use_extension(c, 1, 0), nullptr));
+    x11::startKeyboardExtension(c);
     constexpr std::uint16_t everything = 0xff;
     const auto cookie = xcb_xkb_get_map(c, XCB_XKB_ID_USE_CORE_KBD, everything, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
                                         0, 0, 0, 0, 0, 0);

@@ -4,6 +4,7 @@
 #include "support/Error.h"
 #include "support/Keyboard.h"
 #include "support/Uuid.h"
+#include "support/XServer.h"
 
 #include <QFile>
 
@@ -28,12 +29,7 @@ class Properties {
   public:
     explicit Properties(xcb_connection_t* connection) : connection_(connection) {}
 
-    xcb_atom_t atom(std::string_view name) const {
-        const auto cookie =
-            xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
-        const auto reply = owned(xcb_intern_atom_reply(connection_, cookie, nullptr));
-        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-    }
+    xcb_atom_t atom(std::string_view name) const { return x11::internAtom(connection_, name); }
 
     std::vector<xcb_window_t> windows(std::string_view property) const {
         const auto reply = get(root(), property);
@@ -49,7 +45,7 @@ class Properties {
                                  static_cast<qsizetype>(reply->value_len));
     }
 
-    xcb_window_t root() const { return xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root; }
+    xcb_window_t root() const { return rootOf(connection_); }
 
   private:
     x11::Reply<xcb_get_property_reply_t> get(xcb_window_t window, std::string_view property) const {

@@ -2,12 +2,12 @@
 #include "support/SelectionOwner.h"
 
 #include "support/Error.h"
+#include "support/XServer.h"
 
 #include <QString>
 
 #include <poll.h>
 
-#include <cstring>
 #include <utility>
 
 namespace parlivo::desktop {
@@ -19,21 +19,15 @@ namespace {
 constexpr qsizetype pieceSize = qsizetype{64} * 1024;
 constexpr int pollInterval = 20;  // ms
 
-xcb_window_t rootOf(xcb_connection_t* connection) {
-    return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-}
-
 }  // namespace
 
 SelectionOwner::SelectionOwner(PasteboardPlace place, Manner manner, QByteArray contents)
     : connection_(xcb_connect(nullptr, nullptr)),
-      window_(xcb_generate_id(connection_.get())),
+      window_(x11::makeInvisibleWindow(connection_.get(), rootOf(connection_.get()))),
       selection_(place == PasteboardPlace::Clipboard ? atom("CLIPBOARD") : xcb_atom_t{XCB_ATOM_PRIMARY}),
       manner_(manner),
       contents_(std::move(contents)) {
     auto* const c = connection_.get();
-    xcb_create_window(c, 0, window_, rootOf(c), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                      XCB_COPY_FROM_PARENT, 0, nullptr);
     xcb_set_selection_owner(c, window_, selection_, XCB_CURRENT_TIME);
     if (!ownsSelection()) throw Error(QStringLiteral("desktop test"), 3, QStringLiteral("no selection"));
     thread_ = std::thread([this] { serve(); });
@@ -142,10 +136,7 @@ void SelectionOwner::setProperty(xcb_window_t window, xcb_atom_t property, xcb_a
 }
 
 xcb_atom_t SelectionOwner::atom(const char* name) const {
-    auto* const c = connection_.get();
-    const auto cookie = xcb_intern_atom(c, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const auto reply = owned(xcb_intern_atom_reply(c, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    return x11::internAtom(connection_.get(), name);
 }
 
 }  // namespace parlivo::desktop

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/dictation/ProgramTest.h"
 #include "support/PresetKeys.h"
+#include "support/XServer.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -246,8 +247,7 @@ class ForeignGrab {
   public:
     explicit ForeignGrab(const Chord& chord) : connection_(xcb_connect(nullptr, nullptr)) {
         auto* const c = connection_.get();
-        const auto root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-        const auto cookie = xcb_grab_key_checked(c, 1, root, XCB_MOD_MASK_1, chord.back(),
+        const auto cookie = xcb_grab_key_checked(c, 1, rootOf(c), XCB_MOD_MASK_1, chord.back(),
                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
         EXPECT_EQ(xcb_request_check(c, cookie), nullptr);
     }

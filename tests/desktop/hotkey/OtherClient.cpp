@@ -2,12 +2,12 @@
 #include "desktop/hotkey/OtherClient.h"
 
 #include "support/Waiting.h"
+#include "support/XServer.h"
 
 #include <xcb/xinput.h>
 
 #include <algorithm>
 #include <chrono>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -16,12 +16,6 @@ namespace parlivo::desktop {
 using x11::owned;
 
 namespace {
-
-xcb_atom_t atomOf(xcb_connection_t* connection, std::string_view name) {
-    const auto cookie = xcb_intern_atom(connection, 1, static_cast<std::uint16_t>(name.size()), name.data());
-    const auto reply = owned(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
 
 bool isKeyboard(const xcb_input_xi_device_info_t& device) {
     // A disabled device belongs to no master and counts as floating.
@@ -99,7 +93,7 @@ bool OtherClient::waitForKey(xcb_keycode_t key) {
 void OtherClient::setKeyboardsEnabled(bool enabled) {
     auto* const c = connection_.get();
     owned(xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 2), nullptr));
-    const xcb_atom_t property = atomOf(c, "Device Enabled");
+    const xcb_atom_t property = x11::internAtom(c, "Device Enabled");
     const std::uint8_t value = enabled ? 1 : 0;
     const auto devices = owned(
         xcb_input_xi_query_device_reply(c, xcb_input_xi_query_device(c, XCB_INPUT_DEVICE_ALL), nullptr));
@@ -113,11 +107,11 @@ void OtherClient::setKeyboardsEnabled(bool enabled) {
 }
 
 xcb_window_t OtherClient::root() const {
-    return xcb_setup_roots_iterator(xcb_get_setup(connection_.get())).data->root;
+    return rootOf(connection_.get());
 }
 
 void OtherClient::sync() const {
-    owned(xcb_get_input_focus_reply(connection_.get(), xcb_get_input_focus(connection_.get()), nullptr));
+    waitForServer(connection_.get());
 }
 
 }  // namespace parlivo::desktop

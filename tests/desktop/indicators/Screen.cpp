@@ -2,10 +2,10 @@
 #include "desktop/indicators/Screen.h"
 
 #include "support/Error.h"
+#include "support/XServer.h"
 
 #include <xcb/xtest.h>
 
-#include <cstring>
 #include <deque>
 
 namespace parlivo::desktop {
@@ -18,7 +18,7 @@ Screen::Screen() : connection_(xcb_connect(nullptr, nullptr)) {
 }
 
 xcb_window_t Screen::root() const {
-    return xcb_setup_roots_iterator(xcb_get_setup(connection_.get())).data->root;
+    return rootOf(connection_.get());
 }
 
 QSize Screen::size() const {
@@ -26,14 +26,11 @@ QSize Screen::size() const {
 }
 
 void Screen::sync() const {
-    owned(xcb_get_input_focus_reply(connection_.get(), xcb_get_input_focus(connection_.get()), nullptr));
+    waitForServer(connection_.get());
 }
 
 xcb_atom_t Screen::atom(const char* name) const {
-    const auto cookie =
-        xcb_intern_atom(connection_.get(), 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const auto reply = owned(xcb_intern_atom_reply(connection_.get(), cookie, nullptr));
-    return reply ? reply->atom : XCB_NONE;
+    return x11::internAtom(connection_.get(), name);
 }
 
 QImage Screen::picture(const QRect& area) const {

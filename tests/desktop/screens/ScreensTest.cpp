@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/x11/X11Screens.h"
-#include "platform/linux/x11/XcbHandles.h"
+#include "support/XServer.h"
 
 #include <QString>
 
 #include <gtest/gtest.h>
-
-#include <cstring>
 
 namespace parlivo::desktop {
 namespace {
@@ -16,16 +14,9 @@ class Compositor {
   public:
     explicit Compositor(const char* selection) {
         xcb_connection_t* const server = connection_.get();
-        const auto cookie =
-            xcb_intern_atom(server, 0, static_cast<std::uint16_t>(std::strlen(selection)), selection);
-        const auto atom = x11::owned(xcb_intern_atom_reply(server, cookie, nullptr));
-        const xcb_window_t window = xcb_generate_id(server);
-        const xcb_screen_t* root = xcb_setup_roots_iterator(xcb_get_setup(server)).data;
-        xcb_create_window(server, XCB_COPY_FROM_PARENT, window, root->root, 0, 0, 1, 1, 0,
-                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-        xcb_set_selection_owner(server, window, atom->atom, XCB_CURRENT_TIME);
-        // The answer means that the server has done all that was asked before.
-        x11::owned(xcb_get_input_focus_reply(server, xcb_get_input_focus(server), nullptr));
+        const xcb_window_t window = x11::makeInvisibleWindow(server, rootOf(server));
+        xcb_set_selection_owner(server, window, x11::internAtom(server, selection), XCB_CURRENT_TIME);
+        waitForServer(server);
     }
 
   private:

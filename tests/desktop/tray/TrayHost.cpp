@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/tray/TrayHost.h"
 
+#include "support/XServer.h"
+
 #include <array>
 #include <vector>
 
@@ -39,14 +41,11 @@ TrayHost::TrayHost(Panel panel, const QRect& place, int iconLength)
 }
 
 xcb_window_t TrayHost::root() const {
-    return xcb_setup_roots_iterator(xcb_get_setup(connection_.get())).data->root;
+    return rootOf(connection_.get());
 }
 
 xcb_atom_t TrayHost::atom(const std::string& name) const {
-    const auto cookie =
-        xcb_intern_atom(connection_.get(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-    const auto reply = owned(xcb_intern_atom_reply(connection_.get(), cookie, nullptr));
-    return reply ? reply->atom : XCB_NONE;
+    return x11::internAtom(connection_.get(), name);
 }
 
 void TrayHost::paintPanel() {
