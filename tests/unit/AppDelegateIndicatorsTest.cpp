@@ -62,7 +62,7 @@ TEST_F(AppDelegateIndicatorsTest, EachStateShowsItsSymbolInItsColour) {
     EXPECT_EQ(seen.size(), 5);
 }
 
-TEST_F(AppDelegateIndicatorsTest, TheCardStaysFromTheFirstWordToTheFirstKey) {
+TEST_F(AppDelegateIndicatorsTest, TheOverlayIsShownFromThePressToTheTyping) {
     launch();
     std::map<QString, bool> visible;
     atEveryState([&](const QString& state) { visible[state] = card() && card()->visible; });
@@ -80,7 +80,7 @@ TEST_F(AppDelegateIndicatorsTest, TheCardStaysFromTheFirstWordToTheFirstKey) {
     EXPECT_EQ(card()->shown, 1);
 }
 
-TEST_F(AppDelegateIndicatorsTest, TheCardGoesAfterATapAFailureAndSilence) {
+TEST_F(AppDelegateIndicatorsTest, TheOverlayIsHiddenAfterATapAFailureAndSilence) {
     launch();
     platform.hotKeys().press();
     platform.hotKeys().release();
@@ -96,7 +96,7 @@ TEST_F(AppDelegateIndicatorsTest, TheCardGoesAfterATapAFailureAndSilence) {
     EXPECT_EQ(card()->shown, 3);
 }
 
-TEST_F(AppDelegateIndicatorsTest, TheCardGoesWithTheProgramAndCanBeSwitchedOff) {
+TEST_F(AppDelegateIndicatorsTest, TheOverlayIsHiddenAtTheProgramsEndAndCanBeSwitchedOff) {
     launch();
     platform.hotKeys().press();
     const bool visible = card()->visible;
@@ -126,7 +126,7 @@ int heightOfRibbon(const QImage& card) {
     return rows;
 }
 
-TEST_F(AppDelegateIndicatorsTest, TheCardSwellsWithTheVoice) {
+TEST_F(AppDelegateIndicatorsTest, TheOverlayShowsTheRecordersLevel) {
     launch();
     platform.hotKeys().press();
     const int before = heightOfRibbon(card()->last);

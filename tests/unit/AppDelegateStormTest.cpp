@@ -82,7 +82,7 @@ class AppDelegateStorm : public AppDelegateTest {
     std::mt19937 random_;
 };
 
-TEST_F(AppDelegateStorm, ComesToRestAfterEverySequence) {
+TEST_F(AppDelegateStorm, EverySequenceEndsIdle) {
     const std::uint32_t fresh = std::random_device()();
     std::cout << "  seeds 0 to 499, and 500 from " << fresh << std::endl;
     for (std::uint32_t i = 0; i < 1000 && !HasFailure(); ++i) run(i < 500 ? i : fresh + i - 500);

@@ -178,7 +178,7 @@ TEST_F(CleanerTest, AnAnswerOfTheBuiltInEngineThatIsRejectedIsNotAskedForElsewhe
     EXPECT_TRUE(ollama.requests().empty());
 }
 
-TEST_F(CleanerTest, OllamaStepsInForTheBuiltInEngine) {
+TEST_F(CleanerTest, OllamaIsAskedWhenTheBuiltInEngineFails) {
     const QString answer = longText + QLatin1Char('!');
     llamaSays({});
     llama.on("/v1/chat/completions", StubReply::body("<html>"));
@@ -198,7 +198,7 @@ TEST_F(CleanerTest, WhenNobodyAnswersTheRawTextComesBack) {
     }
 }
 
-TEST_F(CleanerTest, EnginesThatHangCostTheirDeadlinesAndNoMore) {
+TEST_F(CleanerTest, HangingEnginesCostTheirDeadlinesOnly) {
     llamaSays({});
     llama.on("/v1/chat/completions", silence());
     ollama.on("/api/generate", silence());
@@ -218,7 +218,7 @@ TEST_F(CleanerTest, TheEndOfTheProgramEndsTheWait) {
     EXPECT_EQ(text, longText);
 }
 
-TEST_F(CleanerTest, WhateverIsAnsweredTheTextIsThatOrTheRawOne) {
+TEST_F(CleanerTest, AnyAnswerGivesItsTextOrTheRawOne) {
     const std::u32string alphabet =
         U"aè\"\"\"  \n\t\u0000\u001b\u0301👍🏽\u200d🇮🇹가\ufeff\u00a0{}\\"s;
     std::mt19937 random(11);
@@ -236,13 +236,13 @@ TEST_F(CleanerTest, WhateverIsAnsweredTheTextIsThatOrTheRawOne) {
 }
 
 /// Nobody listens on any port.
-class LonelyCleanerTest : public EngineTest {};
+class NoEngineCleanerTest : public EngineTest {};
 
-TEST_F(LonelyCleanerTest, WithoutAnyEngineTheRawTextComesBackAtOnce) {
+TEST_F(NoEngineCleanerTest, WithoutAnyEngineTheRawTextComesBackAtOnce) {
     EXPECT_EQ(Cleaner::clean(longText), longText);
 }
 
-TEST_F(LonelyCleanerTest, AMissingProgramOrModelEndsInTheRawText) {
+TEST_F(NoEngineCleanerTest, AMissingProgramOrModelEndsInTheRawText) {
     installLlama({{QStringLiteral("exitAtStart"), 1}});
     hurry();
     EXPECT_EQ(Cleaner::clean(longText), longText) << "the program ends at once";

@@ -8,7 +8,7 @@ namespace {
 
 using DictationPipelineTest = AppDelegateTest;
 
-TEST_F(DictationPipelineTest, EachMarkerMeansThatNobodySpoke) {
+TEST_F(DictationPipelineTest, EachMarkerCountsAsSilence) {
     launch();
     for (const char16_t* said :
          {u"", u"[BLANK_AUDIO]", u" [blank_audio] ", u"[Silenzio]", u"(SILENZIO)", u"[Musica]", u"[MUSIC]",

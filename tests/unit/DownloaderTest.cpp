@@ -127,7 +127,7 @@ TEST_F(DownloaderTest, AnErrorPageIsNoModel) {
     }
 }
 
-TEST_F(DownloaderTest, AnErrorPageOfTheRightSizeWouldBe) {
+TEST_F(DownloaderTest, AnErrorPageOfTheRightSizeIsTaken) {
     // The size is all that is looked at.
     server.on(path, StubReply::body(model(), 404, "text/html"));
     EXPECT_TRUE(fetch());
@@ -199,7 +199,7 @@ TEST_F(DownloaderTest, WithoutAKnownSizeTheStatedLengthMustBeMet) {
     EXPECT_EQ(contents().size(), 1000);
 }
 
-TEST_F(DownloaderTest, ABodyWithoutEndIsTakenToOneByteBeyondTheSize) {
+TEST_F(DownloaderTest, AnEndlessBodyStopsOneByteBeyondTheSize) {
     server.on(path, StubReply{"HTTP/1.1 200 OK\r\n\r\n", Manner::WithoutBound, {}});
     expectRefused(u"Download incompleto (2MB su 2MB)"_s);
     for (const Progress& step : progress) EXPECT_LE(step.written, fileSize + 1);
@@ -333,7 +333,7 @@ TEST_F(DownloaderTest, AnotherProtocolIsNoDownload) {
     expectNothingLeft();
 }
 
-TEST_F(DownloaderTest, LettingGoCallsItOffWithoutAWord) {
+TEST_F(DownloaderTest, DestroyingItCancelsWithoutACallback) {
     StubReply half = cutAt(50 * percent);
     half.manner = Manner::ThenNothing;
     Clock::setScale(1);
@@ -346,7 +346,7 @@ TEST_F(DownloaderTest, LettingGoCallsItOffWithoutAWord) {
     EXPECT_TRUE(ends.empty());
 }
 
-TEST_F(DownloaderTest, LettingGoBetweenTwoTriesEndsThem) {
+TEST_F(DownloaderTest, DestroyingItBetweenTwoTriesCancels) {
     server.on(path, StubReply::of(Manner::CloseAtOnce));
     start(entry());
     ASSERT_TRUE(desktop::waitFor([] { return !logged().filter(u"retry"_s).isEmpty(); }));
@@ -357,7 +357,7 @@ TEST_F(DownloaderTest, LettingGoBetweenTwoTriesEndsThem) {
     EXPECT_TRUE(ends.empty());
 }
 
-TEST_F(DownloaderTest, ItMayBeDestroyedByTheEndItTells) {
+TEST_F(DownloaderTest, TheCompletionCallbackMayDestroyIt) {
     server.on(path, whole());
     start(entry());
     bool told = false;

@@ -476,7 +476,7 @@ TEST_F(ChildProcessTest, AMissingProgramIsAnErrorWithTheSystemsReason) {
     }
 }
 
-TEST_F(ChildProcessTest, NobodySurvivesTheEnd) {
+TEST_F(ChildProcessTest, AllChildrenEndWithTheProgram) {
     Clock::setScale(0.05);
     const auto meek = ChildProcess::launch(shell(QStringLiteral("exec sleep 1000")));
     const auto deaf =

@@ -99,7 +99,7 @@ TEST_F(EngineTimesTest, TheListOfOllamasModels) {
     EXPECT_EQ(asked.all(), Waits{3s});
 }
 
-TEST_F(EngineTimesTest, AServerThatHasToGo) {
+TEST_F(EngineTimesTest, EndingAServer) {
     Clock::setScale(0.5);
     installLlama({{QStringLiteral("text"), QStringLiteral("Ciao")}, {QStringLiteral("deaf"), true}});
     ASSERT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));

@@ -50,7 +50,7 @@ class FeedbackTest : public WindowTest {
     FeedbackWindowController controller;
 };
 
-TEST_F(FeedbackTest, TheFormSaysWhatItIsToSay) {
+TEST_F(FeedbackTest, TheFormShowsTheStatedTexts) {
     controller.show();
     EXPECT_EQ(window().windowTitle(), u"Il tuo parere su Parlivo"_s);
     EXPECT_EQ(window().size(), QSize(440, 400));
@@ -114,7 +114,7 @@ TEST_F(FeedbackTest, BlanksAloneCannotBeSentButLineEndsCan) {
     EXPECT_EQ(sent().value(u"text"_s), u""_s);
 }
 
-TEST_F(FeedbackTest, WhileSendingTheButtonSaysSoAndRests) {
+TEST_F(FeedbackTest, WhileSendingTheButtonSaysSoAndIsDisabled) {
     answerWith(StubReply::of(StubReply::Manner::Never));
     send(u"ciao"_s);
     ASSERT_NE(button(window(), u"Invio…"_s), nullptr);
@@ -163,7 +163,7 @@ TEST_F(FeedbackTest, AfterAFailureTheFormIsKeptAndCanBeSentAgain) {
     EXPECT_TRUE(waitForThanks());
 }
 
-TEST_F(FeedbackTest, ThanksStayForTheLifeOfTheWindow) {
+TEST_F(FeedbackTest, ThanksStayAsLongAsTheWindow) {
     answerWith(StubReply::body("{}"));
     send(u"ciao"_s);
     ASSERT_TRUE(waitForThanks());
@@ -225,7 +225,7 @@ TEST_F(FeedbackInvitationTest, ComesAtTheTwentiethDictation) {
     EXPECT_FALSE(invites()) << "once is enough for now";
 }
 
-TEST_F(FeedbackInvitationTest, SaysWhatItIsToSay) {
+TEST_F(FeedbackInvitationTest, ShowsTheStatedTexts) {
     ASSERT_TRUE(invites());
     const Alert& alert = dialogs->alerts.at(0);
     EXPECT_EQ(alert.message, u"Come ti trovi con Parlivo?"_s);

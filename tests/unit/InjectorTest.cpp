@@ -97,7 +97,7 @@ TEST_F(InjectorTest, EveryCharacterIsTypedOnceAndInOrderWhateverTheText) {
     EXPECT_EQ(platform.keyboard().typed(), everything);
 }
 
-TEST_F(InjectorTest, OneSourceServesAWholeTextAndIsLetGo) {
+TEST_F(InjectorTest, OneSourceTypesAWholeTextAndIsDestroyed) {
     Injector::typeText(QStringLiteral("abc"));
     EXPECT_EQ(platform.keyboard().sourcesMade, 1);
     EXPECT_EQ(platform.keyboard().sourcesAlive, 0);

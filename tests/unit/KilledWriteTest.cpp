@@ -82,7 +82,7 @@ TEST_F(KilledWriteTest, TheFileIsAlwaysWholeAndOfOneMoment) {
     EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files | QDir::Hidden), QStringList(u"Parlivo.json"_s));
 }
 
-TEST_F(KilledWriteTest, ALockWithoutAnOwnersNameHoldsNobodyUp) {
+TEST_F(KilledWriteTest, ALockWithoutAnOwnersNameBlocksNobody) {
     QFile lock(file() + u".lock"_s);
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
     // Otherwise its age would free the way in the end.

@@ -58,13 +58,13 @@ TEST(LevelMeterTest, BrokenSamplesStillGiveALevelBetweenZeroAndOne) {
     }
 }
 
-TEST(LevelMeterTest, ARiseShowsFast) {
+TEST(LevelMeterTest, TheLevelRisesFast) {
     const float first = LevelMeter::smoothed(0.0F, 1.0F);
     EXPECT_FLOAT_EQ(first, 0.6F);
     EXPECT_FLOAT_EQ(LevelMeter::smoothed(first, 1.0F), 0.84F);
 }
 
-TEST(LevelMeterTest, AFallLingers) {
+TEST(LevelMeterTest, TheLevelFallsSlowly) {
     EXPECT_FLOAT_EQ(LevelMeter::smoothed(1.0F, 0.0F), 0.82F);
     EXPECT_FLOAT_EQ(LevelMeter::smoothed(0.5F, 0.25F), 0.25F * 0.18F + 0.5F * 0.82F);
 }

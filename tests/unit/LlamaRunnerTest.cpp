@@ -68,7 +68,7 @@ TEST_F(LlamaRunnerTest, AServerThatLoadsIsWaitedFor) {
     EXPECT_EQ(server.requests("/health").size(), 4U);
 }
 
-TEST_F(LlamaRunnerTest, AServerThatNeverGetsWellIsGivenUp) {
+TEST_F(LlamaRunnerTest, AServerThatNeverBecomesReadyIsGivenUp) {
     server.on("/health", StubReply::json({}, 503));
     hurry();
     std::optional<QString> answer = QStringLiteral("none yet");

@@ -116,7 +116,7 @@ TEST_F(OnboardingTest, ReturnGoesOn) {
     EXPECT_EQ(step(), Step::folder);
 }
 
-TEST_F(OnboardingTest, ThePagesSayWhatTheyAreToSay) {
+TEST_F(OnboardingTest, ThePagesShowTheStatedTexts) {
     controller.show();
     expectWords(
         {u"Parlivo"_s, u"Just talk. It types."_s,
@@ -140,7 +140,7 @@ TEST_F(OnboardingTest, ThePagesSayWhatTheyAreToSay) {
     EXPECT_EQ(words(window()).first(), u"Scarico i motori scelti"_s);
 }
 
-TEST_F(OnboardingTest, ThePermissionPagesAndTheLastOneSayWhatTheyAreToSay) {
+TEST_F(OnboardingTest, ThePermissionPagesAndTheLastOneShowTheStatedTexts) {
     goTo(Step::microphone);
     expectWords(
         {u"Permesso Microfono"_s,

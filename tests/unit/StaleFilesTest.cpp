@@ -38,7 +38,7 @@ class StaleFilesTest : public PlatformTest {
     }
 };
 
-TEST_F(StaleFilesTest, WhatNobodyClaimsGoes) {
+TEST_F(StaleFilesTest, UnlockedStaleFilesAreRemoved) {
     make(recording(u"caf"_s));
     make(recording(u"wav"_s));
     const QString uuid = freshUuid();

@@ -89,7 +89,7 @@ class StalledDiskTest : public DownloaderTest {
     StalledDiskTest& operator=(const StalledDiskTest&) = delete;
 };
 
-TEST_F(StalledDiskTest, HoldsNeitherTheEnginesNorTheMainThreadUp) {
+TEST_F(StalledDiskTest, BlocksNeitherTheEnginesNorTheMainThread) {
     const StubServer engine(0, {{"/", [](const StubServer::Request&) { return StubReply::body("alive"); }}});
     LocalServer client({.probe = QUrl(u"http://127.0.0.1:%1/"_s.arg(engine.port()))});
     for (int probe = 0; probe < 12; ++probe) EXPECT_TRUE(client.isAlive()) << probe;
@@ -104,7 +104,7 @@ TEST_F(StalledDiskTest, HoldsNeitherTheEnginesNorTheMainThreadUp) {
     EXPECT_EQ(server.requests(path).size(), 1U);
 }
 
-TEST_F(StalledDiskTest, IsNotWaitedForByWhoLetsADownloadGo) {
+TEST_F(StalledDiskTest, DestroyingADownloadDoesNotWaitForIt) {
     downloader.reset();
     EXPECT_EQ(StalledDisk::waiting(), 1);
     StalledDisk::comeBack();

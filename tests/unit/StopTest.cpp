@@ -65,7 +65,7 @@ TEST(StopTest, ACallbackMayEndItselfAndOthers) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(StopTest, TheEndOfACallbackWaitsForItsCall) {
+TEST(StopTest, DestroyingACallbackWaitsForItsCall) {
     StopSource source;
     std::atomic<bool> begun = false;
     std::atomic<bool> done = false;

@@ -97,7 +97,7 @@ TEST_F(TierPickerTest, OnlyTheChosenTierOffersItsDownload) {
     EXPECT_EQ(trailing(u"Veloce"_s), u"nothing"_s);
 }
 
-TEST_F(TierPickerTest, WhatIsThereBearsACheckChosenOrNot) {
+TEST_F(TierPickerTest, ADownloadedTierHasACheckMark) {
     makeModel(ModelCatalog::asrTier(u"fast"_s));
     makeModel(ModelCatalog::asrTier(u"best"_s));
     picker.hide();

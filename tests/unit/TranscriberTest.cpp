@@ -201,7 +201,7 @@ TEST_F(TranscriberTest, AServerOfOthersIsUsedWhateverItsStatus) {
     EXPECT_TRUE(platform.systemLog().lines().isEmpty()) << "nothing was started";
 }
 
-TEST_F(TranscriberTest, WhateverARepliesBytesItIsATextOrAnError) {
+TEST_F(TranscriberTest, AnyReplyGivesATextOrAnError) {
     const QByteArray valid =
         R"({"text":" Perch\u00e9 \"no\"?\n👍 ","segments":[{"id":1,"t":[0.5,-1e3,true,null]}]})";
     std::mt19937 random(20);

@@ -161,7 +161,7 @@ TEST_F(UpdaterTest, WithoutAnOfferNothingIsAsked) {
     EXPECT_TRUE(dialogs->alerts.empty());
 }
 
-TEST_F(UpdaterTest, TheOfferSaysWhatItIsToSay) {
+TEST_F(UpdaterTest, TheOfferShowsTheStatedTexts) {
     publish(feed(u"1.3"_s));
     ASSERT_TRUE(check());
     dialogs->answer = 1;

@@ -99,7 +99,7 @@ TEST_F(ClipboardTest, ReadsWhatThisProgramPutThere) {
 
 class BadOwner : public ClipboardTest, public testing::WithParamInterface<Manner> {};
 
-TEST_P(BadOwner, KeepsNoWindowWaitingAndCountsAsEmpty) {
+TEST_P(BadOwner, DoesNotBlockAndCountsAsEmpty) {
     const SelectionOwner bad(clipboard, GetParam(), QByteArray(500'000, 'x'));
     const SelectionOwner good(primary, Manner::Text, "evidenziato");
     const Lifetime lifetime;

@@ -27,7 +27,7 @@ void PrintTo(const Fault& fault, std::ostream* stream) {
 /// A recogniser that answers what it should not.
 class ReplyFault : public ProgramTest, public testing::WithParamInterface<Fault> {};
 
-TEST_P(ReplyFault, IsToldAndForgotten) {
+TEST_P(ReplyFault, IsReportedAndLeavesNothing) {
     home::settle();
     StubRecogniser stub;
     const Program program;

@@ -25,7 +25,7 @@ class Ballast {
 
 class FullDisk : public ProgramTest {};
 
-TEST_F(FullDisk, ARecordingThatFindsNoRoomIsToldAndForgotten) {
+TEST_F(FullDisk, ARecordingWithoutRoomIsReportedAndDeleted) {
     home::settle();
     StubRecogniser stub;
     const Program program;

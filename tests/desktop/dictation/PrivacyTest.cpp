@@ -94,7 +94,7 @@ TEST_F(PrivacyTest, WithBothEnginesNobodyOutsideIsAskedAndNobodyOutsideCanAsk) {
     for (const Listener& listener : all) EXPECT_TRUE(isLoopback(listener)) << qPrintable(listener.address);
 }
 
-TEST_F(PrivacyTest, AQuestionToTheOutsideWouldHaveBeenSeen) {
+TEST_F(PrivacyTest, ARequestToTheOutsideIsDetected) {
     home::settle();
     const StubRecogniser stub(QStringLiteral("zitto"));
     const qint64 before = triesToLeave();

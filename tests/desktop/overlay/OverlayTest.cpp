@@ -77,7 +77,7 @@ TEST_F(OverlayTest, StaysClearOfAPanelAtTheBottom) {
     EXPECT_TRUE(waitFor([&] { return shownPlace() == expected; })) << place().y();
 }
 
-TEST_F(OverlayTest, NeverTakesTheFocusFromTypingHands) {
+TEST_F(OverlayTest, NeverTakesTheFocus) {
     const Receiver editor(Receiver::Kind::Gtk3);
     Keyboard hands(Keyboard::Device::Synthetic);
     const xcb_window_t focus = screen.focus();

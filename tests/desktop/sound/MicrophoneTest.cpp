@@ -55,7 +55,7 @@ TEST(MicrophoneTest, IsDeniedAfterARefusedRecordingUntilOneIsGranted) {
     EXPECT_TRUE(grants());
 }
 
-TEST(MicrophoneTest, AServerThatHangsHoldsNobodyUp) {
+TEST(MicrophoneTest, AHangingServerBlocksNobody) {
     PulseMicrophone microphone;
     PulseAudioInput input(microphone);
     soundServer::freeze();

@@ -26,11 +26,11 @@ class StormTest : public Storm {
     }
 };
 
-TEST_F(StormTest, SequencesThatAreAlwaysTheSame) {
+TEST_F(StormTest, FixedSequences) {
     runFrom(numberFrom("PARLIVO_STORM_SEED", 1), numberFrom("PARLIVO_STORM_SEQUENCES", 15));
 }
 
-TEST_F(StormTest, SequencesThatNobodyHasSeenBefore) {
+TEST_F(StormTest, RandomSequences) {
     runFrom(std::random_device()(), 10);
 }
 

@@ -91,7 +91,7 @@ TEST_F(RemoteControlTest, WithoutAnInstanceThereIsNobodyToAsk) {
     EXPECT_EQ(send(RemoteCommand::Toggle), RemoteControl::Delivery::NoInstance);
 }
 
-TEST_F(RemoteControlTest, WhatAKilledInstanceLeftBehindIsNoInstanceAndInNobodysWay) {
+TEST_F(RemoteControlTest, LeftoversOfAKilledInstanceAreIgnored) {
     ASSERT_TRUE(QDir().mkpath(home));
     { const UniqueFd left = LocalSocket::listenAt(socket); }
     ASSERT_TRUE(QFile::exists(socket));
@@ -170,7 +170,7 @@ TEST_F(RemoteControlTest, AnInstanceThatHangsIsNotWaitedForWithoutEnd) {
     EXPECT_EQ(errno, ETIMEDOUT);
 }
 
-TEST_F(RemoteControlTest, AFolderWithALongNameIsUnavailableAndNoCrash) {
+TEST_F(RemoteControlTest, AFolderWithATooLongNameIsUnavailable) {
     const QString deep = home + QLatin1Char('/') + QString(200, QLatin1Char('d'));
     SocketRemoteControl control(deep);
     EXPECT_EQ(control.registerInstance(), RemoteControl::Instance::Only);
