@@ -126,7 +126,10 @@ class HotKeys : public parlivo::HotKeyService {
 /// Key strokes as a list of words: "return", "tab", "key 9 1048576", or the character in angle quotes.
 class Keyboard : public parlivo::KeyboardSynthesizer {
   public:
-    void prepare() override { ++prepared; }
+    void prepare() override {
+        ++prepared;
+        if (real) real->prepare();
+    }
     std::unique_ptr<KeyEventSource> makeSource(QStringView text) override;
     std::unique_ptr<KeyEventSource> makeShortcutSource() override;
 
