@@ -44,7 +44,7 @@ class UpdateInstallerTest : public UpdateTest {
 
     void expectRefusal(const std::optional<Error>& failure, ErrorCode code, const QString& text) const {
         ASSERT_TRUE(failure.has_value());
-        EXPECT_TRUE(failure->is(code)) << failure->what();
+        EXPECT_TRUE(isError(*failure, code)) << failure->what();
         EXPECT_EQ(failure->localizedDescription(), text);
         EXPECT_TRUE(isUntouched());
         EXPECT_TRUE(isAlone());
