@@ -40,8 +40,8 @@ TEST_F(OllamaModelsTest, TheNamesComeInAscendingOrder) {
 }
 
 TEST_F(OllamaModelsTest, AnAnswerOfAnotherShapeTellsNothing) {
-    for (const QByteArray& answer : {"", "[]", "{}", "{\"models\": 3}", "<html>"}) {
-        EXPECT_EQ(OllamaModels::names(answer), std::nullopt) << answer.toStdString();
+    for (const char* const answer : {"", "[]", "{}", "{\"models\": 3}", "<html>"}) {
+        EXPECT_EQ(OllamaModels::names(answer), std::nullopt) << answer;
     }
     EXPECT_EQ(OllamaModels::names("{\"models\": []}"), QStringList());
     EXPECT_EQ(OllamaModels::names("{\"models\": [{\"name\": \"a\"}, {\"name\": 4}, {}, 7]}"),
