@@ -207,9 +207,10 @@ TEST_F(PasteTest, ThePasteboardSettlesForFiftyMillisecondsAndIsRestoredAfterHalf
     platform.keyboard().beforeStroke = [&] { askedBeforeTheShortcut = asked.all(); };
     Injector::paste(newText);
     EXPECT_EQ(askedBeforeTheShortcut, std::vector{50ms});
-    // For the main queue, and for a program that ends before its turn.
-    EXPECT_EQ(asked.all(), (std::vector{50ms, 500ms, 500ms}));
+    EXPECT_EQ(asked.all(), (std::vector{50ms, 500ms}))
+        << "for a program that ends before its main queue's turn";
     passRestoreTime();
+    EXPECT_EQ(asked.count(500ms), 2) << "and for the main queue";
 }
 
 TEST_F(PasteTest, WhatWasThereComesBackInEachPlace) {
