@@ -42,6 +42,7 @@ class HotKeyManagerOnX11Test : public testing::Test {
   public:
     HotKeyManagerOnX11Test() {
         Platform::install(std::make_unique<PlatformWithRealHotKeys>());
+        formerLog_ = wholeLog().size();
         manager = std::make_unique<HotKeyManager>();
         manager->onKeyDown = [this] { ++downs; };
         manager->onKeyUp = [this] { ++ups; };
@@ -82,7 +83,7 @@ class HotKeyManagerOnX11Test : public testing::Test {
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
 
-    const qsizetype formerLog_ = wholeLog().size();
+    qsizetype formerLog_ = 0;
 };
 
 TEST_F(HotKeyManagerOnX11Test, APresetTakenByAnotherProgramIsLoggedAndTheNextOneWorks) {
