@@ -32,8 +32,22 @@ foreach(folder symbols icons sounds help)
     endforeach()
 endforeach()
 
-add_executable(render_icon ${PROJECT_SOURCE_DIR}/tools/RenderIcon.cpp)
-target_link_libraries(render_icon PRIVATE parlivo_options Qt6::Svg)
+if(CMAKE_CROSSCOMPILING)
+    include(ExternalProject)
+    set(host_tools ${PROJECT_BINARY_DIR}/host)
+    ExternalProject_Add(host_tools
+        SOURCE_DIR ${PROJECT_SOURCE_DIR}/cmake/host
+        BINARY_DIR ${host_tools}
+        CMAKE_ARGS -DCMAKE_BUILD_TYPE=Release
+        BUILD_BYPRODUCTS ${host_tools}/render_icon
+        INSTALL_COMMAND "")
+    add_executable(render_icon IMPORTED)
+    set_target_properties(render_icon PROPERTIES IMPORTED_LOCATION ${host_tools}/render_icon)
+    add_dependencies(render_icon host_tools)
+else()
+    add_executable(render_icon ${PROJECT_SOURCE_DIR}/tools/RenderIcon.cpp)
+    target_link_libraries(render_icon PRIVATE parlivo_options Qt6::Svg)
+endif()
 set(icon_drawing ${PROJECT_SOURCE_DIR}/resources/icons/it.parlivo.Parlivo.svg)
 
 # icon_pictures(variable folder size...): draws the application's icon at these sizes.
@@ -59,9 +73,13 @@ else()
 endif()
 
 # Qt's own words in the interface's language.
-get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
-execute_process(COMMAND ${qmake} -query QT_INSTALL_TRANSLATIONS
-                OUTPUT_VARIABLE qt_translations OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+set(PARLIVO_QT_TRANSLATIONS "" CACHE PATH "Folder with qtbase_it.qm; without it, Qt's own")
+set(qt_translations ${PARLIVO_QT_TRANSLATIONS})
+if(NOT qt_translations)
+    get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
+    execute_process(COMMAND ${qmake} -query QT_INSTALL_TRANSLATIONS
+                    OUTPUT_VARIABLE qt_translations OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+endif()
 if(NOT EXISTS ${qt_translations}/qtbase_it.qm)
     message(FATAL_ERROR "Qt's Italian translation is missing: ${qt_translations}/qtbase_it.qm")
 endif()
@@ -69,12 +87,35 @@ bundle_resource(${qt_translations}/qtbase_it.qm translations/qtbase_it.qm)
 
 bundle_resource(${PROJECT_SOURCE_DIR}/LICENSE licenses/Parlivo/LICENSE)
 bundle_resource(${PROJECT_SOURCE_DIR}/docs/third-party.md licenses/third-party.md)
+
+# bundle_engine_for_any_processor(engine): the folder with the server and its libraries, and a link to the server.
+function(bundle_engine_for_any_processor engine)
+    file(GLOB variants ${PARLIVO_ENGINES}/${engine}.cpp/libggml-cpu-*.so)
+    if(NOT variants)
+        message(FATAL_ERROR "No libggml-cpu-*.so, without which ${engine}-server computes nothing: ${PARLIVO_ENGINES}/${engine}.cpp")
+    endif()
+    file(GLOB files RELATIVE ${PARLIVO_ENGINES} ${PARLIVO_ENGINES}/${engine}.cpp/*)
+    foreach(file ${files})
+        bundle_resource(${PARLIVO_ENGINES}/${file} ${file})
+    endforeach()
+    set(program ${engine}.cpp/${engine}-server)
+    set(link ${bundle_resources}/${engine}-server)
+    add_custom_command(OUTPUT ${link}
+                       COMMAND ${CMAKE_COMMAND} -E create_symlink ${program} ${link}
+                       DEPENDS ${bundle_resources}/${program} VERBATIM)
+    set_property(GLOBAL APPEND PROPERTY PARLIVO_BUNDLED ${link})
+endfunction()
+
 if(PARLIVO_ENGINES)
-    foreach(engine whisper-server llama-server)
-        if(NOT EXISTS ${PARLIVO_ENGINES}/${engine})
-            message(FATAL_ERROR "PARLIVO_ENGINES holds no ${engine}: ${PARLIVO_ENGINES}")
+    foreach(engine whisper llama)
+        if(NOT EXISTS ${PARLIVO_ENGINES}/${engine}-server)
+            message(FATAL_ERROR "PARLIVO_ENGINES holds no ${engine}-server: ${PARLIVO_ENGINES}")
         endif()
-        bundle_resource(${PARLIVO_ENGINES}/${engine} ${engine})
+        if(IS_DIRECTORY ${PARLIVO_ENGINES}/${engine}.cpp)
+            bundle_engine_for_any_processor(${engine})
+        else()
+            bundle_resource(${PARLIVO_ENGINES}/${engine}-server ${engine}-server)
+        endif()
     endforeach()
     file(GLOB_RECURSE licences RELATIVE ${PARLIVO_ENGINES} ${PARLIVO_ENGINES}/licenses/*)
     foreach(licence ${licences})

@@ -21,7 +21,8 @@ const std::vector<Phrase>& phrases();
 
 /// Absolute path of a file of resources/demo.
 QString file(const QString& name);
-/// Absolute path of a program of the engines' folder. The test fails when it is not there.
+/// Absolute path of a program of the engines' folder, which the environment variable PARLIVO_TEST_ENGINES
+/// may name. The test fails when it is not there.
 QString engine(const QString& name);
 
 /// Lets a synthetic voice say `phrase` into a WAV of 16 kHz, mono, 16 bit, and returns its path.
