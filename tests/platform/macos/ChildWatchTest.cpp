@@ -5,7 +5,9 @@
 #include "support/Waiting.h"
 
 #include <QDir>
+#include <QFile>
 #include <QProcess>
+#include <QTemporaryDir>
 
 #include <sys/types.h>
 #include <unistd.h>
@@ -61,8 +63,13 @@ TEST_F(ChildWatchTest, AProgramThatEndsInOrderLeavesNoChildEither) {
 }
 
 TEST_F(ChildWatchTest, AChildThatEndsByItselfEndsItsWatcher) {
+    const QTemporaryDir folder;
+    const QString gate = folder.filePath(QStringLiteral("gate"));
     const qint64 child =
-        childOfAProgram({QStringLiteral("/bin/sh"), QStringLiteral("-c"), QStringLiteral("read line")});
+        childOfAProgram({QStringLiteral("/bin/sh"), QStringLiteral("-c"),
+                         QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done").arg(gate)});
+    QFile file(gate);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     EXPECT_TRUE(becomes(0, child));
     EXPECT_EQ(program.state(), QProcess::Running);
 }
