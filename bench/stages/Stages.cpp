@@ -130,7 +130,8 @@ Work cleaning(qint64 characters) {
     const QString raw = prose(characters);
     Config::set(Settings::modelsDir, folder.path());
     Config::set(Settings::cleanupTier, QStringLiteral("light"));
-    const auto& tier = ModelCatalog::cleanupTier(QStringLiteral("light"));
+    const QString id = QStringLiteral("light");
+    const auto& tier = ModelCatalog::cleanupTier(id);
     const QString answer = QLatin1Char('E') + raw;
     standIn("llama-server", folder.path() + QLatin1Char('/') + tier.fileName, answer);
     return [folder, raw, answer] { require(Cleaner::clean(raw) == answer, "the text was not cleaned"); };

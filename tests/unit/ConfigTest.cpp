@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTimeZone>
 
 #include <cmath>
 #include <limits>
@@ -160,7 +161,7 @@ TEST_F(ConfigTest, AnUnknownDictationModeIsNotTheDefaultOne) {
 
 TEST_F(ConfigTest, ADateIsKeptInUtcAndAnythingElseIsNoDate) {
     EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), std::nullopt);
-    const QDateTime moment(QDate(2026, 3, 1), QTime(12, 30, 15, 250), Qt::UTC);
+    const QDateTime moment(QDate(2026, 3, 1), QTime(12, 30, 15, 250), QTimeZone::utc());
     Config::set(Settings::feedbackPromptLastShown, moment);
     EXPECT_EQ(Config::get(Settings::feedbackPromptLastShown), moment);
     EXPECT_EQ(stored(Settings::feedbackPromptLastShown), moment.toUTC());

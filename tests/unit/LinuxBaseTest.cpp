@@ -14,6 +14,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <QTimeZone>
 
 #include <gtest/gtest.h>
 
@@ -84,7 +85,7 @@ TEST_F(JsonUserDefaultsTest, KeepsEachTypeAcrossProcesses) {
 }
 
 TEST_F(JsonUserDefaultsTest, ADateIsKeptAsTextInUtc) {
-    const QDateTime moment(QDate(2026, 3, 1), QTime(13, 30, 15, 250), Qt::OffsetFromUTC, 3600);
+    const QDateTime moment(QDate(2026, 3, 1), QTime(13, 30, 15, 250), QTimeZone(3600));
     store().setValue(QStringLiteral("when"), moment);
     EXPECT_EQ(store().value(QStringLiteral("when")), QStringLiteral("2026-03-01T12:30:15.250Z"));
 }
@@ -171,7 +172,7 @@ TEST_F(JsonUserDefaultsTest, AChangeMadeByHandMeanwhileSurvivesTheWrite) {
 }
 
 TEST_F(JsonUserDefaultsTest, ADateIsStoredInUtc) {
-    const QDateTime moment(QDate(2026, 3, 1), QTime(13, 30, 15, 250), Qt::OffsetFromUTC, 3600);
+    const QDateTime moment(QDate(2026, 3, 1), QTime(13, 30, 15, 250), QTimeZone(3600));
     store().setValue(key, moment);
     EXPECT_EQ(stored().value(key).toString(), QStringLiteral("2026-03-01T12:30:15.250Z"));
 }

@@ -39,7 +39,8 @@ class CleanupLevels : public CleanupTest, public testing::WithParamInterface<con
 TEST_P(CleanupLevels, APhraseWithFillersArrivesClean) {
     const QString level = QString::fromLatin1(GetParam());
     start(settingsFor(level));
-    const auto& spoken = phrase(QStringLiteral("f13"));  // three lines at level "high"
+    const QString id = QStringLiteral("f13");
+    const auto& spoken = phrase(id);  // three lines at level "high"
     expectTyped(spoken, spoken.clean.value(level));
 }
 
@@ -51,14 +52,16 @@ TEST_F(CleanupTest, WithADictionaryAndAPromptOfTheUsersOwn) {
     settings[QStringLiteral("dictionary")] = QStringLiteral("Kubernetes\nRossi");
     settings[QStringLiteral("customPromptEnabled")] = true;
     start(settings);
-    const auto& spoken = phrase(QStringLiteral("f03"));
+    const QString id = QStringLiteral("f03");
+    const auto& spoken = phrase(id);
     expectTyped(spoken, spoken.clean.value(QStringLiteral("medium")));
     EXPECT_TRUE(QFile::exists(home::dataFile(QStringLiteral("prompt.txt"))));
 }
 
 TEST_F(CleanupTest, TheSecondDictationFindsTheSameServers) {
     start(settingsFor(QStringLiteral("medium")));
-    const auto& spoken = phrase(QStringLiteral("f01"));
+    const QString id = QStringLiteral("f01");
+    const auto& spoken = phrase(id);
     const QString clean = spoken.clean.value(QStringLiteral("medium"));
     expectTyped(spoken, clean);
     const auto before = processesNamed(QStringLiteral("llama-server"));

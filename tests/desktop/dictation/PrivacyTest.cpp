@@ -77,7 +77,8 @@ TEST_F(PrivacyTest, WithBothEnginesNobodyOutsideIsAskedAndNobodyOutsideCanAsk) {
     const Receiver receiver(Receiver::Kind::Qt);
     ASSERT_TRUE(program.waitUntilUp());
     ASSERT_TRUE(Program::waitUntilServed(QStringLiteral("http://127.0.0.1:8766/health")));
-    const auto& spoken = phrase(QStringLiteral("f13"));
+    const QString id = QStringLiteral("f13");
+    const auto& spoken = phrase(id);
     dictate(program, spoken);
     EXPECT_TRUE(receiver.waitForText(spoken.clean.value(QStringLiteral("light")), engineTimeout))
         << qPrintable(receiver.text()) << qPrintable(program.statusText());

@@ -32,7 +32,8 @@ class HotKeyTest : public testing::Test {
     }
 
     HotKeyService::Result attempt(const char* id) {
-        const Preset& preset = HotKeyManager::preset(QString::fromLatin1(id));
+        const QString name = QString::fromLatin1(id);
+        const Preset& preset = HotKeyManager::preset(name);
         return service.registerHotKey(preset.keyCode, preset.modifiers, {.signature = 1, .id = 1});
     }
     void take(const char* id) {

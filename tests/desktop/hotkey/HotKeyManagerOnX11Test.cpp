@@ -61,7 +61,8 @@ class HotKeyManagerOnX11Test : public testing::Test {
         manager->applyCurrentPreset();
     }
     bool pressed(const char* id) {
-        const Preset& preset = HotKeyManager::preset(QString::fromLatin1(id));
+        const QString name = QString::fromLatin1(id);
+        const Preset& preset = HotKeyManager::preset(name);
         const int before = ups;
         const auto chord = chordOf(preset);
         for (const auto key : chord) keyboard.press(key);
