@@ -85,6 +85,20 @@ if(NOT EXISTS ${qt_translations}/qtbase_it.qm)
 endif()
 bundle_resource(${qt_translations}/qtbase_it.qm translations/qtbase_it.qm)
 
+# What the interface says on this system where its own words speak of macOS.
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    execute_process(COMMAND ${qmake} -query QT_HOST_BINS
+                    OUTPUT_VARIABLE qt_programs OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    find_program(PARLIVO_LRELEASE NAMES lrelease lrelease-qt6 lrelease6 HINTS ${qt_programs} NO_DEFAULT_PATH REQUIRED
+                 DOC "Qt 6's compiler of translations")
+    set(catalogue ${PROJECT_SOURCE_DIR}/translations/parlivo_linux.ts)
+    set(target ${bundle_resources}/translations/parlivo.qm)
+    add_custom_command(OUTPUT ${target}
+                       COMMAND ${PARLIVO_LRELEASE} -silent -nounfinished ${catalogue} -qm ${target}
+                       DEPENDS ${catalogue} VERBATIM)
+    set_property(GLOBAL APPEND PROPERTY PARLIVO_BUNDLED ${target})
+endif()
+
 bundle_resource(${PROJECT_SOURCE_DIR}/LICENSE licenses/Parlivo/LICENSE)
 bundle_resource(${PROJECT_SOURCE_DIR}/docs/third-party.md licenses/third-party.md)
 

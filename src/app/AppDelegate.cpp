@@ -88,8 +88,11 @@ void AppDelegate::installHotKey() {
     hotKey_.onKeyDown = [this] { keyDown(); };
     hotKey_.onKeyUp = [this] { keyUp(); };
     hotKey_.applyCurrentPreset();
-    connect(&SettingsNotifier::shared(), &SettingsNotifier::pvHotkeyChanged, this,
-            [this] { hotKey_.applyCurrentPreset(); });
+    connect(&SettingsNotifier::shared(), &SettingsNotifier::pvHotkeyChanged, this, [this] {
+        // The idle text names the key.
+        if (state_ == State::idle) updateUI();
+        hotKey_.applyCurrentPreset();
+    });
     // When the microphone is unplugged, the recording ends as if the key had been released.
     recorder_.onInterrupted = [this] { stopAndProcess(); };
 }

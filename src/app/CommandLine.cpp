@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/CommandLine.h"
 
+#include "input/HotKeyTitle.h"
+
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -70,7 +72,8 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const QStringList& 
 
 QString commandLineHelp() {
     QString text = Texts::tr("Uso: Parlivo [opzioni]\n\n");
-    text += Texts::tr("Tieni premuto ⌥Spazio, parla, rilascia: il testo appare dove stai scrivendo.\n");
+    text += withHotKeyTitle(
+        Texts::tr("Tieni premuto ⌥Spazio, parla, rilascia: il testo appare dove stai scrivendo.\n"));
     text += Texts::tr("Senza opzioni avvia Parlivo; se è già in esecuzione ne apre le impostazioni.\n\n");
     text += Texts::tr("Per l'istanza in esecuzione:\n");
     for (const Option& option : options) {

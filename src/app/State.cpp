@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/State.h"
 
+#include "input/HotKeyTitle.h"
+
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -41,7 +43,7 @@ const Row& rowOf(State state) {
 }  // namespace
 
 QString statusText(State state) {
-    return QCoreApplication::translate(context, rowOf(state).text);
+    return withHotKeyTitle(QCoreApplication::translate(context, rowOf(state).text));
 }
 
 std::optional<State> stateOf(const QString& text) {

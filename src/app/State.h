@@ -13,7 +13,8 @@ namespace parlivo {
 /// The state of a dictation. Changed by AppDelegate only, on the main thread.
 enum class State : std::uint8_t { idle, recording, transcribing, cleaning, typing };
 
-/// The first line of the menu. The idle text names ⌥Spazio whatever preset is chosen.
+/// The first line of the menu. On macOS the idle text names ⌥Spazio whatever preset is chosen; elsewhere it
+/// names the chosen one.
 QString statusText(State state);
 /// The inverse; nullopt if the text is that of no state.
 std::optional<State> stateOf(const QString& text);

@@ -121,6 +121,14 @@ std::optional<QString> whyNotToStart() {
     return Platform::current().startProblem();
 }
 
+int showHelp(int& argc, char** argv) {
+    // The catalogues of texts belong to an application object.
+    const QCoreApplication application(argc, argv);
+    installTranslation();
+    print(stdout, commandLineHelp());
+    return 0;
+}
+
 int run(int& argc, char** argv) {
     QStringList arguments;
     for (int i = 1; i < argc; ++i) arguments.append(QString::fromLocal8Bit(argv[i]));
@@ -132,8 +140,7 @@ int run(int& argc, char** argv) {
     ChildProcess::setEnvironment(Platform::current().childEnvironment());
     switch (line.action) {
         case CommandLine::Action::ShowHelp:
-            print(stdout, commandLineHelp());
-            return 0;
+            return showHelp(argc, argv);
         case CommandLine::Action::ShowVersion:
             print(stdout, QStringLiteral("Parlivo ") + Config::appVersion());
             return 0;

@@ -15,7 +15,7 @@ namespace parlivo {
 /// One choice of hot key.
 struct Preset {
     QString id;     ///< what `hotkeyPreset` stores
-    QString label;  ///< what the settings window shows
+    QString label;  ///< its keys; hotKeyTitle() gives what the user reads
     KeyCode keyCode = 0;
     HotKeyModifiers modifiers = 0;
 };

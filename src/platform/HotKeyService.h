@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QString>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -76,6 +78,9 @@ class HotKeyService {
 
     /// Takes the combination from every other application. A refused one leaves nothing registered.
     virtual Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) = 0;
+
+    /// What the user's layout prints on a key now, in upper case; empty if the system does not tell.
+    virtual QString keyLabel(KeyCode) { return {}; }
 };
 
 }  // namespace parlivo

@@ -31,6 +31,16 @@ NOT_SHOWN = [
 ]
 
 
+# Words that are wrong on any other system.
+ONLY_ON_MACOS = re.compile(r"[⌥⌃⌘⇧]|\bMac\b|\bmacOS\b|barra dei menu|attiva Parlivo nell'elenco")
+
+
+def messages(catalogue):
+    """(context, source text) -> translation, of a file of Qt's translations."""
+    return {(context.findtext("name"), message.findtext("source")): message.findtext("translation")
+            for context in ElementTree.parse(catalogue).getroot().iter("context") for message in context.iter("message")}
+
+
 def unescaped(literal):
     return literal[1:-1].replace("\\n", "\n").replace('\\"', '"').replace("\\\\", "\\")
 
@@ -49,16 +59,36 @@ class TextsTest(unittest.TestCase):
         written = {unescaped(text) for path in sources() for text in TRANSLATED.findall(code(path))}
         self.assertGreater(len(written), 130)
         with tempfile.TemporaryDirectory() as folder:
-            result = Path(folder) / "texts.ts"
-            run = subprocess.run([LUPDATE, "-silent", "-locations", "none", PROJECT / "src", "-ts", result],
-                                 capture_output=True, text=True, check=True)
-            self.assertNotIn("Q_OBJECT", run.stderr)
-            root = ElementTree.parse(result).getroot()
-            contexts = [context.findtext("name") for context in root.iter("context")]
-            found = {message.findtext("source") for message in root.iter("message")}
+            texts = self.collected(folder).keys()
+        contexts = {context for context, _ in texts}
+        found = {text for _, text in texts}
         self.assertEqual(found, written)
         for context in contexts:
             self.assertRegex(context, r"^parlivo::\w+$")
+
+    def collected(self, folder):
+        """The texts of the sources, as (context, text)."""
+        result = Path(folder) / "texts.ts"
+        run = subprocess.run([LUPDATE, "-silent", "-locations", "none", PROJECT / "src", "-ts", result],
+                             capture_output=True, text=True, check=True)
+        self.assertNotIn("Q_OBJECT", run.stderr)
+        return messages(result)
+
+    def test_linux_has_words_of_its_own_for_what_is_true_on_macos_only(self):
+        with tempfile.TemporaryDirectory() as folder:
+            texts = self.collected(folder).keys()
+        linux = messages(PROJECT / "translations/parlivo_linux.ts")
+        self.assertEqual(linux.keys() - texts, set(), "no such text in the sources")
+        untrue = {(context, text) for context, text in texts if ONLY_ON_MACOS.search(text)}
+        self.assertGreater(len(untrue), 8)
+        self.assertEqual(untrue - linux.keys(), set())
+        for translation in linux.values():
+            self.assertIsNone(ONLY_ON_MACOS.search(translation), translation)
+
+    def test_the_key_is_named_by_its_title_on_linux(self):
+        for (context, text), translation in messages(PROJECT / "translations/parlivo_linux.ts").items():
+            if context != "parlivo::HotKeyManager":
+                self.assertEqual(text.count("⌥Spazio"), translation.count("%1"), text)
 
     def test_no_text_is_cut_into_pieces(self):
         cut = re.compile(rf'\btr\(\s*{LITERAL}\s*u?"')

@@ -108,12 +108,14 @@ class HotKeys : public parlivo::HotKeyService {
     std::unique_ptr<HotKeyHandler> installHandler(Edge pressedEdge, Edge releasedEdge,
                                                   Change change) override;
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+    QString keyLabel(KeyCode key) override { return printed.contains(key) ? printed[key] : QString(); }
 
     void press() const;
     void release() const;
 
     /// Asked instead, if set.
     parlivo::HotKeyService* real = nullptr;
+    std::map<KeyCode, QString> printed;  ///< on the keys
     /// The status of the next registrations; 0 accepts.
     int refuseWith = 0;
     std::vector<Registered> registered;  ///< those in force

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "AppDelegateFixture.h"
 #include "settings/SettingsNotifier.h"
+#include "support/Words.h"
 
 #include <QAction>
 #include <QApplication>
@@ -33,6 +34,19 @@ TEST_F(AppDelegateTest, StartsUpInOrder) {
     const Strings made = calls();
     EXPECT_FALSE(made.contains(line(u"onboarding")));
     EXPECT_LT(made.indexOf(line(u"updater")), made.indexOf(line(u"whatsNew")));
+}
+
+TEST_F(AppDelegateTest, TheIdleTextNamesTheKeyThatIsChosenNow) {
+    const Words words({{"Pronto — tieni premuto ⌥Spazio per dettare", QStringLiteral("Pronto — %1")}});
+    launch();
+    EXPECT_EQ(delegate->statusLine(), QStringLiteral("Pronto — ") + HotKeyManager::presets()[0].label);
+    store(Settings::hotkeyPreset, QStringLiteral("opt-backtick"));
+    Q_EMIT SettingsNotifier::shared().pvHotkeyChanged();
+    EXPECT_EQ(delegate->statusLine(), QStringLiteral("Pronto — ") + HotKeyManager::presets()[3].label);
+    platform.hotKeys().press();
+    store(Settings::hotkeyPreset, QStringLiteral("opt-space"));
+    Q_EMIT SettingsNotifier::shared().pvHotkeyChanged();
+    EXPECT_EQ(delegate->statusLine(), statusText(State::recording)) << "a dictation is under way";
 }
 
 TEST_F(AppDelegateTest, TheMicrophonesLineFollowsAnAnswerThatComesLater) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/onboarding/TextPages.h"
 
+#include "input/HotKeyTitle.h"
 #include "ui/onboarding/CentredPage.h"
 #include "ui/views/AppIcon.h"
 
@@ -29,8 +30,8 @@ QWidget* makeWelcomePage(QWidget* parent) {
     page->title(u"Parlivo"_s);
     page->text(Texts::tr("Just talk. It types.")).setFont(textFont(TextStyle::Headline));
     page->gap(10);
-    page->text(Texts::tr(
-        "Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in locale — la tua voce non lascia mai questo Mac."));
+    page->text(withHotKeyTitle(Texts::tr(
+        "Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in locale — la tua voce non lascia mai questo Mac.")));
     return page;
 }
 
@@ -38,8 +39,8 @@ QWidget* makeReadyPage(QWidget* parent) {
     auto* page = new CentredPage(parent);
     page->symbol(u"checkmark.seal.fill"_s);
     page->title(Texts::tr("Tutto pronto"));
-    page->text(Texts::tr(
-        "Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\nMi trovi nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\nPuoi cambiare livello di efficacia quando vuoi dalle Impostazioni."));
+    page->text(withHotKeyTitle(Texts::tr(
+        "Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\nMi trovi nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\nPuoi cambiare livello di efficacia quando vuoi dalle Impostazioni.")));
     return page;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/settings/DictationTab.h"
 
-#include "input/HotKeyManager.h"
+#include "input/HotKeyTitle.h"
 #include "models/ModelCatalog.h"
 #include "settings/Config.h"
 #include "settings/SettingsNotifier.h"
@@ -15,7 +15,7 @@ namespace {
 
 std::vector<Option> hotKeyOptions() {
     std::vector<Option> options;
-    for (const Preset& preset : HotKeyManager::presets()) options.push_back({preset.label, preset.id});
+    for (const Preset& preset : HotKeyManager::presets()) options.push_back({hotKeyTitle(preset), preset.id});
     return options;
 }
 

@@ -11,14 +11,23 @@
 
 namespace parlivo {
 
-void installTranslation() {
-    QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
-    const auto file = Platform::current().bundle().resource(QStringLiteral("translations/qtbase_it.qm"));
+namespace {
+
+void install(const QString& catalogue) {
+    const auto file = Platform::current().bundle().resource(QStringLiteral("translations/") + catalogue);
     if (!file) return;
     auto words = std::make_unique<QTranslator>();
     if (!words->load(*file)) return;
     words->setParent(QCoreApplication::instance());
     QCoreApplication::installTranslator(words.release());
+}
+
+}  // namespace
+
+void installTranslation() {
+    QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
+    install(QStringLiteral("qtbase_it.qm"));
+    install(QStringLiteral("parlivo.qm"));
 }
 
 }  // namespace parlivo

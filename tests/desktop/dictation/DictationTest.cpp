@@ -158,7 +158,7 @@ TEST_F(DictationTest, ATapIsNoDictation) {
 
     expectStates(program, {QStringLiteral("recording"), QStringLiteral("idle")});
     EXPECT_EQ(stub.recordings(), before);
-    EXPECT_EQ(program.statusText(), QStringLiteral("Pronto — tieni premuto ⌥Spazio per dettare"));
+    EXPECT_EQ(program.statusText(), QStringLiteral("Pronto — tieni premuto Alt+Spazio per dettare"));
     expectNothingLeft(program);
 }
 

@@ -8,7 +8,7 @@
 namespace parlivo::desktop {
 namespace {
 
-const QString idleText = QStringLiteral("Pronto — tieni premuto ⌥Spazio per dettare");
+const QString idleText = QStringLiteral("Pronto — tieni premuto Alt+Spazio per dettare");
 
 /// A session bus that lets nobody have the program's name.
 class RefusingBus {

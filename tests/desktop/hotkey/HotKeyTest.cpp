@@ -93,6 +93,18 @@ void moveNumLockByXkb(const char* modifier) {
     ASSERT_EQ(shell.exitCode(), 0) << shell.readAllStandardError().toStdString();
 }
 
+TEST_F(HotKeyTest, TellsWhatTheLayoutPrintsLeftOfOne) {
+    struct Layout {
+        const char* name;
+        const char16_t* printed;
+    };
+    for (const auto& [name, printed] :
+         {Layout{"it", u"\\"}, Layout{"de", u"^"}, Layout{"fr", u"²"}, Layout{"us", u"`"}}) {
+        ASSERT_EQ(QProcess::execute(QStringLiteral("setxkbmap"), {QString::fromLatin1(name)}), 0);
+        EXPECT_EQ(service.keyLabel(VirtualKey::grave), QStringView(printed).toString()) << name;
+    }
+}
+
 TEST_F(HotKeyTest, FollowsNumLockToAnotherModifierByXkbEvents) {
     take("opt-space");
     moveNumLockByXkb("Mod3");

@@ -28,7 +28,7 @@ class FeedbackTest(WindowsTest):
     def test_what_it_says(self):
         self.program.wait_for_words(
             "Come valuti Parlivo?", ASKED,
-            "Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro.")
+            "Inviamo solo: valutazione, testo, email se inserita, versione app e sistema operativo. Nient'altro.")
         self.assertFalse(self.program.is_enabled("Invia feedback"))
         self.write("   ")
         self.program.press("3 stelle")

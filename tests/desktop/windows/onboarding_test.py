@@ -21,8 +21,8 @@ BEST = "ggml-large-v3-turbo-q8_0.bin"
 FULL = "gemma-3-4b-it-Q4_K_M.gguf"
 
 WELCOME = ("Parlivo", "Just talk. It types.",
-           "Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\n"
-           "Tutto in locale — la tua voce non lascia mai questo Mac.")
+           "Tieni premuto Alt+Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\n"
+           "Tutto in locale — la tua voce non lascia mai questo computer.")
 FOLDER = ("Dove salvo i modelli AI?",
           "I motori di trascrizione e pulizia (da 0.6 a 3.3 GB in base alle tue scelte) vengono scaricati una volta "
           "sola in questa cartella.")
@@ -39,14 +39,14 @@ DOWNLOAD = "Scarico i motori scelti"
 DOWNLOADED = (DOWNLOAD, "Tutto scaricato e verificato")
 MICROPHONE = ("Permesso Microfono",
               "Serve per registrare la tua voce mentre detti.\n"
-              "L'audio viene trascritto sul Mac e subito cancellato.")
+              "L'audio viene trascritto su questo computer e subito cancellato.")
 ACCESSIBILITY = ("Permesso Accessibilità",
                  "Serve per digitare il testo al posto tuo nell'app attiva.\n"
                  "Senza questo permesso Parlivo non può scrivere.\n\n"
-                 "Si aprono le Impostazioni: attiva Parlivo nell'elenco.")
+                 "Si apre una guida: spiega come ottenerlo in questa sessione.")
 READY = ("Tutto pronto",
-         "Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\n"
-         "Mi trovi nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\n"
+         "Apri una qualsiasi app dove si scrive,\ntieni premuto Alt+Spazio e detta la tua prima frase.\n\n"
+         "Mi trovi nel pannello 🎙️ — lì ci sono Impostazioni e feedback.\n"
          "Puoi cambiare livello di efficacia quando vuoi dalle Impostazioni.")
 GRANTED = "Permesso concesso"
 
@@ -232,14 +232,14 @@ class PermissionTest(FirstRunTest):
         display = StrictDisplay()
         self.addCleanup(display.end)
         self.start_and_go_to(ACCESSIBILITY[0], DISPLAY=display.name)
-        self.program.press("Apri Impostazioni")
+        self.program.press("Apri la guida")
         opened = self.folder / "opened"
         wait_for("the help page", lambda: opened.exists() and opened.read_text())
         self.assertRegex(opened.read_text(), r"^file:///.*/help/accessibilita\.html$")
         self.program.wait_for_words(*ACCESSIBILITY)
         display.allow_typing()
         self.program.wait_for_words(*ACCESSIBILITY, GRANTED)
-        self.assertIsNone(self.program.find("Apri Impostazioni"))
+        self.assertIsNone(self.program.find("Apri la guida"))
 
 
 class KeyboardTest(FirstRunTest):

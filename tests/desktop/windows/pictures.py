@@ -187,7 +187,7 @@ def refused_permissions():
         program.wait("Consenti microfono")
         session.picture("onboarding-5-microphone-refused", "Parlivo")
         program.press("Continua")
-        program.wait("Apri Impostazioni")
+        program.wait("Apri la guida")
         session.picture("onboarding-6-accessibility-refused", "Parlivo")
     server.terminate()
     server.wait()

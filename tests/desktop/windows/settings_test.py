@@ -185,7 +185,7 @@ class DictationTabTest(SettingsTest):
         self.program.wait("La lingua fissa è più accurata del rilevamento automatico sulle frasi brevi.")
 
     def test_another_hot_key_counts_at_once(self):
-        self.pick("Scorciatoia", "⌃⌥ Spazio", "hotkeyPreset", "ctrl-opt-space")
+        self.pick("Scorciatoia", "Ctrl+Alt+Spazio", "hotkeyPreset", "ctrl-opt-space")
         self.choose("Premi per iniziare, ripremi per fermare", "dictationMode", "toggle")
         key("ctrl+alt+space")
         wait_for("the recording", lambda: windows.state() == "recording")
@@ -299,7 +299,7 @@ class ReachTest(SettingsTest):
             "Generale": ["Generale", "Avvia Parlivo al login", "Suoni di inizio/fine registrazione",
                          "Mostra il riquadro con la waveform", "Veloce (~285 caratteri/s)",
                          "Modalità debug (salva le trascrizioni nel log)", "Cambia…", "Invia feedback…"],
-            "Dettatura": ["Dettatura", "⌥ Spazio", "Tieni premuto per parlare (push-to-talk)", "Italiano", "Precisa"],
+            "Dettatura": ["Dettatura", "Alt+Spazio", "Tieni premuto per parlare (push-to-talk)", "Italiano", "Precisa"],
             "Pulizia AI": ["Pulizia AI", "Nessuna", "Media — anche filler rimossi (consigliata)", "Modello Ollama",
                            "Pulisci solo testi oltre", "Usa prompt personalizzato", "Apri prompt.txt…"],
             "Dizionario": ["Dizionario", "Dizionario"],

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/x11/X11HotKeyService.h"
 
+#include "platform/linux/x11/KeyLabel.h"
 #include "platform/linux/x11/XcbQueries.h"
 #include "platform/linux/x11/XcbXkb.h"
 
@@ -146,6 +147,12 @@ HotKeyService::Result X11HotKeyService::registerHotKey(KeyCode key, HotKeyModifi
     }
     if (const int* const error = std::get_if<int>(&result)) return HotKeyRefusal{*error};
     return std::make_unique<Registration>(*this, *combination, std::get<x11::KeyGrab>(std::move(result)));
+}
+
+QString X11HotKeyService::keyLabel(KeyCode key) {
+    const auto combination = combinationOf(key, 0);
+    if (!combination || ensureConnection() != 0) return {};
+    return x11::keyLabel(connection_.get(), combination->key);
 }
 
 int X11HotKeyService::ensureConnection() {

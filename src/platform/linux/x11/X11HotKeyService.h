@@ -41,6 +41,7 @@ class X11HotKeyService : public HotKeyService {
 
     std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+    QString keyLabel(KeyCode key) override;
 
   private:
     class Handler;

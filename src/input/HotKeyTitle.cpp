@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#include "input/HotKeyTitle.h"
+
+#include "platform/Platform.h"
+#include "settings/Config.h"
+
+namespace parlivo {
+
+namespace {
+
+constexpr auto blank = QLatin1String("%1");
+
+/// What a layout prints there in the country of the keyboard's inventors; for sessions that do not tell.
+constexpr auto usualGrave = QLatin1String("`");
+
+}  // namespace
+
+QString hotKeyTitle(const Preset& preset) {
+    QString title = preset.label;
+    if (!title.contains(blank)) return title;
+    const QString printed = Platform::current().hotKeys().keyLabel(preset.keyCode);
+    return title.replace(blank, printed.isEmpty() ? QString(usualGrave) : printed);
+}
+
+QString hotKeyTitle() {
+    return hotKeyTitle(HotKeyManager::preset(Config::get(Settings::hotkeyPreset)));
+}
+
+QString withHotKeyTitle(QString text) {
+    return text.contains(blank) ? text.replace(blank, hotKeyTitle()) : text;
+}
+
+}  // namespace parlivo

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "input/HotKeyManager.h"
+
+#include <QString>
+
+/// The hot key as the user reads it: every text that names it takes the name from here. Main thread.
+namespace parlivo {
+
+/// The keys of a preset, as this system names them: "⌥ Spazio", "Alt+Spazio". A key whose name depends on the
+/// user's layout bears what the layout prints on it now.
+QString hotKeyTitle(const Preset& preset);
+
+/// The keys that the settings choose.
+QString hotKeyTitle();
+
+/// `text` with the chosen keys in the place of its "%1". The texts of macOS have none: they name ⌥Spazio,
+/// whatever is chosen.
+QString withHotKeyTitle(QString text);
+
+}  // namespace parlivo
