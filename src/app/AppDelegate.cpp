@@ -52,6 +52,7 @@ AppDelegate::~AppDelegate() = default;
 void AppDelegate::applicationDidFinishLaunching() {
     pipelineQueue_.async(removeStaleFiles);
     ModelsMove::recover();
+    chooseMicrophone();
     setupStatusItem();
     const QPointer self(this);
     overlay_.setLevelProvider([self] { return self ? self->recorder_.level() : 0.0F; });
@@ -144,6 +145,7 @@ void AppDelegate::perform(RemoteCommand command) {
 
 void AppDelegate::startRecording() {
     if (state_ != State::idle) return;
+    chooseMicrophone();
     try {
         recorder_.start();
     } catch (const Error& error) {
@@ -154,6 +156,10 @@ void AppDelegate::startRecording() {
     setState(State::recording);
     if (Config::get(Settings::overlayEnabled)) overlay_.show();
     playIfWanted(QStringLiteral("Tink"));
+}
+
+void AppDelegate::chooseMicrophone() {
+    Platform::current().audioInput().choose(Config::get(Settings::microphone));
 }
 
 void AppDelegate::stopAndProcess() {
@@ -170,7 +176,7 @@ void AppDelegate::stopAndProcess() {
     pipelineQueue_.async([this, recording = std::move(recording)] { step_.run(*recording); });
     playIfWanted(QStringLiteral("Pop"));
     setState(State::transcribing);
-    overlay_.clearWaveLevelProvider();
+    overlay_.rest();
 }
 
 PipelineStep::Observer AppDelegate::stepObserver() {

@@ -62,6 +62,7 @@ class AppDelegate : public QObject {
     void keyUp();
     void toggle();
     void warmUp();
+    void chooseMicrophone();
 
     PipelineStep::Observer stepObserver();
     void countDictation();

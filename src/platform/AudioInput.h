@@ -3,10 +3,13 @@
 
 #include "support/Clock.h"
 
+#include <QString>
+
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <span>
+#include <vector>
 
 namespace parlivo {
 
@@ -46,14 +49,31 @@ class AudioCapture {
     virtual void stop(Clock::TimePoint end) = 0;
 };
 
+/// A microphone that the user can choose.
+struct Microphone {
+    QString id;    ///< the system's own, the same after a restart
+    QString name;  ///< as the system shows it
+
+    bool operator==(const Microphone&) const = default;
+};
+
 /// The microphone.
 class AudioInput {
   public:
     virtual ~AudioInput() = default;
 
-    /// Looks up the default microphone afresh and opens it, without capturing yet. nullptr if there is no
-    /// microphone (no sound server, no source, a source without rate or channels). Returns within about a
-    /// second, at once while a sound server is known to hang.
+    /// Whether one microphone of several can be chosen here; if not, the system's own settings are the place.
+    virtual bool offersChoice() const { return false; }
+    /// Those that can be chosen, in the system's order; empty if the system does not answer. Any thread; may
+    /// block for about a second.
+    virtual std::vector<Microphone> microphones() { return {}; }
+    /// From now on open() takes the microphone with this id while it is there. Empty: the system's choice.
+    /// Any thread.
+    virtual void choose(const QString&) {}
+
+    /// Looks up the chosen microphone, or else the default one, afresh and opens it, without capturing yet.
+    /// nullptr if there is no microphone (no sound server, no source, a source without rate or channels).
+    /// Returns within about a second, at once while a sound server is known to hang.
     virtual std::unique_ptr<AudioCapture> open() = 0;
 };
 

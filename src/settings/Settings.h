@@ -85,6 +85,8 @@ inline constexpr Setting<QString> asrTier{QLatin1String("asrTier"), QLatin1Strin
 inline constexpr Setting<TypingSpeed> typingSpeed{QLatin1String("typingSpeed"), TypingSpeed::Fast};
 inline constexpr Setting<bool> soundsEnabled{QLatin1String("soundsEnabled"), true};
 inline constexpr Setting<bool> overlayEnabled{QLatin1String("overlayEnabled"), true};
+/// The id of a microphone; empty: the one that the system chooses.
+inline constexpr Setting<QString> microphone{QLatin1String("microphone"), QLatin1String("")};
 inline constexpr Setting<CleanupLevel> cleanupLevel{QLatin1String("cleanupLevel"), CleanupLevel::Medium};
 inline constexpr Setting<QString> cleanupTier{QLatin1String("cleanupTier"), QLatin1String("none")};
 /// The model that Ollama is asked for.
@@ -107,10 +109,10 @@ inline constexpr Setting<std::optional<QString>> pendingChangelog{QLatin1String(
 inline constexpr Setting<QString> lastSeenVersion{QLatin1String("lastSeenVersion"), QLatin1String("")};
 
 /// What the user chooses: in the windows, or in the file by hand.
-inline constexpr std::tuple chosenByUser{hotkeyPreset, dictationMode, language,        asrTier,
-                                         typingSpeed,  soundsEnabled, overlayEnabled,  cleanupLevel,
-                                         cleanupTier,  cleanupModel,  cleanupMinChars, customPromptEnabled,
-                                         dictionary,   modelsDir,     debugMode};
+inline constexpr std::tuple chosenByUser{
+    hotkeyPreset,        dictationMode,  language,     microphone,  asrTier,      typingSpeed,
+    soundsEnabled,       overlayEnabled, cleanupLevel, cleanupTier, cleanupModel, cleanupMinChars,
+    customPromptEnabled, dictionary,     modelsDir,    debugMode};
 /// What the program notes for itself.
 inline constexpr std::tuple keptByProgram{onboardingDone,          dictationCount,   feedbackGiven,
                                           feedbackPromptLastShown, pendingChangelog, lastSeenVersion};

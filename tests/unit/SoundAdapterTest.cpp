@@ -137,7 +137,10 @@ TEST_F(ArrivalClockTest, ADriftingCrystalIsFollowed) {
 class MicrophoneChoiceTest : public testing::Test {
   protected:
     static SoundSource source(const char* name, const char* monitored = "") {
-        return {name, monitored, true, {PA_SAMPLE_S16LE, 48'000, 2}, {}};
+        return {.name = name,
+                .description = {},
+                .monitoredSink = monitored,
+                .sampleSpec = {PA_SAMPLE_S16LE, 48'000, 2}};
     }
     static std::string chosen(const std::vector<SoundSource>& sources, const SoundDefaults& defaults) {
         const auto choice = chooseMicrophone(sources, defaults);
@@ -186,6 +189,39 @@ TEST_F(MicrophoneChoiceTest, ASourceWithoutRateOrChannelsIsNone) {
     EXPECT_EQ(chosen({mute}, {"usb", "out"}), "none");
     mute.sampleSpec = {PA_SAMPLE_S16LE, 48'000, 0};
     EXPECT_EQ(chosen({mute}, {"usb", "out"}), "none");
+}
+
+TEST_F(MicrophoneChoiceTest, TheOneThatIsChosenByNameIsTakenWhileItIsThere) {
+    const std::vector sources{source("usb"), source("built-in"), source("out.monitor", "out")};
+    const SoundDefaults defaults{"built-in", "out"};
+    const auto taken = chooseMicrophone(sources, defaults, "usb");
+    ASSERT_TRUE(taken);
+    EXPECT_EQ(taken->name, "usb");
+    EXPECT_TRUE(taken->askedByName);
+    for (const char* none : {"", "unplugged"}) {
+        const auto instead = chooseMicrophone(sources, defaults, none);
+        ASSERT_TRUE(instead);
+        EXPECT_EQ(instead->name, "built-in") << none;
+        EXPECT_FALSE(instead->askedByName) << "the server goes on choosing";
+    }
+    SoundSource mute = source("mute");
+    mute.sampleSpec.rate = 0;
+    EXPECT_EQ(chooseMicrophone(std::vector{mute, source("built-in")}, defaults, "mute")->name, "built-in");
+}
+
+TEST_F(MicrophoneChoiceTest, TheEnvironmentsWordCountsMoreThanTheSettings) {
+    const std::vector sources{source("usb"), source("built-in")};
+    const auto taken = chooseMicrophone(sources, {"built-in", "out", SoundDefaults::ChosenBy::User}, "usb");
+    ASSERT_TRUE(taken);
+    EXPECT_EQ(taken->name, "built-in");
+}
+
+TEST_F(MicrophoneChoiceTest, WhatRepeatsASinkIsNotOfferedAsAMicrophone) {
+    SoundSource mute = source("mute");
+    mute.sampleSpec.channels = 0;
+    const auto offered = microphonesAmong(std::vector{source("usb"), source("out.monitor", "out"), mute});
+    ASSERT_EQ(offered.size(), 1U);
+    EXPECT_EQ(offered[0].name, "usb");
 }
 
 TEST(PulseReasonTest, EveryFailureOfTheServerIsToldInItalian) {

@@ -2,6 +2,7 @@
 #include "platform/linux/sound/MicrophoneChoice.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace parlivo {
 
@@ -31,6 +32,23 @@ std::optional<SoundSource> chooseMicrophone(std::span<const SoundSource> sources
     if (found == sources.end() || !delivers(*found)) return {};
     if (isServersFallback(*found, sources, defaults)) return {};
     return *found;
+}
+
+std::optional<SoundSource> chooseMicrophone(std::span<const SoundSource> sources,
+                                            const SoundDefaults& defaults, const std::string& wanted) {
+    const auto found = std::ranges::find(sources, wanted, &SoundSource::name);
+    const bool mayChoose = !wanted.empty() && defaults.sourceChosenBy == SoundDefaults::ChosenBy::Server;
+    if (!mayChoose || found == sources.end() || !delivers(*found)) return chooseMicrophone(sources, defaults);
+    SoundSource chosen = *found;
+    chosen.askedByName = true;
+    return chosen;
+}
+
+std::vector<SoundSource> microphonesAmong(std::span<const SoundSource> sources) {
+    std::vector<SoundSource> found;
+    std::ranges::copy_if(sources, std::back_inserter(found),
+                         [](const SoundSource& source) { return !source.isMonitor() && delivers(source); });
+    return found;
 }
 
 }  // namespace parlivo

@@ -7,16 +7,19 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace parlivo {
 
 /// What the sound server says of one source.
 struct SoundSource {
     std::string name;
+    std::string description;    ///< what the server shows to its user
     std::string monitoredSink;  ///< the sink whose sound this source repeats; empty for a microphone
     bool pluggedIn = true;      ///< false when the server knows that nothing is in the socket
     pa_sample_spec sampleSpec{};
     pa_channel_map channelMap{};
+    bool askedByName = false;  ///< the user chose it in this program: the server must not choose another
 
     bool isMonitor() const { return !monitoredSink.empty(); }
 };
@@ -41,5 +44,13 @@ struct SoundDefaults {
 /// and only if the user did not name it; any other monitor is the default because the user made it so.
 std::optional<SoundSource> chooseMicrophone(std::span<const SoundSource> sources,
                                             const SoundDefaults& defaults);
+
+/// The source named `wanted`, asked for by its name, if it is there and delivers; else, and if `wanted` is
+/// empty, chooseMicrophone().
+std::optional<SoundSource> chooseMicrophone(std::span<const SoundSource> sources,
+                                            const SoundDefaults& defaults, const std::string& wanted);
+
+/// The sources that a user would call microphones: those that repeat no sink.
+std::vector<SoundSource> microphonesAmong(std::span<const SoundSource> sources);
 
 }  // namespace parlivo

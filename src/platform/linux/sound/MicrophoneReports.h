@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 
 namespace parlivo {
 
@@ -19,6 +20,10 @@ class MicrophoneReports {
     virtual void reportSilence() = 0;
     /// Whether the server granted a recording.
     virtual void reportRecording(bool granted) = 0;
+
+    /// The source that the user chose in the program; empty: the server's choice.
+    virtual std::string chosenSource() const = 0;
+    virtual void chooseSource(std::string name) = 0;
 
   protected:
     MicrophoneReports() = default;

@@ -35,7 +35,12 @@ void takeDefaults(pa_context*, const pa_server_info* info, void* pointer) {
 
 SoundSource described(const pa_source_info& info) {
     const bool empty = info.active_port && info.active_port->available == PA_PORT_AVAILABLE_NO;
-    return {text(info.name), text(info.monitor_of_sink_name), !empty, info.sample_spec, info.channel_map};
+    return {.name = text(info.name),
+            .description = text(info.description),
+            .monitoredSink = text(info.monitor_of_sink_name),
+            .pluggedIn = !empty,
+            .sampleSpec = info.sample_spec,
+            .channelMap = info.channel_map};
 }
 
 void takeSource(pa_context*, const pa_source_info* info, int end, void* pointer) {
@@ -52,9 +57,12 @@ void cancel(const PulseOperationHandle& operation) {
     if (operation) pa_operation_cancel(operation.get());
 }
 
-}  // namespace
-
-std::optional<SoundSource> findMicrophone(const PulseConnection& connection, Clock::TimePoint end) {
+/// What the server says of its sources; nullopt if it does not answer before `end`.
+struct Answer {
+    SoundDefaults defaults;
+    std::vector<SoundSource> sources;
+};
+std::optional<Answer> ask(const PulseConnection& connection, Clock::TimePoint end) {
     const PulseConnection::Lock lock(connection);
     SourceQuery query{connection, {}, {}};
     // Both questions at once: one round trip to the server.
@@ -67,18 +75,40 @@ std::optional<SoundSource> findMicrophone(const PulseConnection& connection, Clo
     cancel(defaults);
     cancel(sources);
     if (!answered || !query.complete()) return {};
+    return Answer{std::move(query.defaults), std::move(query.sources)};
+}
+
+}  // namespace
+
+std::optional<SoundSource> findMicrophone(const PulseConnection& connection, Clock::TimePoint end,
+                                          const std::string& wanted) {
+    auto answer = ask(connection, end);
+    if (!answer) return {};
     if (const char* named = std::getenv("PULSE_SOURCE")) {
-        query.defaults.source = named;
-        query.defaults.sourceChosenBy = SoundDefaults::ChosenBy::User;
+        answer->defaults.source = named;
+        answer->defaults.sourceChosenBy = SoundDefaults::ChosenBy::User;
     }
-    return chooseMicrophone(query.sources, query.defaults);
+    return chooseMicrophone(answer->sources, answer->defaults, wanted);
+}
+
+std::vector<Microphone> PulseAudioInput::microphones() {
+    if (microphone_.serverHangs()) return {};
+    const auto end = Clock::now() + MicrophoneReports::answerLimit;
+    const auto connection = PulseConnection::open(end);
+    const auto answer = connection ? ask(*connection, end) : std::nullopt;
+    if (!answer) return {};
+    std::vector<Microphone> found;
+    for (const SoundSource& source : microphonesAmong(answer->sources))
+        found.push_back({QString::fromStdString(source.name), QString::fromStdString(source.description)});
+    return found;
 }
 
 std::unique_ptr<AudioCapture> PulseAudioInput::open() {
     if (microphone_.serverHangs()) return nullptr;
     const auto end = Clock::now() + MicrophoneReports::answerLimit;
     auto connection = PulseConnection::open(end);
-    const auto source = connection ? findMicrophone(*connection, end) : std::nullopt;
+    const auto source =
+        connection ? findMicrophone(*connection, end, microphone_.chosenSource()) : std::nullopt;
     if (source) return std::make_unique<PulseCapture>(std::move(connection), *source, microphone_);
     if (Clock::now() >= end) microphone_.reportSilence();
     return nullptr;

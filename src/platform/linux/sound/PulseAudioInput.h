@@ -8,6 +8,8 @@
 
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace parlivo {
 
@@ -18,14 +20,19 @@ class PulseAudioInput : public AudioInput {
     /// knows that it does. `microphone` must outlive this.
     explicit PulseAudioInput(MicrophoneReports& microphone) : microphone_(microphone) {}
 
+    bool offersChoice() const override { return true; }
+    std::vector<Microphone> microphones() override;
+    void choose(const QString& id) override { microphone_.chooseSource(id.toStdString()); }
     std::unique_ptr<AudioCapture> open() override;
 
   private:
     MicrophoneReports& microphone_;
 };
 
-/// The default microphone as the server names it now, or the source that the environment names in
-/// PULSE_SOURCE. nullopt if there is none or the server does not answer before `end`.
-std::optional<SoundSource> findMicrophone(const PulseConnection& connection, Clock::TimePoint end);
+/// The source that the environment names in PULSE_SOURCE, or else the one named `wanted` if it is there, or
+/// else the default microphone as the server names it now. nullopt if there is none or the server does not
+/// answer before `end`.
+std::optional<SoundSource> findMicrophone(const PulseConnection& connection, Clock::TimePoint end,
+                                          const std::string& wanted);
 
 }  // namespace parlivo

@@ -31,6 +31,7 @@ PulseCapture::PulseCapture(std::unique_ptr<PulseConnection> connection, const So
       microphone_(microphone),
       sampleSpec_(asFloats(source.sampleSpec)),
       channelMap_(mapOf(source)),
+      device_(source.askedByName ? std::optional(source.name) : std::nullopt),
       arrivals_(sampleSpec_.rate) {}
 
 PulseCapture::~PulseCapture() {
@@ -68,7 +69,8 @@ bool PulseCapture::isDecided() const {
            !connection_->isAlive();
 }
 
-/// The server chooses the source, so that the user's mixer can route this program.
+/// Unless the user chose one here, the server chooses the source, so that the user's mixer can route this
+/// program.
 void PulseCapture::connectStream() {
     stream_.reset(pa_stream_new(connection_->context(), "Dettatura", &sampleSpec_, &channelMap_));
     if (!stream_) throw connection_->lastError();
@@ -81,7 +83,8 @@ void PulseCapture::connectStream() {
     const auto fragment = static_cast<std::uint32_t>(fragmentFrames * pa_frame_size(&sampleSpec_));
     const pa_buffer_attr buffer{serverDecides, serverDecides, serverDecides, serverDecides, fragment};
     phase_ = Phase::Starting;
-    if (pa_stream_connect_record(stream_.get(), nullptr, &buffer, PA_STREAM_ADJUST_LATENCY) < 0)
+    if (pa_stream_connect_record(stream_.get(), device_ ? device_->c_str() : nullptr, &buffer,
+                                 PA_STREAM_ADJUST_LATENCY) < 0)
         throw connection_->lastError();
 }
 

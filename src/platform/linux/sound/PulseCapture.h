@@ -11,6 +11,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace parlivo {
 
@@ -65,6 +66,7 @@ class PulseCapture : public AudioCapture {
     MicrophoneReports& microphone_;
     const pa_sample_spec sampleSpec_;
     const pa_channel_map channelMap_;
+    const std::optional<std::string> device_;  ///< asked for by its name
 
     // All under the connection's lock.
     Phase phase_ = Phase::Opened;

@@ -36,6 +36,16 @@ PulseMicrophone::~PulseMicrophone() {
     }
 }
 
+std::string PulseMicrophone::chosenSource() const {
+    const std::lock_guard lock(mutex_);
+    return chosenSource_;
+}
+
+void PulseMicrophone::chooseSource(std::string name) {
+    const std::lock_guard lock(mutex_);
+    chosenSource_ = std::move(name);
+}
+
 void PulseMicrophone::enqueue(SerialQueue::Job job) {
     const std::lock_guard lock(mutex_);
     if (ended_) return;
@@ -96,7 +106,7 @@ void PulseMicrophone::askUntilAnswered() {
 MicrophoneStatus PulseMicrophone::ask() {
     const auto end = Clock::now() + answerLimit;
     const auto connection = PulseConnection::open(end);
-    const bool present = connection && findMicrophone(*connection, end);
+    const bool present = connection && findMicrophone(*connection, end, chosenSource());
     hangs_ = !present && Clock::now() >= end;
     return present && !refused_ ? MicrophoneStatus::Authorised : MicrophoneStatus::Denied;
 }

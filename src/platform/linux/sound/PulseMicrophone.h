@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace parlivo {
@@ -51,6 +52,10 @@ class PulseMicrophone : public MicrophoneReports {
     /// How a recording was answered. Any thread.
     void reportRecording(bool granted) override { refused_ = !granted; }
 
+    /// Any thread.
+    std::string chosenSource() const override;
+    void chooseSource(std::string name) override;
+
   private:
     struct Observer {
         QPointer<const QObject> owner;
@@ -70,7 +75,8 @@ class PulseMicrophone : public MicrophoneReports {
     std::atomic<bool> refused_ = false;  // the last recording
     std::atomic<bool> refreshing_ = false;
     Clock::Signal ending_;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
+    std::string chosenSource_;            // under mutex_
     bool ended_ = false;                  // under mutex_
     std::unique_ptr<SerialQueue> queue_;  // under mutex_; made at the first question
 };
