@@ -48,7 +48,7 @@ TEST_F(DictationOverlayTest, ShowsNothingWhereADesktopHasNoWay) {
     DictationOverlay overlay;
     overlay.setLevelProvider([] { return 1.0F; });
     overlay.show();
-    overlay.clearWaveLevelProvider();
+    overlay.rest();
     overlay.hide();
     EXPECT_EQ(overlay.waveView(), nullptr);
 }
@@ -74,12 +74,42 @@ TEST_F(DictationOverlayTest, AClearedProviderMeansSilenceUntilTheNextShowing) {
     });
     overlay.show();
     ASSERT_TRUE(QTest::qWaitFor([&] { return overlay.waveView()->level() > 0.4; }));
-    overlay.clearWaveLevelProvider();
+    overlay.rest();
     const int askedBefore = asked;
     ASSERT_TRUE(QTest::qWaitFor([&] { return overlay.waveView()->level() < 0.1; }));
     EXPECT_EQ(asked, askedBefore);
     overlay.show();
     EXPECT_TRUE(QTest::qWaitFor([&] { return overlay.waveView()->level() > 0.4; }));
+}
+
+TEST_F(DictationOverlayTest, AtRestTheRibbonIsALineOnACardThatBreathes) {
+    DictationOverlay overlay;
+    overlay.setLevelProvider([] { return 0.0F; });
+    overlay.show();
+    const fake::FloatingPanel& panel = *platform.floatingPanels().panel;
+    const auto inkedRows = [&] {
+        int rows = 0;
+        for (int y = 10; y < 74; ++y) {
+            bool inked = false;
+            for (int x = 30; x < 210; ++x)
+                inked = inked || panel.last.pixelColor(x, y).lightness() + 25 <
+                                     panel.last.pixelColor(6, y).lightness();
+            rows += inked ? 1 : 0;
+        }
+        return rows;
+    };
+    EXPECT_EQ(overlay.waveView()->restShare(), 0);
+    EXPECT_GT(inkedRows(), 10) << "the silent ribbon has its shape";
+    const int silent = panel.last.pixelColor(120, 8).lightness();
+    overlay.rest();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return overlay.waveView()->restShare() == 1 && inkedRows() <= 3; }));
+    EXPECT_LT(panel.last.pixelColor(120, 8).lightness(), silent) << "the card is dimmer";
+    const QColor before = panel.last.pixelColor(120, 8);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel.last.pixelColor(120, 8) != before; })) << "it breathes";
+    EXPECT_EQ(panel.last.pixelColor(0, 0).alpha(), 0) << "only the card";
+    overlay.show();
+    EXPECT_EQ(overlay.waveView()->restShare(), 0);
+    EXPECT_GT(inkedRows(), 10);
 }
 
 TEST_F(DictationOverlayTest, DrawsNothingWhileHidden) {

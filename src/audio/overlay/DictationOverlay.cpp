@@ -22,8 +22,10 @@ void DictationOverlay::setLevelProvider(LevelProvider provider) {
     if (waveView_) waveView_->setLevelProvider(levelProvider_);
 }
 
-void DictationOverlay::clearWaveLevelProvider() {
-    if (waveView_) waveView_->setLevelProvider({});
+void DictationOverlay::rest() {
+    if (!waveView_) return;
+    waveView_->setLevelProvider({});
+    waveView_->rest();
 }
 
 void DictationOverlay::show() {

@@ -19,8 +19,8 @@ class DictationOverlay {
 
     /// Where the ribbon reads the input level, in this and every later showing.
     void setLevelProvider(LevelProvider provider);
-    /// The ribbon shows silence until the next showing.
-    void clearWaveLevelProvider();
+    /// The recording has ended: until the next showing the ribbon rests and hears nothing.
+    void rest();
 
     /// Shows the card, or starts its animation anew. Does nothing where the desktop has no way to show a
     /// panel without giving it the focus.

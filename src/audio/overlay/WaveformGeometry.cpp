@@ -98,8 +98,12 @@ void WaveformGeometry::update(QSizeF size, double seconds, double level) {
     amplitude_ = 0.72 * size.height() * (0.55 + 0.5 * level);
     waveHeight_ = 0.4 + 1.4 * level;
     spreadFactor_ = 1 + 1.5 * level;
-    // The base line lies 0.53 of the height above the bottom.
-    base_ = size.height() - (0.5 * size.height() + 0.03 * size.height());
+    base_ = baseLine(size.height());
+}
+
+double WaveformGeometry::baseLine(double height) {
+    // 0.53 of the height above the bottom.
+    return height - (0.5 * height + 0.03 * height);
 }
 
 std::span<const QPointF> WaveformGeometry::strand(const Strand& strand) {

@@ -30,6 +30,9 @@ class WaveformGeometry {
     /// How dark a strand is: the middle ones most.
     static double strandAlpha(const Strand& strand);
 
+    /// The height above which the ribbon swings, from the top of a view of this height.
+    static double baseLine(double height);
+
     /// Sets the moment that is computed next: the view's size, the seconds since the animation began, the
     /// smoothed level (0–1).
     void update(QSizeF size, double seconds, double level);

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <numbers>
 
 namespace parlivo {
 
@@ -76,15 +77,18 @@ QSize pixelSize(QSizeF size, double scale) {
 }  // namespace
 
 const QImage& WaveformPainter::frame(QSizeF size, double scale, FloatingPanel::Corners corners,
-                                     double seconds, double level) {
+                                     double seconds, double level, double rest) {
     if (const Setting setting{size, scale, corners}; setting != setting_) {
         setting_ = setting;
         drawCard();
     }
     std::memcpy(frame_.bits(), card_.constBits(), static_cast<std::size_t>(card_.sizeInBytes()));
+    rest_ = rest;
     geometry_.update(size, seconds, level);
-    drawStrands(scale);
+    // At rest all strands lie under the centre line.
+    if (rest < 1) drawStrands(scale);
     drawCentreLine(scale);
+    if (rest > 0) dimCard(seconds);
     frame_.setDevicePixelRatio(scale);
     return frame_;
 }
@@ -110,9 +114,23 @@ void WaveformPainter::drawCentreLine(double scale) {
     rasterizer_.composite(frame_, centreColour);
 }
 
+/// The card breathes, so that a still picture does not look like a program that hangs.
+void WaveformPainter::dimCard(double seconds) {
+    constexpr double breath = 2.4;  // seconds
+    constexpr double darkest = 0.14;
+    constexpr double brightest = 0.05;
+    const double phase = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * seconds / breath);
+    QPainter painter(&frame_);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
+    painter.fillRect(frame_.rect(),
+                     withAlpha(Qt::black, rest_ * (brightest + (darkest - brightest) * phase)));
+}
+
 std::span<const QPointF> WaveformPainter::inPixels(std::span<const QPointF> line, double scale) {
     line_.clear();
-    for (const QPointF& point : line) line_.push_back(point * scale);
+    const double base = WaveformGeometry::baseLine(setting_.size.height());
+    for (const QPointF& point : line)
+        line_.emplace_back(point.x() * scale, (base + (point.y() - base) * (1 - rest_)) * scale);
     return line_;
 }
 

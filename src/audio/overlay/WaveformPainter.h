@@ -17,10 +17,11 @@ class WaveformPainter {
     static constexpr double cornerRadius = 20;
 
     /// The frame at one moment: the view's size, device pixels a unit, the seconds since the animation began
-    /// and the smoothed level (0–1). The picture stays valid until the next frame. Allocates only when the
-    /// size, the scale or the corners change.
+    /// and the smoothed level (0–1). `rest` (0–1) tells how far the ribbon has come to rest because nobody is
+    /// listening any more: at 1 it is a straight line, on a card that dims and brightens. The picture stays
+    /// valid until the next frame. Allocates only when the size, the scale or the corners change.
     const QImage& frame(QSizeF size, double scale, FloatingPanel::Corners corners, double seconds,
-                        double level);
+                        double level, double rest = 0);
 
   private:
     /// What the card depends on.
@@ -34,6 +35,7 @@ class WaveformPainter {
 
     void drawCard();
     void drawStrands(double scale);
+    void dimCard(double seconds);
     void drawCentreLine(double scale);
     std::span<const QPointF> inPixels(std::span<const QPointF> line, double scale);
 
@@ -43,6 +45,7 @@ class WaveformPainter {
     std::vector<QPointF> line_;
     QImage card_;
     QImage frame_;
+    double rest_ = 0;
     Setting setting_;
 };
 

@@ -24,8 +24,24 @@ void WaveformView::start() {
     t0_.start();
     framesShown_ = 0;
     lvl_ = 0;
+    restingSince_.reset();
     draw();
     waitForNextFrame();
+}
+
+void WaveformView::rest() {
+    if (!restingSince_) restingSince_ = seconds();
+}
+
+double WaveformView::seconds() const {
+    return static_cast<double>(t0_.nsecsElapsed()) / nanosecondsPerSecond;
+}
+
+double WaveformView::restShare() const {
+    constexpr double duration = 0.35;  // seconds
+    if (!restingSince_) return 0;
+    const double share = std::clamp((seconds() - *restingSince_) / duration, 0.0, 1.0);
+    return share * share * (3 - 2 * share);
 }
 
 void WaveformView::stop() {
@@ -40,8 +56,7 @@ void WaveformView::showNextFrame() {
 
 void WaveformView::draw() {
     const auto [scale, corners] = panel_.canvas();
-    const double seconds = static_cast<double>(t0_.nsecsElapsed()) / nanosecondsPerSecond;
-    panel_.present(painter_.frame(size_, scale, corners, seconds, lvl_));
+    panel_.present(painter_.frame(size_, scale, corners, seconds(), lvl_, restShare()));
 }
 
 /// Timers count whole milliseconds, frames last 16⅔: each is due at its own moment since the start, so that

@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <optional>
 
 namespace parlivo {
 
@@ -25,8 +26,13 @@ class WaveformView {
     /// Asked once a frame; without one the level is 0.
     void setLevelProvider(LevelProvider provider) { levelProvider_ = std::move(provider); }
 
+    /// How far the ribbon has come to rest, 0 to 1.
+    double restShare() const;
+
     /// Begins the animation anew, from level 0.
     void start();
+    /// The ribbon comes to rest: nobody is listening any more, and the program is at work on what it heard.
+    void rest();
     void stop();
     bool isRunning() const { return timer_.isActive(); }
 
@@ -38,6 +44,7 @@ class WaveformView {
     void showNextFrame();
     void draw();
     void waitForNextFrame();
+    double seconds() const;
 
     FloatingPanel& panel_;
     const QSize size_;
@@ -46,6 +53,7 @@ class WaveformView {
     QElapsedTimer t0_;
     qint64 framesShown_ = 0;  // since t0_, those that were left out included
     double lvl_ = 0;
+    std::optional<double> restingSince_;  // seconds after t0_
     WaveformPainter painter_;
 };
 

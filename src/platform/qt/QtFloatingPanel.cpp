@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/qt/QtFloatingPanel.h"
 
-#include <QBitmap>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
@@ -16,15 +15,12 @@ constexpr Qt::WindowFlags panelFlags = Qt::FramelessWindowHint | Qt::Tool | Qt::
                                        Qt::WindowDoesNotAcceptFocus | Qt::WindowTransparentForInput |
                                        Qt::BypassWindowManagerHint;
 
-QRegion roundedRegion(QSize size, double radius) {
-    QBitmap shape(size);
-    shape.fill(Qt::color0);
-    QPainter painter(&shape);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Qt::color1);
-    painter.drawRoundedRect(QRect(QPoint(), size), radius, radius);
-    painter.end();
-    return shape;
+/// What the screen shows there now; null where it may not be looked at.
+QImage pictureOf(const QWidget& window, const QRect& area) {
+    QScreen* screen = QGuiApplication::screenAt(area.center());
+    if (!screen) screen = window.screen();
+    const QPoint corner = area.topLeft() - screen->geometry().topLeft();
+    return screen->grabWindow(0, corner.x(), corner.y(), area.width(), area.height()).toImage();
 }
 
 bool sameLayout(const QImage& a, const QImage& b) {
@@ -48,17 +44,27 @@ void QtFloatingPanel::Window::setPicture(const QImage& picture) {
         std::memcpy(picture_.bits(), picture.constBits(), static_cast<std::size_t>(picture.sizeInBytes()));
     else
         picture_ = picture.copy();
+    update(rect().adjusted(margin_, margin_, -margin_, -margin_));
+}
+
+void QtFloatingPanel::Window::setGround(const QImage& ground, int margin) {
+    ground_ = ground;
+    margin_ = margin;
     update();
 }
 
 void QtFloatingPanel::Window::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.drawImage(QPointF(), picture_);
+    if (!ground_.isNull()) {
+        painter.drawImage(QPointF(), ground_);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    }
+    painter.drawImage(QPointF(margin_, margin_), picture_);
 }
 
-QtFloatingPanel::QtFloatingPanel(const PanelPlacing& placing, Screens& screens)
-    : placing_(placing), screens_(screens) {
+QtFloatingPanel::QtFloatingPanel(const PanelPlacing& placing, Screens& screens, Shadow shadow)
+    : placing_(placing), screens_(screens), shadow_(shadow) {
     window_.setFixedSize(placing_.size);
     // A panel on a screen that was unplugged would be out of sight. Later, when the toolkit is done with it.
     const auto screenGone = [this] {
@@ -68,6 +74,8 @@ QtFloatingPanel::QtFloatingPanel(const PanelPlacing& placing, Screens& screens)
 }
 
 void QtFloatingPanel::show() {
+    margin_ = shadow_ == Shadow::BySystem ? 0 : screens_.transparencyAvailable() ? shadowMargin : edgeMargin;
+    window_.setFixedSize(shape(margin_).windowSize());
     place();
     fitToDesktop();
     window_.show();
@@ -86,22 +94,44 @@ void QtFloatingPanel::present(const QImage& frame) {
     window_.setPicture(frame);
 }
 
+QRect QtFloatingPanel::geometry() const {
+    return window_.geometry().adjusted(margin_, margin_, -margin_, -margin_);
+}
+
 void QtFloatingPanel::place() {
     const auto frame = screens_.mainVisibleFrame();
     if (!frame) return;
     const int left = frame->x() + (frame->width() - placing_.size.width()) / 2;
     const int bottom = frame->y() + frame->height() - placing_.aboveEdge;
-    window_.move(left, bottom - placing_.size.height());
+    window_.move(left - margin_, bottom - placing_.size.height() - margin_);
 }
 
 /// A desktop may gain or lose its compositing manager between two showings.
 void QtFloatingPanel::fitToDesktop() {
-    const bool transparent = screens_.transparencyAvailable();
-    corners_ = transparent ? Corners::Transparent : Corners::CutAway;
-    if (transparent)
-        window_.clearMask();
-    else
-        window_.setMask(roundedRegion(placing_.size, placing_.cornerRadius));
+    if (margin_ == edgeMargin) {
+        becomeCutOut();
+    } else {
+        becomeTransparent();
+    }
+}
+
+void QtFloatingPanel::becomeTransparent() {
+    cutOut_ = false;
+    corners_ = Corners::Transparent;
+    window_.clearMask();
+    window_.setGround(margin_ > 0 ? shadowGround(shape(margin_), window_.devicePixelRatioF()) : QImage(),
+                      margin_);
+}
+
+/// Without a compositing manager a window has no partly transparent pixels: those of its round edge are mixed
+/// with what the screen showed there when the panel came up.
+void QtFloatingPanel::becomeCutOut() {
+    if (isVisible() && cutOut_) return;
+    cutOut_ = true;
+    window_.setMask(coveredRegion(shape(margin_)));
+    const QImage behind = isVisible() ? QImage() : pictureOf(window_, window_.geometry());
+    corners_ = behind.isNull() ? Corners::CutAway : Corners::Transparent;
+    window_.setGround(edgeGround(shape(margin_), window_.devicePixelRatioF(), behind), margin_);
 }
 
 }  // namespace parlivo

@@ -3,6 +3,7 @@
 
 #include "platform/FloatingPanel.h"
 #include "platform/Screens.h"
+#include "platform/qt/PanelGround.h"
 
 #include <QWidget>
 
@@ -15,8 +16,14 @@ namespace parlivo {
 /// manages. So it also shows on every virtual desktop.
 class QtFloatingPanel : public FloatingPanel {
   public:
+    /// Who gives the panel its shadow.
+    enum class Shadow {
+        Drawn,     ///< the panel itself; without a compositing manager a thin edge stands in for it
+        BySystem,  ///< the window server
+    };
+
     /// `screens` must outlive the panel.
-    QtFloatingPanel(const PanelPlacing& placing, Screens& screens);
+    QtFloatingPanel(const PanelPlacing& placing, Screens& screens, Shadow shadow = Shadow::Drawn);
 
     void show() override;
     void hide() override;
@@ -25,24 +32,36 @@ class QtFloatingPanel : public FloatingPanel {
     void present(const QImage& frame) override;
 
     const QWidget& window() const { return window_; }
+    /// Where the panel itself is, without its shadow and edge.
+    QRect geometry() const;
 
   private:
-    /// Shows the last picture.
+    /// Shows the last picture on its ground.
     class Window : public QWidget {
       public:
         Window();
         void setPicture(const QImage& picture);
+        /// Under and around the pictures, which begin at `margin` from the left and the top.
+        void setGround(const QImage& ground, int margin);
 
       private:
         void paintEvent(QPaintEvent* event) override;
         QImage picture_;
+        QImage ground_;
+        int margin_ = 0;
     };
 
     void place();
     void fitToDesktop();
+    void becomeTransparent();
+    void becomeCutOut();
+    PanelShape shape(int margin) const { return {placing_.size, placing_.cornerRadius, margin}; }
 
     const PanelPlacing placing_;
     Screens& screens_;
+    const Shadow shadow_;
+    int margin_ = 0;
+    bool cutOut_ = false;  ///< round by its shape, on a picture of what lies behind it
     Corners corners_ = Corners::Transparent;
     Window window_;
 };

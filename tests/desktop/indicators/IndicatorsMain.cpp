@@ -5,7 +5,7 @@
 //
 //   title TEXT            icon SYMBOL none|red|orange|purple|blue
 //   mic authorised|asked|denied        trusted yes|no        update VERSION|none
-//   show    hide    level 0..1    frames    popup
+//   show    rest    hide    level 0..1    frames    popup
 //   lines                  the open menu, each line with the place of its middle: "X Y TEXT"
 //   restate                the permission lines change at the next opening of the menu
 //
@@ -123,6 +123,7 @@ class Indicators {
          [this](const QString& yes) { menu_.setAccessibility(yes == QStringLiteral("yes")); }},
         {QStringLiteral("update"), [this](const QString& version) { setUpdate(version); }},
         {QStringLiteral("show"), [this](const QString&) { overlay_.show(); }},
+        {QStringLiteral("rest"), [this](const QString&) { overlay_.rest(); }},
         {QStringLiteral("hide"), [this](const QString&) { overlay_.hide(); }},
         {QStringLiteral("level"), [this](const QString& level) { level_ = level.toFloat(); }},
         {QStringLiteral("frames"), [this](const QString&) { say(QString::number(frames_)); }},

@@ -23,7 +23,7 @@ class MacFloatingPanel : public QtFloatingPanel {
 }  // namespace
 
 std::unique_ptr<FloatingPanel> MacFloatingPanels::makePanel(const PanelPlacing& placing) {
-    return std::make_unique<MacFloatingPanel>(placing, screens_);
+    return std::make_unique<MacFloatingPanel>(placing, screens_, QtFloatingPanel::Shadow::BySystem);
 }
 
 }  // namespace parlivo
