@@ -14,7 +14,7 @@ from pathlib import Path
 PROJECT = Path(__file__).resolve().parents[2]
 LUPDATE = Path("/usr/lib/qt6/bin/lupdate")
 LITERAL = r'"(?:[^"\\]|\\.)*"'
-TRANSLATED = re.compile(rf'\b(?:tr|QT_TRANSLATE_NOOP|translate)\(\s*(?:"parlivo::\w+",\s*)?({LITERAL})(?!\s*,\s*")')
+TRANSLATED = re.compile(rf'\b(?:tr|QT_TRANSLATE_NOOP|translate)\(\s*(?:"parlivo::\w+",\s*)?(?!"parlivo::)({LITERAL})(?!\s*,\s*")')
 
 # Where a sentence must be translatable. Words of the log, keys and names of files are not for the user's eyes.
 # Adapters have few texts and many words of other programs; lupdate reads them all the same.

@@ -15,10 +15,6 @@ namespace parlivo {
 
 namespace {
 
-class Texts {
-    Q_DECLARE_TR_FUNCTIONS(parlivo::BusRemoteControl)
-};
-
 const auto service = QStringLiteral("it.parlivo.Parlivo");
 const auto path = QStringLiteral("/it/parlivo/Parlivo");
 const auto interfaceName = QStringLiteral("it.parlivo.Parlivo1");
@@ -112,8 +108,11 @@ RemoteControl::Delivery BusRemoteControl::send(RemoteCommand command) {
 }
 
 QString BusRemoteControl::whyUnavailable() const {
-    return busServes() ? Texts::tr("il bus D-Bus di questa sessione rifiuta il nome %1").arg(service)
-                       : Texts::tr("questa sessione non ha un bus D-Bus");
+    return busServes() ? QCoreApplication::translate("parlivo::BusRemoteControl",
+                                                     "il bus D-Bus di questa sessione rifiuta il nome %1")
+                             .arg(service)
+                       : QCoreApplication::translate("parlivo::BusRemoteControl",
+                                                     "questa sessione non ha un bus D-Bus");
 }
 
 }  // namespace parlivo

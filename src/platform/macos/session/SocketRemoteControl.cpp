@@ -26,10 +26,6 @@ namespace parlivo {
 
 namespace {
 
-class Texts {
-    Q_DECLARE_TR_FUNCTIONS(parlivo::SocketRemoteControl)
-};
-
 struct Word {
     RemoteCommand command;
     const char* word;
@@ -204,7 +200,9 @@ RemoteControl::Delivery SocketRemoteControl::send(RemoteCommand command) {
 }
 
 QString SocketRemoteControl::whyUnavailable() const {
-    return Texts::tr("il canale di controllo in %1 non si apre").arg(folder_);
+    return QCoreApplication::translate("parlivo::SocketRemoteControl",
+                                       "il canale di controllo in %1 non si apre")
+        .arg(folder_);
 }
 
 }  // namespace parlivo
