@@ -39,6 +39,7 @@ struct Owned {
         .stopCleaner = LlamaRunner::shutdown,
         .preparePrompt = [] { Config::loadPrompt(); },
         .showFeedback = [this] { feedback.show(); },
+        .quit = [] { QCoreApplication::quit(); },
         .moveModels = [this](const QString& to,
                              std::function<void()> onAdopted) { modelsMover.move(to, std::move(onAdopted)); },
     }};

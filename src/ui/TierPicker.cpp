@@ -5,6 +5,7 @@
 #include "ui/views/Form.h"
 #include "ui/views/Labels.h"
 #include "ui/views/Progress.h"
+#include "ui/views/RowLook.h"
 
 #include <QProgressBar>
 #include <QVBoxLayout>
@@ -34,8 +35,10 @@ TierPicker::TierPicker(const QString& title, std::vector<ModelCatalog::Entry> ti
     setAccessibleName(title);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(2);
-    column->addWidget(new Label(title, TextStyle::Body, primaryColour, this));
+    column->setSpacing(0);
+    auto* heading = new Label(title, TextStyle::Headline, primaryColour, this);
+    heading->setContentsMargins(Form::headingMargins());
+    column->addWidget(heading);
     for (const ModelCatalog::Entry& entry : tiers_) {
         auto* row = new ChoiceRow(entry.label, entry.detail, {}, this);
         row->onChosen = [this, entry] { choose(entry); };
@@ -43,6 +46,7 @@ TierPicker::TierPicker(const QString& title, std::vector<ModelCatalog::Entry> ti
         rows_.push_back(row);
     }
     errorLine_ = new Label({}, TextStyle::Caption, errorColour, this);
+    errorLine_->setContentsMargins(RowLook::textLeft, 0, RowLook::margin, RowLook::padding);
     column->addWidget(errorLine_);
     refresh();
 }

@@ -7,6 +7,7 @@ namespace parlivo {
 
 namespace {
 constexpr float paleOpacity = 0.35F;
+constexpr float edgeOpacity = 0.62F;
 }  // namespace
 
 QColor inkColour(const QPalette& palette) {
@@ -16,6 +17,12 @@ QColor inkColour(const QPalette& palette) {
 QColor paleInkColour(const QPalette& palette) {
     QColor colour = inkColour(palette);
     colour.setAlphaF(paleOpacity);
+    return colour;
+}
+
+QColor edgeInkColour(const QPalette& palette) {
+    QColor colour = inkColour(palette);
+    colour.setAlphaF(edgeOpacity);
     return colour;
 }
 

@@ -10,4 +10,7 @@ namespace parlivo {
 QColor inkColour(const QPalette& palette);
 QColor paleInkColour(const QPalette& palette);
 
+/// Of thin lines around what is too pale alone.
+QColor edgeInkColour(const QPalette& palette);
+
 }  // namespace parlivo

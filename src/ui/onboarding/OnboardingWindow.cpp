@@ -33,24 +33,24 @@ QPalette palette() {
 /// For buttons and bars, because no desktop's style fits a cream background. It is set on each of them,
 /// because widgets below one with a style sheet do not inherit the window's palette.
 QString styleSheetText() {
-    return u"QPushButton { color: #38322b; background: #fbf9f4; border: 1px solid #c9c1b2; border-radius: "
+    return u"QPushButton { color: #38322b; background: #fbf9f4; border: 1px solid #857d6d; border-radius: "
            u"8px;"
            "  padding: 6px 16px; }"
            "QPushButton:hover { background: #ffffff; }"
            "QPushButton:pressed { background: #ece6d9; }"
-           "QPushButton:focus { border: 1px solid #38322b; }"
+           "QPushButton:focus { border: 2px solid #38322b; padding: 5px 15px; }"
            "QPushButton#main { color: #f4f0e7; background: #38322b; border: 1px solid #38322b; padding: 9px "
            "24px;"
            "  font-weight: 600; }"
            "QPushButton#main:hover { background: #4a4339; }"
            "QPushButton#main:pressed { background: #28241f; }"
-           "QPushButton#main:focus { border: 2px solid #a58f6a; padding: 8px 23px; }"
-           "QPushButton#main:disabled { color: #f4f0e7; background: #b9b2a6; border-color: #b9b2a6; }"
+           "QPushButton#main:focus { border: 3px solid #967a4b; padding: 7px 22px; }"
+           "QPushButton#main:disabled { color: #f4f0e7; background: #6f675c; border-color: #6f675c; }"
            "QPushButton#plain { background: transparent; border: 1px solid transparent; }"
            "QPushButton#plain:hover { text-decoration: underline; }"
-           "QPushButton#plain:focus { border: 1px solid #a58f6a; }"
-           "QProgressBar { background: #ddd5c6; border: none; border-radius: 4px; max-height: 8px; }"
-           "QProgressBar::chunk { background: #38322b; border-radius: 4px; }"_s;
+           "QPushButton#plain:focus { border: 2px solid #967a4b; padding: 5px 15px; }"
+           "QProgressBar { background: #ddd5c6; border: 1px solid #857d6d; border-radius: 4px; max-height: 8px; }"
+           "QProgressBar::chunk { background: #38322b; border-radius: 3px; }"_s;
 }
 
 }  // namespace

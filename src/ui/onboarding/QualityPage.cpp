@@ -28,7 +28,8 @@ void QualityPage::section(const QString& heading, const std::vector<ModelCatalog
     rows->addWidget(words);
     for (const ModelCatalog::Entry& entry : tiers) {
         auto* row =
-            new ChoiceRow(entry.label, entry.detail, {.circle = paleInkColour, .detail = inkColour}, group);
+            new ChoiceRow(entry.label, entry.detail,
+                          {.circle = paleInkColour, .detail = inkColour, .edge = edgeInkColour}, group);
         row->setSelected(entry.id == chosen);
         row->onChosen = [choose, id = entry.id] { choose(id); };
         rows->addWidget(row);

@@ -30,11 +30,18 @@ void StepDots::setStep(Step step) {
 void StepDots::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(inkColour(palette()));
     for (int i = 0; i < stepCount; ++i) {
-        painter.setOpacity(i == static_cast<int>(step_) ? 1 : otherDots);
-        painter.drawEllipse(i * (dotSize + dotGap), 0, dotSize, dotSize);
+        const bool current = i == static_cast<int>(step_);
+        const QRectF dot(i * (dotSize + dotGap), 0, dotSize, dotSize);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(inkColour(palette()));
+        painter.setOpacity(current ? 1 : otherDots);
+        painter.drawEllipse(dot);
+        if (current) continue;
+        painter.setPen(QPen(edgeInkColour(palette()), 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.setOpacity(1);
+        painter.drawEllipse(dot.adjusted(0.5, 0.5, -0.5, -0.5));
     }
 }
 

@@ -33,6 +33,8 @@ CleanupTab::CleanupTab(const SettingsActions& actions, QWidget* parent) : FormPa
                      {tr("Media — anche filler rimossi (consigliata)"), wordOf(CleanupLevel::Medium)},
                      {tr("Alta — anche grammatica e riformulazioni"), wordOf(CleanupLevel::High)}},
                     bindingTo(Settings::cleanupLevel));
+    form.divider();
+    form.heading(tr("Altre scelte"));
     model_ = &form.picker(tr("Modello Ollama"), {}, bindingTo(Settings::cleanupModel));
     form.stepper(tr("Pulisci solo testi oltre "), tr(" caratteri"), {.from = 0, .to = 300, .by = 10},
                  bindingTo(Settings::cleanupMinChars));

@@ -3,9 +3,13 @@
 
 #include "input/HotKeyTitle.h"
 #include "models/ModelCatalog.h"
+#include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/SettingsNotifier.h"
 #include "ui/TierPicker.h"
+#include "ui/settings/MicrophonePicker.h"
+
+#include <QShowEvent>
 
 namespace parlivo {
 
@@ -32,6 +36,7 @@ Binding<QString> hotKeyPreset() {
 
 DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
     Form form(contents());
+    form.heading(tr("Tasto"));
     form.picker(tr("Scorciatoia"), hotKeyOptions(), hotKeyPreset());
     form.unlabelledRadioGroup(
         tr("Modalità di dettatura"),
@@ -39,11 +44,13 @@ DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : Fo
          {tr("Premi per iniziare, ripremi per fermare"), wordOf(DictationMode::Toggle)}},
         bindingTo(Settings::dictationMode));
     form.divider();
+    form.heading(tr("Voce"));
     form.picker(
         tr("Lingua"),
         {{tr("Italiano"), u"it"_s}, {tr("English"), u"en"_s}, {tr("Rilevamento automatico"), u"auto"_s}},
         bindingTo(Settings::language));
     form.caption(tr("La lingua fissa è più accurata del rilevamento automatico sulle frasi brevi."));
+    if (Platform::current().audioInput().offersChoice()) microphone_ = new MicrophonePicker(form, this);
     form.divider();
     const auto asrTier = bindingTo(Settings::asrTier);
     form.add(new TierPicker(
@@ -53,6 +60,11 @@ DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : Fo
             stop();
         },
         actions.fetchModel));
+}
+
+void DictationTab::showEvent(QShowEvent* event) {
+    FormPage::showEvent(event);
+    if (microphone_) microphone_->refresh();
 }
 
 }  // namespace parlivo

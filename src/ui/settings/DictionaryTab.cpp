@@ -8,13 +8,18 @@ namespace parlivo {
 
 using namespace Qt::StringLiterals;
 
-DictionaryTab::DictionaryTab(QWidget* parent) : QWidget(parent) {
-    Form form(*this);
+namespace {
+constexpr int fewestLines = 6;
+}  // namespace
+
+DictionaryTab::DictionaryTab(QWidget* parent) : FormPage(parent) {
+    Form form(contents());
     form.text(tr("Nomi propri, brand e termini tecnici — uno per riga."));
     form.caption(tr(
         "Whisper li usa per riconoscerli meglio e la pulizia AI li scrive esattamente così (es. nomi di persone, aziende, sigle del tuo lavoro)."));
     auto& dictionary = form.add(new TextEditor(tr("Dizionario"), bindingTo(Settings::dictionary), this));
     dictionary.setFont(monospacedFont(TextStyle::Body));
+    dictionary.setMinimumHeight(fewestLines * dictionary.fontMetrics().lineSpacing());
 }
 
 }  // namespace parlivo

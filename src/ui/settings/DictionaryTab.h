@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QWidget>
+#include "ui/views/Form.h"
 
 namespace parlivo {
 
 /// The user's own terms.
-class DictionaryTab : public QWidget {
+class DictionaryTab : public FormPage {
     Q_OBJECT
 
   public:

@@ -15,9 +15,19 @@ namespace parlivo {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+void openManual() {
+    const auto manual = Platform::current().bundle().resource(u"help/manuale.html"_s);
+    if (manual) Platform::current().workspace().open(QUrl::fromLocalFile(*manual));
+}
+
+}  // namespace
+
 GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
     : FormPage(parent), actions_(actions), launchAtLogin_(Platform::current().loginItem().isEnabled()) {
     Form form(contents());
+    form.heading(tr("Comportamento"));
     form.toggle(tr("Avvia Parlivo al login"), {.get = [this] { return launchAtLogin_; },
                                                .set = [this](bool wanted) { setLaunchAtLogin(wanted); }});
     form.toggle(tr("Suoni di inizio/fine registrazione"), bindingTo(Settings::soundsEnabled));
@@ -27,15 +37,19 @@ GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
                      {tr("Veloce (~285 caratteri/s)"), wordOf(TypingSpeed::Fast)},
                      {tr("Naturale (~85 caratteri/s)"), wordOf(TypingSpeed::Natural)}},
                     bindingTo(Settings::typingSpeed));
-    form.caption(tr(
-        "Con Istantanea il testo appare di colpo via clipboard; le altre modalità digitano lettera per lettera."));
+    form.caption(
+        tr("Con Istantanea il testo appare di colpo via clipboard; le altre modalità digitano lettera per lettera."),
+        Form::Under::Words);
     form.divider();
+    form.heading(tr("Diagnosi"));
     form.toggle(tr("Modalità debug (salva le trascrizioni nel log)"), bindingTo(Settings::debugMode));
     form.caption(
-        tr("Di norma il log non contiene mai i tuoi testi. Attivala solo per diagnosticare problemi."));
+        tr("Di norma il log non contiene mai i tuoi testi. Attivala solo per diagnosticare problemi."),
+        Form::Under::Words);
     form.divider();
     addModelsFolder(form);
-    form.button(tr("Invia feedback…"), actions_.showFeedback);
+    form.divider();
+    addProgram(form);
 }
 
 void GeneralTab::setLaunchAtLogin(bool wanted) {
@@ -50,12 +64,19 @@ void GeneralTab::setLaunchAtLogin(bool wanted) {
 }
 
 void GeneralTab::addModelsFolder(Form& form) {
-    form.text(tr("Cartella modelli AI"));
+    form.heading(tr("Cartella modelli AI"));
     modelsPath_ = new Label({}, TextStyle::Caption, secondaryColour);
     changeButton_ = makeButton(
         tr("Cambia…"), [this] { pickModelsFolder(); }, nullptr);
     form.row({modelsPath_, changeButton_});
     showModelsPath(Config::modelsDir());
+}
+
+void GeneralTab::addProgram(Form& form) {
+    form.heading(tr("Parlivo %1").arg(Config::appVersion()));
+    form.buttons({makeButton(tr("Apri il manuale"), openManual, nullptr),
+                  makeButton(tr("Invia feedback…"), actions_.showFeedback, nullptr),
+                  makeButton(tr("Esci da Parlivo"), actions_.quit, nullptr)});
 }
 
 void GeneralTab::pickModelsFolder() {

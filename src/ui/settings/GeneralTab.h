@@ -6,7 +6,7 @@
 
 namespace parlivo {
 
-/// Sounds, typing, log, and where the models are kept.
+/// Sounds, typing, log, where the models are kept, and the program itself.
 class GeneralTab : public FormPage {
     Q_OBJECT
 
@@ -16,6 +16,7 @@ class GeneralTab : public FormPage {
   private:
     void setLaunchAtLogin(bool wanted);
     void addModelsFolder(Form& form);
+    void addProgram(Form& form);
     void pickModelsFolder();
     void modelsFolderAdopted();
     void showModelsPath(const QString& path);

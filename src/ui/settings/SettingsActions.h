@@ -18,6 +18,7 @@ struct SettingsActions {
     /// Makes sure that the user's prompt file exists.
     std::function<void()> preparePrompt;
     std::function<void()> showFeedback;
+    std::function<void()> quit;
     /// Moves the models into the folder `to`, makes it the one in force and calls `onAdopted`. Returns at
     /// once.
     std::function<void(const QString& to, std::function<void()> onAdopted)> moveModels;

@@ -9,7 +9,10 @@
 #include "ui/views/SymbolIcon.h"
 
 #include <QEvent>
+#include <QScrollBar>
+#include <QTabBar>
 
+#include <algorithm>
 #include <array>
 
 namespace parlivo {
@@ -31,6 +34,14 @@ SettingsView::SettingsView(const SettingsActions& actions, QWidget* parent) : QT
     addTab(new CleanupTab(actions), tr("Pulizia AI"));
     addTab(new DictionaryTab, tr("Dizionario"));
     drawIcons();
+}
+
+int SettingsView::leastWidth() const {
+    int width = tabBar()->sizeHint().width();
+    for (const auto* page : findChildren<FormPage*>())
+        width = std::max(width, page->contents().minimumSizeHint().width() +
+                                    page->verticalScrollBar()->sizeHint().width());
+    return width;
 }
 
 void SettingsView::changeEvent(QEvent* event) {

@@ -14,6 +14,9 @@ class SettingsView : public QTabWidget {
   public:
     explicit SettingsView(const SettingsActions& actions, QWidget* parent = nullptr);
 
+    /// What the widest page and the row of tabs need.
+    int leastWidth() const;
+
   protected:
     void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;

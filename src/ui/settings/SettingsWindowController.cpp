@@ -17,6 +17,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize windowSize{520, 440};
+constexpr int margin = 8;
 
 class SettingsWindow : public QWidget {
     Q_DECLARE_TR_FUNCTIONS(parlivo::SettingsWindow)
@@ -25,17 +26,28 @@ class SettingsWindow : public QWidget {
     explicit SettingsWindow(const SettingsActions& actions);
 
   protected:
+    void showEvent(QShowEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    SettingsView* view_;
 };
 
 SettingsWindow::SettingsWindow(const SettingsActions& actions)
     : QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                            Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint) {
     setWindowTitle(tr("Impostazioni Parlivo"));
-    setFixedSize(windowSize);
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->addWidget(new SettingsView(actions, this));
+    column->setContentsMargins(margin, margin, margin, margin);
+    view_ = new SettingsView(actions, this);
+    column->addWidget(view_);
+    fixSize(*this, windowSize, view_->leastWidth() + 2 * margin);
+}
+
+/// The desktop's font or screen may have changed since the last time.
+void SettingsWindow::showEvent(QShowEvent* event) {
+    fixSize(*this, windowSize, view_->leastWidth() + 2 * margin);
+    QWidget::showEvent(event);
 }
 
 void SettingsWindow::keyPressEvent(QKeyEvent* event) {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "ui/views/ChoiceRow.h"
 
-#include "ui/views/Controls.h"
+#include "ui/views/RowLook.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
-#include <QStyleOptionFocusRect>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace parlivo {
@@ -16,14 +16,23 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int circleSize = 16;
-constexpr float hoverOpacity = 0.06F;
-constexpr double cornerRadius = 6;
+constexpr int circleSize = RowLook::indicator;
 
 }  // namespace
 
+void giveTabFocusToChecked(const QWidget& group) {
+    const auto buttons = group.findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly);
+    const bool chosen = std::ranges::any_of(buttons, &QRadioButton::isChecked);
+    for (QRadioButton* button : buttons) {
+        button->setFocusPolicy(!chosen || button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
+    }
+}
+
 ChoiceRow::ChoiceRow(const QString& label, const QString& detail, Colours colours, QWidget* parent)
-    : QRadioButton(parent), circleColour_(std::move(colours.circle)), line_(new QHBoxLayout(this)) {
+    : QRadioButton(parent),
+      circleColour_(std::move(colours.circle)),
+      edgeColour_(std::move(colours.edge)),
+      line_(new QHBoxLayout(this)) {
     setAccessibleName(label);
     setAccessibleDescription(detail);
     setAttribute(Qt::WA_Hover);
@@ -31,14 +40,13 @@ ChoiceRow::ChoiceRow(const QString& label, const QString& detail, Colours colour
 
     auto* words = new QVBoxLayout;
     words->setSpacing(0);
-    for (QLabel* part : {new Label(label, TextStyle::Body, primaryColour, this),
-                         new Label(detail, TextStyle::Caption, std::move(colours.detail), this)}) {
-        part->setAttribute(Qt::WA_TransparentForMouseEvents);
-        words->addWidget(part);
-    }
+    words->addWidget(new Label(label, TextStyle::Body, primaryColour, this));
+    if (!detail.isEmpty())
+        words->addWidget(new Label(detail, TextStyle::Caption, std::move(colours.detail), this));
+    for (QWidget* part : findChildren<QLabel*>()) part->setAttribute(Qt::WA_TransparentForMouseEvents);
     circle_ = new SymbolView(u"circle"_s, circleSize, circleColour_, this);
-    line_->setContentsMargins(6, 2, 6, 2);
-    line_->setSpacing(10);
+    line_->setContentsMargins(RowLook::margin, RowLook::padding, RowLook::margin, RowLook::padding);
+    line_->setSpacing(RowLook::gap);
     line_->addWidget(circle_);
     line_->addLayout(words, 1);
     connect(this, &QAbstractButton::toggled, this, &ChoiceRow::toggledTo);
@@ -104,18 +112,14 @@ bool ChoiceRow::hitButton(const QPoint& position) const {
 void ChoiceRow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (underMouse() || isDown()) {
-        QColor tint = primaryColour(palette());
-        tint.setAlphaF(hoverOpacity);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(tint);
-        painter.drawRoundedRect(rect(), cornerRadius, cornerRadius);
-    }
-    if (hasFocus()) {
-        painter.setPen(QPen(secondaryColour(palette()), 1));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
-    }
+    RowLook::drawBackground(painter, *this);
+    if (edgeColour_ && !isChecked()) drawEdge(painter);
+}
+
+void ChoiceRow::drawEdge(QPainter& painter) const {
+    painter.setPen(QPen(edgeColour_(palette()), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(QRectF(circle_->geometry()).adjusted(1, 1, -1, -1));
 }
 
 }  // namespace parlivo

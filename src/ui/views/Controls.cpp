@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "ui/views/Controls.h"
 
+#include "ui/views/ChoiceRow.h"
 #include "ui/views/Labels.h"
+#include "ui/views/RowLook.h"
 
-#include <QRadioButton>
+#include <QPainter>
 #include <QShowEvent>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace parlivo {
@@ -26,14 +29,6 @@ bool acceptsWheel(const QWidget& control, QWheelEvent& wheel) {
 }
 
 }  // namespace
-
-void giveTabFocusToChecked(const QWidget& group) {
-    const auto buttons = group.findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly);
-    const bool chosen = std::ranges::any_of(buttons, &QRadioButton::isChecked);
-    for (QRadioButton* button : buttons) {
-        button->setFocusPolicy(!chosen || button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
-    }
-}
 
 Toggle::Toggle(const QString& label, Binding<bool> value, QWidget* parent)
     : QCheckBox(label, parent), value_(std::move(value)) {
@@ -53,14 +48,42 @@ void Toggle::refresh() {
 }
 
 void Toggle::showEvent(QShowEvent* event) {
-    applyIndicatorColour(*this);
     refresh();
     QCheckBox::showEvent(event);
 }
 
-void Toggle::changeEvent(QEvent* event) {
-    QCheckBox::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) applyIndicatorColour(*this);
+QSize Toggle::sizeHint() const {
+    const QFontMetrics words = fontMetrics();
+    return {RowLook::textLeft + words.horizontalAdvance(text()) + RowLook::margin,
+            std::max(words.height(), RowLook::indicator) + 2 * RowLook::padding};
+}
+
+bool Toggle::hitButton(const QPoint& position) const {
+    return rect().contains(position);
+}
+
+void Toggle::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    RowLook::drawBackground(painter, *this);
+    const QColor ink = primaryColour(palette());
+    const QRectF box(RowLook::margin, (height() - RowLook::indicator) / 2.0, RowLook::indicator,
+                     RowLook::indicator);
+    constexpr double pen = 1.5;
+    constexpr double corner = 3.5;
+    painter.setPen(QPen(ink, pen));
+    painter.setBrush(isChecked() ? QBrush(ink) : QBrush(Qt::NoBrush));
+    painter.drawRoundedRect(box.adjusted(1.25, 1.25, -1.25, -1.25), corner, corner);
+    if (isChecked()) {
+        painter.setPen(
+            QPen(palette().color(QPalette::Window), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        constexpr std::array corners{QPointF(4.5, 8.4), QPointF(7, 10.9), QPointF(11.6, 5.6)};
+        painter.translate(box.topLeft());
+        painter.drawPolyline(corners.data(), static_cast<int>(corners.size()));
+        painter.translate(-box.topLeft());
+    }
+    painter.setPen(ink);
+    painter.drawText(rect().adjusted(RowLook::textLeft, 0, 0, 0), Qt::AlignVCenter, text());
 }
 
 RadioGroup::RadioGroup(const QString& name, const std::vector<Option>& options, Binding<QString> value,
@@ -69,39 +92,27 @@ RadioGroup::RadioGroup(const QString& name, const std::vector<Option>& options, 
     setAccessibleName(name);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(3);
+    column->setSpacing(0);
     for (const Option& option : options) {
-        auto* button = new QRadioButton(option.label, this);
-        column->addWidget(button);
-        buttons_.push_back({button, option.value});
-        connect(button, &QRadioButton::toggled, this, [this, chosen = option.value](bool on) {
-            if (on) value_.set(chosen);
-        });
+        auto* row = new ChoiceRow(option.label, {}, {}, this);
+        row->onChosen = [this, chosen = option.value] {
+            if (chosen != value_.get()) value_.set(chosen);
+            refresh();
+        };
+        column->addWidget(row);
+        rows_.push_back({row, option.value});
     }
     refresh();
 }
 
 void RadioGroup::refresh() {
     const QString current = value_.get();
-    for (const auto& [button, value] : buttons_) {
-        const QSignalBlocker blocker(button);
-        // A button of an exclusive group cannot be turned off by itself.
-        button->setAutoExclusive(false);
-        button->setChecked(value == current);
-        button->setAutoExclusive(true);
-    }
-    giveTabFocusToChecked(*this);
+    for (const auto& [row, value] : rows_) row->setSelected(value == current);
 }
 
 void RadioGroup::showEvent(QShowEvent* event) {
-    applyIndicatorColour(*this);
     refresh();
     QWidget::showEvent(event);
-}
-
-void RadioGroup::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) applyIndicatorColour(*this);
 }
 
 Picker::Picker(const QString& name, const std::vector<Option>& options, Binding<QString> value,
@@ -152,19 +163,16 @@ void TextField::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange) applyPlaceholderColour(*this);
 }
 
-Stepper::Stepper(const QString& before, const QString& after, Steps steps, Binding<int> value,
-                 QWidget* parent)
+Stepper::Stepper(const QString& name, Steps steps, Binding<int> value, QWidget* parent)
     : QSpinBox(parent), value_(std::move(value)) {
-    setAccessibleName(before.trimmed());
-    setPrefix(before);
-    setSuffix(after);
+    setAccessibleName(name);
     setRange(steps.from, steps.to);
     setSingleStep(steps.by);
     setFocusPolicy(Qt::StrongFocus);
     lineEdit()->setReadOnly(true);
     refresh();
     connect(this, &QSpinBox::valueChanged, this, [this](int number) { value_.set(number); });
-    // Stepping selects the whole sentence, which looks like an invitation to type.
+    // Stepping selects the number, which looks like an invitation to type.
     connect(lineEdit(), &QLineEdit::selectionChanged, lineEdit(), &QLineEdit::deselect);
 }
 

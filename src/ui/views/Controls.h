@@ -13,11 +13,11 @@
 
 #include <vector>
 
-class QRadioButton;
-
 /// Controls that are bound to a value: they read it afresh whenever they are shown and write every change at
 /// once.
 namespace parlivo {
+
+class ChoiceRow;
 
 /// One option of several: what the user reads and what is stored.
 struct Option {
@@ -25,25 +25,25 @@ struct Option {
     QString value;
 };
 
-/// Makes Tab move the focus to the checked radio button in `group`, or to the first one if none is checked;
-/// the arrow keys move between them. Qt by itself always moves to the first.
-void giveTabFocusToChecked(const QWidget& group);
-
+/// A check box, drawn to match the rows of choices.
 class Toggle : public QCheckBox {
   public:
     Toggle(const QString& label, Binding<bool> value, QWidget* parent = nullptr);
     void refresh();
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
 
   protected:
     void showEvent(QShowEvent* event) override;
-    void changeEvent(QEvent* event) override;
+    bool hitButton(const QPoint& position) const override;
+    void paintEvent(QPaintEvent* event) override;
 
   private:
     Binding<bool> value_;
     bool refreshing_ = false;
 };
 
-/// Radio buttons one below the other. A stored value that is none of the options selects none.
+/// Choices one below the other. A stored value that is none of the options selects none.
 class RadioGroup : public QWidget {
   public:
     RadioGroup(const QString& name, const std::vector<Option>& options, Binding<QString> value,
@@ -52,15 +52,14 @@ class RadioGroup : public QWidget {
 
   protected:
     void showEvent(QShowEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
   private:
-    struct Button {
-        QRadioButton* button;
+    struct Row {
+        ChoiceRow* row;
         QString value;
     };
     Binding<QString> value_;
-    std::vector<Button> buttons_;
+    std::vector<Row> rows_;
 };
 
 /// A pop-up list. A stored value that is not among the options is shown as a pale placeholder.
@@ -89,7 +88,7 @@ class TextField : public QLineEdit {
     void changeEvent(QEvent* event) override;
 };
 
-/// A number within a sentence, changed in steps only.
+/// A number, changed in steps only.
 class Stepper : public QSpinBox {
   public:
     struct Steps {
@@ -97,8 +96,7 @@ class Stepper : public QSpinBox {
         int to;
         int by;
     };
-    Stepper(const QString& before, const QString& after, Steps steps, Binding<int> value,
-            QWidget* parent = nullptr);
+    Stepper(const QString& name, Steps steps, Binding<int> value, QWidget* parent = nullptr);
     void refresh();
 
   protected:

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "ui/views/Dialogs.h"
 
+#include "ui/views/AppIcon.h"
+#include "ui/views/Labels.h"
 #include "ui/views/Windows.h"
 
 #include <QApplication>
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
+#include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -55,9 +59,56 @@ void limitHeight(QMessageBox& box) {
     area->setWidget(text);
 }
 
+/// Keeps the keys of somebody who goes on typing from answering an alert that has just come up: none counts
+/// until there has been a pause.
+class TypingGuard : public QObject {
+  public:
+    explicit TypingGuard(QObject* parent) : QObject(parent) { sinceKey_.start(); }
+
+  private:
+    bool eventFilter(QObject*, QEvent* event) override {
+        const auto type = event->type();
+        if (type != QEvent::KeyPress && type != QEvent::KeyRelease && type != QEvent::ShortcutOverride)
+            return false;
+        constexpr qint64 pause = 1500;  // ms
+        if (awake_ || sinceKey_.hasExpired(pause)) {
+            awake_ = true;
+            return false;
+        }
+        sinceKey_.start();
+        event->accept();
+        return true;
+    }
+
+    QElapsedTimer sinceKey_;
+    bool awake_ = false;
+};
+
+/// Shows it above the other windows, but leaves the keyboard where it is, as far as the window manager heeds
+/// that; where it does not, the keys do not count at first.
+void showWithoutTakingKeys(QMessageBox& box) {
+    auto* guard = new TypingGuard(&box);
+    box.installEventFilter(guard);
+    for (QAbstractButton* button : box.buttons()) button->installEventFilter(guard);
+    box.setAttribute(Qt::WA_ShowWithoutActivating);
+    box.show();
+    box.raise();
+    QApplication::alert(&box);
+}
+
+/// The application's icon, and the message in bold.
+void applyLook(QMessageBox& box) {
+    constexpr int iconSize = 56;
+    const QIcon icon = appIcon();
+    if (!icon.isNull()) box.setIconPixmap(icon.pixmap(QSize(iconSize, iconSize), box.devicePixelRatioF()));
+    auto* message = box.findChild<QLabel*>(u"qt_msgbox_label"_s);
+    if (message) message->setFont(textFont(TextStyle::Headline));
+}
+
 int DesktopDialogs::ask(const Alert& alert) {
     QMessageBox box(QMessageBox::Information, u"Parlivo"_s, alert.message);
     box.setTextFormat(Qt::PlainText);
+    applyLook(box);
     box.setInformativeText(alert.informativeText);
     if (QLabel* text = informativeLabel(box)) text->setTextFormat(Qt::PlainText);
     QList<QPushButton*> buttons;
@@ -68,7 +119,11 @@ int DesktopDialogs::ask(const Alert& alert) {
     box.setDefaultButton(buttons.first());
     box.setEscapeButton(buttons.last());
     limitHeight(box);
-    bringToFront(box);
+    if (alert.arrival == Alert::Arrival::Unbidden) {
+        showWithoutTakingKeys(box);
+    } else {
+        bringToFront(box);
+    }
     box.exec();
     const auto chosen = buttons.indexOf(qobject_cast<QPushButton*>(box.clickedButton()));
     return static_cast<int>(chosen < 0 ? buttons.size() - 1 : chosen);

@@ -15,6 +15,13 @@ struct Alert {
     QString informativeText;
     /// From the first, which Return chooses, to the last, which Escape chooses.
     QStringList buttons;
+
+    /// Whether the user is waiting for it.
+    enum class Arrival {
+        Expected,  ///< it takes the keyboard
+        Unbidden,  ///< the user may be typing: what is typed does not answer it
+    };
+    Arrival arrival = Arrival::Expected;
 };
 
 /// Modal questions to the user. Main thread; every operation runs an event loop until the user has answered.

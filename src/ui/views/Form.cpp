@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/views/Form.h"
 
+#include "ui/views/RowLook.h"
+
 #include <QEvent>
 #include <QFrame>
 #include <QHBoxLayout>
@@ -13,12 +15,23 @@ namespace parlivo {
 namespace {
 
 constexpr QSize buttonPadding{16, 2};
+/// The distance between neighbours; sections are two of them apart.
+constexpr int rhythm = 8;
+constexpr int sideMargin = 10;
 
-/// Some styles leave too little space around a button's text.
+/// Some styles leave too little space around a button's text, and make a disabled one's too pale.
 class PaddedButton : public QPushButton {
   public:
-    using QPushButton::QPushButton;
+    PaddedButton(const QString& label, QWidget* parent) : QPushButton(label, parent) {
+        applyDisabledColour(*this);
+    }
     QSize sizeHint() const override { return QPushButton::sizeHint() + buttonPadding; }
+
+  protected:
+    void changeEvent(QEvent* event) override {
+        QPushButton::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange) applyDisabledColour(*this);
+    }
 };
 
 }  // namespace
@@ -60,8 +73,8 @@ QPushButton* makeButton(const QString& label, std::function<void()> action, QWid
 }
 
 Form::Form(QWidget& host) : host_(host), column_(new QVBoxLayout(&host)) {
-    column_->setContentsMargins(20, 10, 20, 8);
-    column_->setSpacing(5);
+    column_->setContentsMargins(sideMargin, rhythm, sideMargin, 2 * rhythm);
+    column_->setSpacing(0);
     column_->setAlignment(Qt::AlignTop);
 }
 
@@ -69,12 +82,27 @@ void Form::addWidget(QWidget* widget) {
     column_->addWidget(widget);
 }
 
-Label& Form::text(const QString& text) {
-    return add(new Label(text, TextStyle::Body, primaryColour, &host_));
+QMargins Form::headingMargins() {
+    return {RowLook::margin, rhythm, RowLook::margin, rhythm / 2};
 }
 
-Label& Form::caption(const QString& text) {
-    return add(new Label(text, TextStyle::Caption, secondaryColour, &host_));
+Label& Form::heading(const QString& text) {
+    auto& label = add(new Label(text, TextStyle::Headline, primaryColour, &host_));
+    label.setContentsMargins(headingMargins());
+    return label;
+}
+
+Label& Form::text(const QString& text) {
+    auto& label = add(new Label(text, TextStyle::Body, primaryColour, &host_));
+    label.setContentsMargins(RowLook::margin, rhythm / 2, RowLook::margin, rhythm / 2);
+    return label;
+}
+
+Label& Form::caption(const QString& text, Under under) {
+    auto& label = add(new Label(text, TextStyle::Caption, secondaryColour, &host_));
+    const int left = under == Under::Words ? RowLook::textLeft : RowLook::margin;
+    label.setContentsMargins(left, 0, RowLook::margin, rhythm / 2);
+    return label;
 }
 
 Toggle& Form::toggle(const QString& label, Binding<bool> value) {
@@ -83,7 +111,7 @@ Toggle& Form::toggle(const QString& label, Binding<bool> value) {
 
 RadioGroup& Form::radioGroup(const QString& label, const std::vector<Option>& options,
                              Binding<QString> value) {
-    text(label);
+    heading(label);
     return unlabelledRadioGroup(label, options, std::move(value));
 }
 
@@ -92,9 +120,15 @@ RadioGroup& Form::unlabelledRadioGroup(const QString& name, const std::vector<Op
     return add(new RadioGroup(name, options, std::move(value), &host_));
 }
 
+int Form::controlWidth() const {
+    constexpr int characters = 30;
+    return characters * host_.fontMetrics().averageCharWidth();
+}
+
 Picker& Form::picker(const QString& label, const std::vector<Option>& options, Binding<QString> value) {
     auto* words = new Label(label, TextStyle::Body, primaryColour, &host_);
     auto* picker = new Picker(label, options, std::move(value), &host_);
+    picker->setFixedWidth(controlWidth());
     words->setBuddy(picker);
     row({words, picker});
     return *picker;
@@ -102,14 +136,20 @@ Picker& Form::picker(const QString& label, const std::vector<Option>& options, B
 
 Stepper& Form::stepper(const QString& before, const QString& after, Stepper::Steps steps,
                        Binding<int> value) {
-    auto* stepper = new Stepper(before, after, steps, std::move(value), &host_);
-    column_->addWidget(stepper, 0, Qt::AlignLeft);
+    auto* stepper = new Stepper(before.trimmed(), steps, std::move(value), &host_);
+    auto* words = new Label(before.trimmed(), TextStyle::Body, primaryColour, &host_);
+    auto* unit = new Label(after.trimmed(), TextStyle::Body, primaryColour, &host_);
+    for (Label* part : {words, unit}) part->setWordWrap(false);
+    words->setBuddy(stepper);
+    QHBoxLayout* layout = addLine();
+    for (QWidget* widget : std::initializer_list<QWidget*>{words, stepper, unit}) layout->addWidget(widget);
+    layout->addStretch(1);
     return *stepper;
 }
 
 QPushButton& Form::button(const QString& label, std::function<void()> action) {
     QPushButton* button = makeButton(label, std::move(action), &host_);
-    column_->addWidget(button, 0, Qt::AlignLeft);
+    addLine()->addWidget(button, 0, Qt::AlignLeft);
     return *button;
 }
 
@@ -117,16 +157,30 @@ void Form::divider() {
     auto* line = new QFrame(&host_);
     line->setFrameShape(QFrame::HLine);
     line->setFrameShadow(QFrame::Sunken);
+    column_->addSpacing(rhythm);
     column_->addWidget(line);
 }
 
-QWidget& Form::row(std::initializer_list<QWidget*> widgets) {
+QHBoxLayout* Form::addLine() {
     auto* line = new QWidget(&host_);
     auto* layout = new QHBoxLayout(line);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(RowLook::margin, rhythm / 2, RowLook::margin, rhythm / 2);
+    layout->setSpacing(rhythm);
+    addWidget(line);
+    return layout;
+}
+
+QWidget& Form::row(std::initializer_list<QWidget*> widgets) {
+    QHBoxLayout* layout = addLine();
     for (QWidget* widget : widgets) layout->addWidget(widget);
     layout->setStretch(0, 1);
-    return add(line);
+    return *layout->parentWidget();
+}
+
+QWidget& Form::buttons(std::initializer_list<QPushButton*> buttons) {
+    QHBoxLayout* layout = addLine();
+    for (QPushButton* button : buttons) layout->addWidget(button, 1);
+    return *layout->parentWidget();
 }
 
 }  // namespace parlivo

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/views/Labels.h"
 
+#include "ui/views/Contrast.h"
 #include "ui/views/SystemColour.h"
 
 #include <QApplication>
@@ -14,9 +15,9 @@ namespace parlivo {
 namespace {
 
 constexpr int darkLightness = 128;  // of 255
-constexpr float secondaryOpacity = 0.65F;
-constexpr float placeholderOpacity = 0.5F;
-constexpr double indicatorOpacity = 0.22;
+constexpr float secondaryOpacity = 0.78F;
+constexpr float placeholderOpacity = 0.8F;
+constexpr float disabledOpacity = 0.75F;
 
 double scaleOf(TextStyle style) {
     switch (style) {
@@ -46,6 +47,10 @@ void setSize(QFont& font, TextStyle style) {
 
 Background background(const QPalette& palette) {
     return isDark(palette) ? Background::Dark : Background::Light;
+}
+
+QColor signalColour(SystemColour colour, const QPalette& palette, double ratio) {
+    return legible(systemColour(colour, background(palette)), palette.color(QPalette::Window), ratio);
 }
 
 }  // namespace
@@ -78,11 +83,15 @@ QColor secondaryColour(const QPalette& palette) {
 }
 
 QColor errorColour(const QPalette& palette) {
-    return systemColour(SystemColour::Red, background(palette));
+    return signalColour(SystemColour::Red, palette, textContrast);
 }
 
 QColor successColour(const QPalette& palette) {
-    return systemColour(SystemColour::Green, background(palette));
+    return signalColour(SystemColour::Green, palette, drawingContrast);
+}
+
+QColor starColour(const QPalette& palette) {
+    return signalColour(SystemColour::Yellow, palette, drawingContrast);
 }
 
 void applyPlaceholderColour(QWidget& control) {
@@ -94,17 +103,13 @@ void applyPlaceholderColour(QWidget& control) {
     control.setPalette(own);
 }
 
-void applyIndicatorColour(QWidget& control) {
-    if (!isDark(control.palette())) return;
-    const QColor ground = control.palette().color(QPalette::Window);
-    const QColor text = control.palette().color(QPalette::WindowText);
-    const auto mix = [](int from, int to) { return from + qRound((to - from) * indicatorOpacity); };
-    const QColor fill(mix(ground.red(), text.red()), mix(ground.green(), text.green()),
-                      mix(ground.blue(), text.blue()));
-    if (control.palette().color(QPalette::Base) == fill) return;
+void applyDisabledColour(QWidget& button) {
+    QColor pale = button.palette().color(QPalette::Active, QPalette::ButtonText);
+    pale.setAlphaF(disabledOpacity);
+    if (button.palette().color(QPalette::Disabled, QPalette::ButtonText) == pale) return;
     QPalette own;
-    own.setColor(QPalette::Base, fill);
-    control.setPalette(own);
+    own.setColor(QPalette::Disabled, QPalette::ButtonText, pale);
+    button.setPalette(own);
 }
 
 Label::Label(const QString& text, TextStyle style, PaletteColour colour, QWidget* parent)

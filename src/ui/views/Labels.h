@@ -23,18 +23,20 @@ using PaletteColour = std::function<QColor(const QPalette&)>;
 QColor primaryColour(const QPalette& palette);
 /// The paler colour of explanations.
 QColor secondaryColour(const QPalette& palette);
-/// For errors and for success.
+/// For the words and signs of errors, for signs of success and for stars: the system's colours, darker on a
+/// light window as far as it takes to be legible.
 QColor errorColour(const QPalette& palette);
 QColor successColour(const QPalette& palette);
+QColor starColour(const QPalette& palette);
 bool isDark(const QPalette& palette);
 
 /// Sets the placeholder colour of a control, which some dark desktops do not set. To be called again when the
 /// palette changes.
 void applyPlaceholderColour(QWidget& control);
 
-/// Keeps the boxes and circles of a control visible on dark desktops, which fill and outline them in shades
-/// of the background. To be called again when the palette changes.
-void applyIndicatorColour(QWidget& control);
+/// Keeps the words of a disabled button legible: some styles make them a shade of the button. To be called
+/// again when the palette changes.
+void applyDisabledColour(QWidget& button);
 
 /// A text that wraps. What looks like markup is shown as it is written.
 class Label : public QLabel {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/views/OutlinedBox.h"
 
+#include "ui/views/Contrast.h"
 #include "ui/views/Labels.h"
 
 #include <QPainter>
@@ -25,8 +26,10 @@ void OutlinedBox::fill(QWidget* content) {
 }
 
 void OutlinedBox::paintEvent(QPaintEvent*) {
-    QColor outline = secondaryColour(palette());
-    outline.setAlphaF(outline.alphaF() * outlineOpacity);
+    QColor pale = secondaryColour(palette());
+    pale.setAlphaF(pale.alphaF() * outlineOpacity);
+    const QColor ground = palette().color(QPalette::Window);
+    const QColor outline = legible(composited(pale, ground), ground, drawingContrast);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(outline, 1));

@@ -7,8 +7,11 @@
 #include <QPixmap>
 #include <QSvgRenderer>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
+#include <numbers>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -70,6 +73,23 @@ QImage draw(const std::vector<Drawing>& drawings, const QColor& colour, int size
     return image;
 }
 
+/// A symbol on the same one in another colour, which is drawn in a circle around it.
+QImage outlined(const QImage& symbol, const QImage& around) {
+    constexpr int directions = 16;
+    constexpr double widthOfSize = 1.0 / 14;
+    const double width = std::max(1.0, symbol.width() * widthOfSize);
+    QImage result(symbol.size(), QImage::Format_ARGB32_Premultiplied);
+    result.fill(Qt::transparent);
+    QPainter painter(&result);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    for (int i = 0; i < directions; ++i) {
+        const double angle = 2 * std::numbers::pi * i / directions;
+        painter.drawImage(QPointF(width * std::cos(angle), width * std::sin(angle)), around);
+    }
+    painter.drawImage(0, 0, symbol);
+    return result;
+}
+
 }  // namespace
 
 QImage image(const QString& name, const QColor& colour, int size) {
@@ -77,11 +97,15 @@ QImage image(const QString& name, const QColor& colour, int size) {
     return symbol.empty() ? QImage() : draw(symbol, colour, size);
 }
 
-QIcon icon(const QString& name, const QColor& colour) {
+QIcon icon(const QString& name, const QColor& colour, const QColor& outline) {
     const auto symbol = drawings(name);
     QIcon icon;
     if (symbol.empty()) return icon;
-    for (const int size : iconSizes) icon.addPixmap(QPixmap::fromImage(draw(symbol, colour, size)));
+    for (const int size : iconSizes) {
+        const QImage plain = draw(symbol, colour, size);
+        icon.addPixmap(
+            QPixmap::fromImage(outline.isValid() ? outlined(plain, draw(symbol, outline, size)) : plain));
+    }
     return icon;
 }
 

@@ -13,6 +13,7 @@ namespace parlivo::SymbolIcon {
 QImage image(const QString& name, const QColor& colour, int size);
 
 /// The same at every size that panels and windows ask for. A null icon if there is no such symbol.
-QIcon icon(const QString& name, const QColor& colour);
+/// With an `outline` (if it is valid) it can be read on any background.
+QIcon icon(const QString& name, const QColor& colour, const QColor& outline = {});
 
 }  // namespace parlivo::SymbolIcon

@@ -6,6 +6,8 @@
 #include <QTextDocument>
 #include <QWidget>
 
+#include <algorithm>
+
 namespace parlivo {
 
 void bringToFront(QWidget& window) {
@@ -25,6 +27,16 @@ void centreOnScreen(QWidget& window) {
         frame.moveCenter(screen->availableGeometry().center());
         window.move(frame.topLeft());
     }
+}
+
+void fixSize(QWidget& window, QSize size, int contentsWidth) {
+    constexpr double usualLine = 19;  // the height of a line at 10 or 11 points
+    constexpr int titleBar = 40;
+    const double growth = std::max(1.0, window.fontMetrics().lineSpacing() / usualLine);
+    QSize wanted = (QSizeF(size) * growth).toSize().expandedTo({contentsWidth, 0});
+    if (const QScreen* screen = window.screen())
+        wanted = wanted.boundedTo(screen->availableSize() - QSize(0, titleBar));
+    window.setFixedSize(wanted);
 }
 
 }  // namespace parlivo

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QSize>
+
 class QString;
 class QWidget;
 
@@ -14,5 +16,9 @@ void setPlainToolTip(QWidget& widget, const QString& text);
 
 /// Moves a window that was not shown yet to the middle of the screen.
 void centreOnScreen(QWidget& window);
+
+/// Gives a window a fixed size: `size` where the desktop's font is of the usual size, more where it is larger
+/// or where the window's contents need more width, and never more than the screen has room for.
+void fixSize(QWidget& window, QSize size, int contentsWidth = 0);
 
 }  // namespace parlivo

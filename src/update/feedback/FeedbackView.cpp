@@ -7,7 +7,6 @@
 #include "ui/views/Form.h"
 #include "ui/views/OutlinedBox.h"
 #include "ui/views/SymbolView.h"
-#include "ui/views/SystemColour.h"
 #include "update/feedback/FeedbackRequest.h"
 #include "update/feedback/StarRating.h"
 

@@ -25,7 +25,7 @@ std::unique_ptr<QWidget> buildWindow() {
         std::make_unique<QDialog>(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                                Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     window->setWindowTitle(FeedbackWindowController::tr("Il tuo parere su Parlivo"));
-    window->setFixedSize(windowSize);
+    fixSize(*window, windowSize);
     auto* column = new QVBoxLayout(window.get());
     column->setContentsMargins(20, 16, 20, 16);
     column->addWidget(new FeedbackView([dialog = window.get()] { dialog->close(); }, window.get()));
@@ -59,7 +59,8 @@ void FeedbackWindowController::maybePromptAfterDictation() {
         {.message = tr("Come ti trovi con Parlivo?"),
          .informativeText = tr(
              "La tua opinione guida le prossime versioni. Due righe su cosa va e cosa miglioreresti valgono oro."),
-         .buttons = {tr("Dì la tua"), tr("Non ora")}});
+         .buttons = {tr("Dì la tua"), tr("Non ora")},
+         .arrival = Alert::Arrival::Unbidden});
     if (chosen == 0) show();
 }
 

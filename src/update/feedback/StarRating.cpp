@@ -2,7 +2,6 @@
 #include "update/feedback/StarRating.h"
 
 #include "ui/views/SymbolView.h"
-#include "ui/views/SystemColour.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -17,10 +16,6 @@ namespace {
 constexpr int starCount = 5;
 constexpr int starSize = 26;
 constexpr int spacing = 8;
-
-QColor starColour(const QPalette& palette) {
-    return systemColour(SystemColour::Yellow, isDark(palette) ? Background::Dark : Background::Light);
-}
 
 }  // namespace
 

@@ -67,6 +67,18 @@ class SettingsTest(WindowsTest):
 
 
 class GeneralTabTest(SettingsTest):
+    def setUp(self):
+        # What opens files for the user notes only which.
+        folder = pathlib.Path(os.environ["TMPDIR"], "bin")
+        folder.mkdir(exist_ok=True)
+        command = folder / "xdg-open"
+        command.write_text('#!/bin/sh\necho "$1" >"$TMPDIR/opened"\n')
+        command.chmod(0o755)
+        before = os.environ["PATH"]
+        os.environ["PATH"] = f"{folder}:{before}"
+        self.addCleanup(os.environ.__setitem__, "PATH", before)
+        super().setUp()
+
     def test_what_is_stored(self):
         self.assertTrue(self.program.is_checked("Suoni di inizio/fine registrazione"))
         self.choose("Suoni di inizio/fine registrazione", "soundsEnabled", False)
@@ -121,6 +133,17 @@ class GeneralTabTest(SettingsTest):
         self.program.wait_until_gone("Usa questa cartella")
         self.program.wait(str(models_folder()))
         self.assertNotIn("modelsDir", settings())
+
+    def test_the_manual_opens(self):
+        opened = pathlib.Path(os.environ["TMPDIR"], "opened")
+        command = pathlib.Path(os.environ["TMPDIR"], "bin", "xdg-open")
+        self.assertTrue(command.exists(), "put there before the program's start")
+        self.program.press("Apri il manuale")
+        wait_for("the manual", lambda: opened.exists() and opened.read_text().endswith("help/manuale.html\n"))
+
+    def test_the_program_ends(self):
+        self.program.press("Esci da Parlivo")
+        self.assertEqual(self.program.process.wait(timeout=windows.TIMEOUT), 0)
 
     def test_feedback_opens(self):
         self.program.press("Invia feedback…")
@@ -184,6 +207,14 @@ class DictationTabTest(SettingsTest):
         self.pick("Lingua", "English", "language", "en")
         self.program.wait("La lingua fissa è più accurata del rilevamento automatico sulle frasi brevi.")
 
+    def test_the_microphone_can_be_named(self):
+        self.program.explained("the microphones", lambda: windows.options(self.program.picker("Microfono"))[1:])
+        offered = windows.options(self.program.picker("Microfono"))
+        self.assertEqual(offered[0], "Quello scelto dal sistema")
+        self.assertEqual(len(offered), 2, "the sink's monitor is no microphone")
+        self.pick("Microfono", offered[1], "microphone", "microfono")
+        self.pick("Microfono", offered[0], "microphone", "")
+
     def test_another_hot_key_counts_at_once(self):
         self.pick("Scorciatoia", "Ctrl+Alt+Spazio", "hotkeyPreset", "ctrl-opt-space")
         self.choose("Premi per iniziare, ripremi per fermare", "dictationMode", "toggle")
@@ -246,7 +277,7 @@ class CleanupTabTest(SettingsTest):
         self.assertEqual((stepper.get_minimum_value(), stepper.get_maximum_value()), (0, 300))
         self.assertEqual(stepper.get_current_value(), 50)
         stepper.grab_focus()
-        self.program.explained("the focus", lambda: self.program.has_focus("Pulisci solo testi oltre"))
+        self.program.explained("the focus", lambda: self.program.has_focus("Pulisci solo testi oltre", "spin button"))
         key("Up")
         self.wait_for_setting("cleanupMinChars", 60)
         key("Down", "Down")
@@ -298,8 +329,10 @@ class ReachTest(SettingsTest):
         expected = {
             "Generale": ["Generale", "Avvia Parlivo al login", "Suoni di inizio/fine registrazione",
                          "Mostra il riquadro con la waveform", "Veloce (~285 caratteri/s)",
-                         "Modalità debug (salva le trascrizioni nel log)", "Cambia…", "Invia feedback…"],
-            "Dettatura": ["Dettatura", "Alt+Spazio", "Tieni premuto per parlare (push-to-talk)", "Italiano", "Precisa"],
+                         "Modalità debug (salva le trascrizioni nel log)", "Cambia…", "Apri il manuale",
+                         "Invia feedback…", "Esci da Parlivo"],
+            "Dettatura": ["Dettatura", "Alt+Spazio", "Tieni premuto per parlare (push-to-talk)", "Italiano",
+                          "Quello scelto dal sistema", "Precisa"],
             "Pulizia AI": ["Pulizia AI", "Nessuna", "Media — anche filler rimossi (consigliata)", "Modello Ollama",
                            "Pulisci solo testi oltre", "Usa prompt personalizzato", "Apri prompt.txt…"],
             "Dizionario": ["Dizionario", "Dizionario"],
