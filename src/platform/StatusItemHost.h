@@ -21,6 +21,7 @@ struct StatusItemPlace {
     /// Who draws an item's menu.
     enum class Menus {
         DrawnByUs,     ///< an ordinary pop-up window
+        OpenedByUs,    ///< the same, and the place leaves both mouse buttons to us
         DrawnByPanel,  ///< titles travel to the panel, which reads an underscore as the mark of a shortcut
         Native,        ///< the system's own kind of menu, which the place opens itself
     };

@@ -3,6 +3,7 @@
 #include "app/menu/StatusMenu.h"
 #include "support/AskedWaits.h"
 #include "support/Uuid.h"
+#include "ui/views/Contrast.h"
 #include "ui/views/SymbolIcon.h"
 
 #include <QAction>
@@ -40,14 +41,20 @@ class AppDelegateIndicatorsTest : public AppDelegateTest {
     }
 };
 
+/// As dark as it takes to be seen there.
+QColor onLightPanel(const QColor& colour) {
+    return legible(colour, QColor(0xf0, 0xf0, 0xf0), drawingContrast);
+}
+
 TEST_F(AppDelegateIndicatorsTest, EachStateShowsItsSymbolInItsColour) {
     launch();
     platform.statusItems().report(StatusItemPlace{Foreground::Dark, Menus::DrawnByUs});
     const std::map<QString, QImage> expected{
         {line(u"idle"), SymbolIcon::icon(line(u"mic"), QColor(34, 34, 34)).pixmap(32).toImage()},
-        {line(u"recording"), SymbolIcon::icon(line(u"mic.fill"), QColor(255, 59, 48)).pixmap(32).toImage()},
+        {line(u"recording"),
+         SymbolIcon::icon(line(u"mic.fill"), onLightPanel({255, 59, 48})).pixmap(32).toImage()},
         {line(u"transcribing"),
-         SymbolIcon::icon(line(u"waveform"), QColor(255, 149, 0)).pixmap(32).toImage()},
+         SymbolIcon::icon(line(u"waveform"), onLightPanel({255, 149, 0})).pixmap(32).toImage()},
         {line(u"cleaning"),
          SymbolIcon::icon(line(u"wand.and.stars"), QColor(175, 82, 222)).pixmap(32).toImage()},
         {line(u"typing"), SymbolIcon::icon(line(u"keyboard"), QColor(0, 122, 255)).pixmap(32).toImage()},

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/menu/StatusMenu.h"
+#include "input/HotKeyManager.h"
 #include "support/PlatformTest.h"
+#include "ui/views/Contrast.h"
+#include "ui/views/SystemColour.h"
 
 #include <QAction>
 #include <QApplication>
@@ -182,12 +185,6 @@ TEST_F(StatusMenuTest, ATabInATitleBeginsNoShortcut) {
     EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ a b"));
 }
 
-struct TintCase {
-    Tint tint;
-    Foreground foreground;
-    QColor expected;
-};
-
 /// The ink of an icon: the colour of its opaque pixels, which must all be the same.
 QColor ink(const QIcon& icon) {
     const QImage image = icon.pixmap(32).toImage().convertToFormat(QImage::Format_ARGB32);
@@ -203,19 +200,53 @@ QColor ink(const QIcon& icon) {
     return found;
 }
 
-TEST_F(StatusMenuTest, TintsTheSymbol) {
-    const std::vector<TintCase> cases{
-        {Tint::None, Foreground::Light, {242, 242, 242}}, {Tint::None, Foreground::Dark, {34, 34, 34}},
-        {Tint::Red, Foreground::Dark, {255, 59, 48}},     {Tint::Red, Foreground::Light, {255, 69, 58}},
-        {Tint::Orange, Foreground::Dark, {255, 149, 0}},  {Tint::Orange, Foreground::Light, {255, 159, 10}},
-        {Tint::Purple, Foreground::Dark, {175, 82, 222}}, {Tint::Purple, Foreground::Light, {191, 90, 242}},
-        {Tint::Blue, Foreground::Dark, {0, 122, 255}},    {Tint::Blue, Foreground::Light, {10, 132, 255}},
-    };
-    for (const TintCase& expectation : cases) {
-        platform.statusItems().report(StatusItemPlace{expectation.foreground, Menus::DrawnByUs});
-        menu.setIcon(QStringLiteral("mic.fill"), expectation.tint);
-        EXPECT_EQ(ink(menu.icon()).name(), expectation.expected.name());
+TEST_F(StatusMenuTest, TintsTheSymbolInTheSystemsHuesSoThatItCanBeSeen) {
+    const std::vector<std::pair<Tint, SystemColour>> tints{{Tint::Red, SystemColour::Red},
+                                                           {Tint::Orange, SystemColour::Orange},
+                                                           {Tint::Purple, SystemColour::Purple},
+                                                           {Tint::Blue, SystemColour::Blue}};
+    constexpr double leastForSymbols = 3;  // WCAG 2.1, 1.4.11
+    for (const Foreground foreground : {Foreground::Dark, Foreground::Light}) {
+        const bool darkPanel = foreground == Foreground::Light;
+        const QColor panel = darkPanel ? QColor(0x30, 0x30, 0x30) : QColor(0xef, 0xef, 0xef);
+        platform.statusItems().report(StatusItemPlace{foreground, Menus::DrawnByUs});
+        for (const auto& [tint, colour] : tints) {
+            menu.setIcon(QStringLiteral("mic.fill"), tint);
+            const QColor described = systemColour(colour, darkPanel ? Background::Dark : Background::Light);
+            EXPECT_NEAR(ink(menu.icon()).hslHueF(), described.hslHueF(), 0.01)
+                << described.name().toStdString();
+            EXPECT_GE(contrast(ink(menu.icon()), panel), leastForSymbols) << described.name().toStdString();
+        }
     }
+}
+
+TEST_F(StatusMenuTest, ASymbolOnAPanelOfUnknownColourCanBeSeenOnAny) {
+    platform.statusItems().report(StatusItemPlace{Foreground::Unknown, Menus::DrawnByPanel});
+    for (const Tint tint : {Tint::None, Tint::Red, Tint::Orange, Tint::Purple, Tint::Blue}) {
+        menu.setIcon(QStringLiteral("mic.fill"), tint);
+        for (const QColor panel : {QColor(0, 0, 0), QColor(0x2e, 0x2e, 0x2e), QColor(0xff, 0xff, 0xff)}) {
+            const QImage icon = menu.icon().pixmap(22).toImage().convertToFormat(QImage::Format_ARGB32);
+            double best = 0;
+            for (int y = 0; y < icon.height(); ++y)
+                for (int x = 0; x < icon.width(); ++x)
+                    best = std::max(best, contrast(composited(icon.pixelColor(x, y), panel), panel));
+            EXPECT_GE(best, 3) << panel.name().toStdString();
+        }
+    }
+}
+
+TEST_F(StatusMenuTest, APanelThatLeavesBothButtonsToUsShowsOurMenuLetterForLetter) {
+    platform.statusItems().report(StatusItemPlace{Foreground::Light, Menus::OpenedByUs});
+    menu.setTitle(QStringLiteral("⚠️ R&D: a_b.wav"));
+    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ R&&D: a_b.wav"));
+}
+
+TEST_F(StatusMenuTest, TheToolTipTellsStateAndKey) {
+    const QString key = HotKeyManager::presets().front().label;
+    menu.setTitle(QStringLiteral("🔴 Registrazione…"));
+    EXPECT_EQ(menu.toolTip(), QStringLiteral("Parlivo\n🔴 Registrazione…\n") + key);
+    menu.setTitle(QStringLiteral("Pronto — tieni premuto %1").arg(key));
+    EXPECT_EQ(menu.toolTip(), QStringLiteral("Parlivo\nPronto — tieni premuto ") + key) << "once is enough";
 }
 
 TEST_F(StatusMenuTest, TheUntintedSymbolFollowsThePanel) {

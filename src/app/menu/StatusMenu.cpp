@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/menu/StatusMenu.h"
 
+#include "input/HotKeyTitle.h"
 #include "platform/Platform.h"
+#include "ui/views/Contrast.h"
 #include "ui/views/SymbolIcon.h"
 #include "ui/views/SystemColour.h"
 
@@ -52,7 +54,7 @@ QString updateTitle(const QString& version, UpdateStage stage) {
 /// What follows a tab would be taken for a shortcut's name.
 QString escaped(QString text, StatusItemPlace::Menus menus) {
     text.replace(QLatin1Char('\t'), QLatin1Char(' '));
-    if (menus == StatusItemPlace::Menus::DrawnByUs)
+    if (menus == StatusItemPlace::Menus::DrawnByUs || menus == StatusItemPlace::Menus::OpenedByUs)
         return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
     text.replace(QLatin1Char('_'), QStringLiteral("__"));
     const auto ampersand = text.indexOf(QLatin1Char('&'));
@@ -79,14 +81,19 @@ std::optional<SystemColour> tintColour(Tint tint) {
 QColor plainColour(StatusItemPlace::Foreground foreground) {
     switch (foreground) {
         case StatusItemPlace::Foreground::Dark:
+        case StatusItemPlace::Foreground::Unknown:
             return {0x22, 0x22, 0x22};
         case StatusItemPlace::Foreground::Light:
             return {0xf2, 0xf2, 0xf2};
-        case StatusItemPlace::Foreground::Unknown:
         case StatusItemPlace::Foreground::Template:
             break;
     }
     return QApplication::palette().color(QPalette::WindowText);
+}
+
+/// What panels are like on which symbols are dark, or light.
+QColor panelColour(Background background) {
+    return background == Background::Dark ? QColor(0x2e, 0x2e, 0x2e) : QColor(0xf0, 0xf0, 0xf0);
 }
 
 }  // namespace
@@ -193,12 +200,15 @@ void StatusMenu::placeChanged(const std::optional<StatusItemPlace>& place) {
 
 void StatusMenu::showItem() {
     item_ = std::make_unique<QSystemTrayIcon>(icon_);
-    item_->setToolTip(programName);
-    item_->setContextMenu(&menu_);
+    item_->setToolTip(toolTip());
+    const auto menus = place_.value_or(StatusItemPlace()).menus;
+    if (menus != StatusItemPlace::Menus::OpenedByUs) item_->setContextMenu(&menu_);
     // Panels open the menu with the right button only; here the left one opens it too.
     connect(item_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        const bool opened = place_.value_or(StatusItemPlace()).menus == StatusItemPlace::Menus::Native;
-        if (reason == QSystemTrayIcon::Trigger && !opened) menu_.popup(QCursor::pos());
+        const auto now = place_.value_or(StatusItemPlace()).menus;
+        const bool left = reason == QSystemTrayIcon::Trigger && now != StatusItemPlace::Menus::Native;
+        const bool right = reason == QSystemTrayIcon::Context && now == StatusItemPlace::Menus::OpenedByUs;
+        if (left || right) menu_.popup(QCursor::pos());
     });
     item_->show();
 }
@@ -206,6 +216,14 @@ void StatusMenu::showItem() {
 void StatusMenu::setTitle(const QString& title) {
     title_ = title;
     drawTitles();
+    if (item_) item_->setToolTip(toolTip());
+}
+
+QString StatusMenu::toolTip() const {
+    QString text = programName + QLatin1Char('\n') + title_;
+    const QString key = hotKeyTitle();
+    if (!title_.contains(key)) text += QLatin1Char('\n') + key;
+    return text;
 }
 
 /// A panel that draws the menu itself leaves the left button to us, who then open the same menu as a window
@@ -225,7 +243,9 @@ void StatusMenu::setIcon(const QString& symbol, Tint tint) {
 }
 
 void StatusMenu::drawIcon() {
-    icon_ = SymbolIcon::icon(symbol_, colour());
+    const bool anyPanel = foreground() == StatusItemPlace::Foreground::Unknown;
+    const QColor bright = panelColour(Background::Light);
+    icon_ = SymbolIcon::icon(symbol_, colour(), anyPanel ? bright : QColor());
     if (!icon_.isNull())
         icon_.setIsMask(foreground() == StatusItemPlace::Foreground::Template && tint_ == Tint::None);
     if (item_) item_->setIcon(icon_);
@@ -249,7 +269,8 @@ QColor StatusMenu::colour() const {
     const QColor plain = plainColour(foreground());
     const auto tinted = tintColour(tint_);
     if (!tinted) return plain;
-    return systemColour(*tinted, plain.lightnessF() > 0.5 ? Background::Dark : Background::Light);
+    const auto background = plain.lightnessF() > 0.5 ? Background::Dark : Background::Light;
+    return legible(systemColour(*tinted, background), panelColour(background), drawingContrast);
 }
 
 void StatusMenu::setMicrophone(MicrophoneStatus status) {

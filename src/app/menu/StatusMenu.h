@@ -49,7 +49,8 @@ class StatusMenu : public QObject {
     void setTitle(const QString& title);
     QString title() const { return title_; }
 
-    /// The symbol of that name; without a tint it is drawn in the panel's own foreground. A symbol that
+    /// The symbol of that name; without a tint it is drawn in the panel's own foreground, and with an outline
+    /// where that is not known. A symbol that
     /// cannot be made leaves the item without an image.
     void setIcon(const QString& symbol, Tint tint);
     void setMicrophone(MicrophoneStatus status);
@@ -62,6 +63,8 @@ class StatusMenu : public QObject {
     QMenu& menu() { return menu_; }
     const QMenu& menu() const { return menu_; }
     const QIcon& icon() const { return icon_; }
+    /// What the program is doing, and which key it listens to.
+    QString toolTip() const;
 
   private:
     bool eventFilter(QObject* watched, QEvent* event) override;

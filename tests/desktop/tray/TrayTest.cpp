@@ -165,15 +165,16 @@ class TrayerTest : public TrayTest {
         trayer.kill();
         ASSERT_TRUE(waitFor([this] { return trayer.state() == QProcess::NotRunning; }));
     }
+    static bool isRed(const QColor& colour) {
+        return colour.red() > 240 && colour.green() < 75 && colour.blue() < 65;
+    }
     /// The middle of what is in the red of a recording, nothing while there is none.
     std::optional<QPoint> redSpot() const {
         const QImage picture = screen.picture(QRect(0, 0, 200, 30));
         QRect spot;
         for (int y = 0; y < picture.height(); ++y)
             for (int x = 0; x < picture.width(); ++x)
-                if (picture.pixelColor(x, y) == QColor(255, 59, 48) ||
-                    picture.pixelColor(x, y) == QColor(255, 69, 58))
-                    spot |= QRect(x, y, 1, 1);
+                if (isRed(picture.pixelColor(x, y))) spot |= QRect(x, y, 1, 1);
         return spot.isEmpty() ? std::nullopt : std::optional(spot.center());
     }
 

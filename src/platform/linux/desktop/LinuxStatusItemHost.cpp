@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/LinuxStatusItemHost.h"
 
+#include "platform/linux/desktop/CurrentDesktop.h"
+
 #include <chrono>
 #include <utility>
 
@@ -9,6 +11,13 @@ namespace parlivo {
 namespace {
 
 constexpr std::chrono::milliseconds trayTimeout{2000};
+
+/// Xfce's panel opens a menu of its own at the right button only, and leaves the left one to us: there the
+/// program opens the same menu at both.
+StatusItemPlace::Menus menusOfPanel() {
+    return currentDesktopIs("XFCE") ? StatusItemPlace::Menus::OpenedByUs
+                                    : StatusItemPlace::Menus::DrawnByPanel;
+}
 
 }  // namespace
 
@@ -53,8 +62,7 @@ std::optional<LinuxStatusItemHost::Kind> LinuxStatusItemHost::presentKind() {
 }
 
 StatusItemPlace LinuxStatusItemHost::placeOf(Kind kind) const {
-    if (kind == Kind::Bus)
-        return {.foreground = watches_->panel.value(), .menus = StatusItemPlace::Menus::DrawnByPanel};
+    if (kind == Kind::Bus) return {.foreground = watches_->panel.value(), .menus = menusOfPanel()};
     return {.foreground = watches_->tray->foreground(), .menus = StatusItemPlace::Menus::DrawnByUs};
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/PanelForeground.h"
 
+#include "platform/linux/desktop/CurrentDesktop.h"
+
 #include <QDBusPendingCallWatcher>
 #include <QStringList>
 
@@ -23,12 +25,6 @@ const auto portalSettings = QStringLiteral("org.freedesktop.portal.Settings");
 const auto appearance = QStringLiteral("org.freedesktop.appearance");
 const auto colourScheme = QStringLiteral("color-scheme");
 
-bool desktopIs(const char* name) {
-    return qEnvironmentVariable("XDG_CURRENT_DESKTOP")
-        .split(QLatin1Char(':'))
-        .contains(QLatin1String(name), Qt::CaseInsensitive);
-}
-
 /// Answers come wrapped in one variant or two.
 QVariant unwrapped(const QDBusMessage& answer) {
     QVariant value = answer.arguments().value(0);
@@ -40,9 +36,9 @@ QVariant unwrapped(const QDBusMessage& answer) {
 
 PanelForeground::PanelForeground(std::function<void()> changed)
     : bus_(QDBusConnection::sessionBus()), changed_(std::move(changed)) {
-    if (desktopIs("GNOME")) {
+    if (currentDesktopIs("GNOME")) {
         value_ = Foreground::Light;  // its top bar is dark, whatever the applications are
-    } else if (desktopIs("XFCE")) {
+    } else if (currentDesktopIs("XFCE")) {
         bus_.connect(xfconfService, xfconfObject, xfconfService, QStringLiteral("PropertyChanged"), this,
                      SLOT(xfceSettingChanged(QString, QString)));
         askXfce();
