@@ -36,4 +36,5 @@ install(FILES resources/desktop/${desktop_id}.desktop DESTINATION ${CMAKE_INSTAL
 install(FILES resources/icons/${desktop_id}.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(DIRECTORY ${icon_theme} DESTINATION ${CMAKE_INSTALL_DATADIR}/icons)
 install(FILES docs/parlivo.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES README.md docs/manual.md docs/third-party.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/parlivo)
+install(FILES docs/parlivo.it.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/it/man1 RENAME parlivo.1)
+install(FILES README.md docs/manual.md docs/manuale.md docs/third-party.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/parlivo)

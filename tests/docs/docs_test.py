@@ -21,16 +21,19 @@ PROJECT = pathlib.Path(__file__).resolve().parents[2]
 MANUAL = (PROJECT / "docs/manual.md").read_text()
 MANUAL_PAGE = (PROJECT / "docs/parlivo.1").read_text()
 # Documents about the project, not the program.
-PROJECT_DOCUMENTS = {name: (PROJECT / name).read_text() for name in ("README.md", "CONTRIBUTING.md", "docs/manual.md")}
+ITALIAN_MANUAL = (PROJECT / "docs/manuale.md").read_text()
+ITALIAN_PAGE = (PROJECT / "docs/parlivo.it.1").read_text()
+PROJECT_DOCUMENTS = {name: (PROJECT / name).read_text()
+                     for name in ("README.md", "CONTRIBUTING.md", "docs/manual.md", "docs/manuale.md")}
 
 
-def manual_commands():
-    blocks = re.findall(r"^```sh\n(.*?)^```", MANUAL, re.M | re.S)
+def manual_commands(manual=MANUAL):
+    blocks = re.findall(r"^```sh\n(.*?)^```", manual, re.M | re.S)
     return [line for block in blocks for line in block.splitlines()]
 
 
-def manual_page_commands():
-    blocks = re.findall(r"^\.EX\n(.*?)^\.EE", MANUAL_PAGE, re.M | re.S)
+def manual_page_commands(page=MANUAL_PAGE):
+    blocks = re.findall(r"^\.EX\n(.*?)^\.EE", page, re.M | re.S)
     return [line.replace(r"\-", "-") for block in blocks for line in block.splitlines()]
 
 
@@ -95,6 +98,15 @@ class DocsTest(unittest.TestCase):
     def test_commands_of_the_manual_page(self):
         self.run_all(manual_page_commands())
 
+    def test_commands_of_the_italian_documents(self):
+        self.run_all(manual_commands(ITALIAN_MANUAL) + manual_page_commands(ITALIAN_PAGE))
+
+    def test_the_page_that_the_settings_open_is_the_manual(self):
+        subprocess.run([PROJECT / "tools/manual-page", "--check"], check=True)
+        page = (PROJECT / "resources/help/manuale.html").read_text()
+        for picture in re.findall(r'<img src="([^"]+)"', page):
+            self.assertTrue((PROJECT / "resources/help" / picture).exists(), picture)
+
     def test_the_program_can_be_ended_as_told(self):
         self.assertIn("`parlivo --quit` ends", MANUAL)
         self.start_program()
@@ -107,6 +119,8 @@ class DocsTest(unittest.TestCase):
         told = set(re.findall(r"^  (--\w+)", self.run_shell("parlivo --help").stdout, re.M))
         self.assertGreater(len(told), 5)
         section = MANUAL_PAGE.split(".SH OPTIONS")[1].split(".SH EXIT")[0].replace(r"\-", "-")
+        self.assertEqual(set(re.findall(r"^\.TP\n\.B (--\w+)", section, re.M)), told)
+        section = ITALIAN_PAGE.split(".SH OPZIONI")[1].split(".SH STATO")[0].replace(r"\-", "-")
         self.assertEqual(set(re.findall(r"^\.TP\n\.B (--\w+)", section, re.M)), told)
         self.assertEqual(set(re.findall(r"parlivo (--\w+)", MANUAL)), told)
 
@@ -153,6 +167,7 @@ class DocsTest(unittest.TestCase):
         version = re.search(r"project\(Parlivo VERSION ([\d.]+)", (PROJECT / "CMakeLists.txt").read_text())[1]
         self.assertIn(f"\n## {version}\n", (PROJECT / "CHANGELOG.md").read_text())
         self.assertIn(f'"Parlivo {version}"', MANUAL_PAGE)
+        self.assertIn(f'"Parlivo {version}"', ITALIAN_PAGE)
         self.assertEqual(set(re.findall(r"[Pp]arlivo[-_](\d[\d.]*\d)", MANUAL)), {version})
 
 

@@ -7,6 +7,7 @@ usage: pictures.py PARLIVO FOLDER light|dark|refused SCALE
 Run by tools/screenshots, on a desktop of its own.
 """
 import http.server
+import json
 import os
 import pathlib
 import subprocess
@@ -126,9 +127,46 @@ class Session:
             same, before = now == before, now
             return same
         wait_for("a still picture", still)
+        where = subprocess.run(["xdotool", "getwindowgeometry", "--shell", number], check=True, capture_output=True,
+                               text=True, env=environment).stdout
+        corner = [int(line.partition("=")[2]) for line in where.split() if line.startswith(("X=", "Y="))]
+        if window != "Usa questa cartella":  # the toolkit's, or the desktop's
+            self.describe(pathlib.Path(path).with_suffix(".json"), corner)
         # Few colours are enough for flat drawings, and make small files.
         subprocess.run(["convert", path, "-strip", "+dither", "-colors", "255", f"PNG8:{path}"], check=True)
         print(path)
+
+
+    def describe(self, path, corner):
+        """Notes where the controls are in a picture of the window at this corner, for tools/contrast."""
+        controls = []
+        scale = int(SCALE)
+        for item in self.program.everything():
+            if item.get_role_name() not in windows.CONTROLS | {"label"} or not item.get_name():
+                continue
+            place = extents(item)
+            if is_cut_off(item, place):
+                continue
+            enabled = windows.has(item, Atspi.StateType.ENABLED)
+            controls.append({"role": item.get_role_name(), "name": item.get_name(), "state": "" if enabled else "disabled ",
+                             "area": [place.x * scale - corner[0], place.y * scale - corner[1], place.width * scale,
+                                      place.height * scale]})
+        path.write_text(json.dumps(controls))
+
+
+def extents(item):
+    return item.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+
+
+def is_cut_off(item, place):
+    """Whether a part of it is scrolled out of sight."""
+    parent = item.get_parent()
+    while parent and parent.get_component_iface() and parent.get_role_name() != "application":
+        around = extents(parent)
+        if place.y < around.y or place.y + place.height > around.y + around.height:
+            return True
+        parent = parent.get_parent()
+    return False
 
 
 def first_run():
