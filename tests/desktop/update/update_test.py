@@ -105,7 +105,7 @@ def labels(process):
 def press(process, words):
     def pressed():
         for item in seen(process):
-            if item.get_name() == words and item.get_role_name() == "push button":
+            if item.get_name() == words and windows.role_of(item) == "push button":
                 return item.do_action(0) or True
         return False
     wait_for(f"the button “{words}”", pressed)

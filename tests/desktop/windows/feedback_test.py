@@ -77,7 +77,7 @@ class FeedbackTest(WindowsTest):
         self.program.wait_until_gone("Il tuo parere su Parlivo")
         windows.command("--feedback")
         text = self.program.wait(ASKED, "text")
-        self.assertEqual(text.get_text(0, -1), "quasi finito")
+        self.assertEqual(windows.Atspi.Text.get_text(text, 0, -1), "quasi finito")
 
     def test_tab_comes_to_everything(self):
         self.write("Ciao")

@@ -346,8 +346,8 @@ class ReachTest(SettingsTest):
     def test_every_control_has_a_name(self):
         for tab in ("Generale", "Dettatura", "Pulizia AI", "Dizionario"):
             self.tab(tab)
-            nameless = [item.get_role_name() for item in self.program.everything()
-                        if item.get_role_name() in windows.CONTROLS - {"text"} and not item.get_name()]
+            nameless = [windows.role_of(item) for item in self.program.everything()
+                        if windows.role_of(item) in windows.CONTROLS - {"text"} and not item.get_name()]
             self.assertEqual(nameless, [], tab)
 
     def test_escape_closes_and_another_start_shows_it_again(self):

@@ -44,6 +44,12 @@ def wait_for(what, condition, timeout=TIMEOUT):
     raise AssertionError(f"waited in vain for {what}")
 
 
+def role_of(item):
+    """The name of its role; what AT-SPI called "push button" up to 2.54 is a "button" since."""
+    name = item.get_role_name()
+    return "push button" if name == "button" else name
+
+
 class Web(http.server.ThreadingHTTPServer):
     """The product's site, the models' host and an Ollama service in one; scripted by the tests."""
 
@@ -150,7 +156,7 @@ class Program:
 
     def find(self, name, role=None):
         for item in self.everything():
-            if item.get_name() == name and role in (None, item.get_role_name()):
+            if item.get_name() == name and role in (None, role_of(item)):
                 return item
         return None
 
@@ -172,7 +178,7 @@ class Program:
         self.explained(f"the words {words}", lambda: self.words() == list(words))
 
     def words(self):
-        return [item.get_name() for item in self.everything() if item.get_role_name() == "label" and item.get_name()]
+        return [item.get_name() for item in self.everything() if role_of(item) == "label" and item.get_name()]
 
     def is_enabled(self, name):
         return has(self.wait(name), Atspi.StateType.ENABLED)
@@ -187,8 +193,8 @@ class Program:
     def focused(self):
         """Role and name of what has the keyboard."""
         for item in self.everything():
-            if item.get_role_name() in CONTROLS and has(item, Atspi.StateType.FOCUSED):
-                return item.get_role_name(), item.get_name()
+            if role_of(item) in CONTROLS and has(item, Atspi.StateType.FOCUSED):
+                return role_of(item), item.get_name()
         return None
 
     def reachable_by_tab(self):
@@ -204,7 +210,7 @@ class Program:
     def picker(self, label):
         """A pop-up list by the words beside it; its name is what is chosen."""
         def found():
-            return next((item for item in self.everything() if item.get_role_name() == "combo box"
+            return next((item for item in self.everything() if role_of(item) == "combo box"
                          and label in labels(item)), None)
         return self.explained(f"a pop-up list {label}", found)
 
@@ -213,7 +219,7 @@ class Program:
         return now if now != found[-1] or len(self.tab_stops()) == 1 else None
 
     def tab_stops(self):
-        return [item for item in self.everything() if item.get_role_name() in CONTROLS
+        return [item for item in self.everything() if role_of(item) in CONTROLS
                 and has(item, Atspi.StateType.ENABLED) and has(item, Atspi.StateType.FOCUSABLE)]
 
     def press(self, name, role=None):
@@ -222,7 +228,7 @@ class Program:
         item.do_action(0)
 
     def picture(self):
-        return "\n".join(f"  {item.get_role_name()}: {item.get_name()}" for item in self.everything())
+        return "\n".join(f"  {role_of(item)}: {item.get_name()}" for item in self.everything())
 
 
 CONTROLS = {"push button", "check box", "radio button", "combo box", "spin button", "text", "page tab",
