@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/StaleFiles.h"
+#include "input/HotKeyStatus.h"
 #include "models/ModelPaths.h"
 #include "models/ModelsMove.h"
 #include "platform/Platform.h"
@@ -44,10 +45,15 @@ QString answerWord(bool granted) {
 
 AppDelegate::AppDelegate(Collaborators collaborators, AudioRecorder::Now now)
     : collaborators_(std::move(collaborators)),
+      notices_({.showDownloads = collaborators_.showRecognisers,
+                .showHotKeyChoice = collaborators_.showHotKeyChoice}),
       recorder_(std::move(now)),
       step_(collaborators_, stepObserver()) {}
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate() {
+    // The hot key's end is a change, too.
+    disconnect(&HotKeyStatus::shared(), nullptr, this, nullptr);
+}
 
 void AppDelegate::applicationDidFinishLaunching() {
     pipelineQueue_.async(removeStaleFiles);
@@ -60,9 +66,16 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (ready) {
         requestPermissions();
     } else {
-        collaborators_.showOnboarding([self] {
-            if (self) self->pipelineQueue_.async(self->collaborators_.ensureTranscriber);
-        });
+        collaborators_.showOnboarding({.onFinished =
+                                           [self] {
+                                               if (self)
+                                                   self->pipelineQueue_.async(
+                                                       self->collaborators_.ensureTranscriber);
+                                           },
+                                       .onPutOff =
+                                           [self] {
+                                               if (self) self->showPutOffFirstRun(FirstRun::PutOff);
+                                           }});
     }
     collaborators_.startUpdater([self] {
         if (!self) return;
@@ -88,6 +101,7 @@ void AppDelegate::applicationWillTerminate() {
 void AppDelegate::installHotKey() {
     hotKey_.onKeyDown = [this] { keyDown(); };
     hotKey_.onKeyUp = [this] { keyUp(); };
+    connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, this, [this] { showHotKeyStatus(); });
     hotKey_.applyCurrentPreset();
     connect(&SettingsNotifier::shared(), &SettingsNotifier::pvHotkeyChanged, this, [this] {
         // The idle text names the key.
@@ -96,6 +110,32 @@ void AppDelegate::installHotKey() {
     });
     // When the microphone is unplugged, the recording ends as if the key had been released.
     recorder_.onInterrupted = [this] { stopAndProcess(); };
+}
+
+/// A first run that was put off comes first: without it there is little to set.
+void AppDelegate::showSettings() {
+    if (collaborators_.resumeOnboarding()) {
+        showPutOffFirstRun(FirstRun::OnScreen);
+    } else {
+        collaborators_.showSettings();
+    }
+}
+
+void AppDelegate::showPutOffFirstRun(FirstRun firstRun) {
+    firstRun_ = firstRun;
+    showHotKeyStatus();
+}
+
+/// The idle text names the key, or says what is wrong with it.
+void AppDelegate::showHotKeyStatus() {
+    const auto warning = HotKeyStatus::shared().warning();
+    if (firstRun_ == FirstRun::PutOff) {
+        menu_->setTitleAction([this] { showSettings(); });
+    } else {
+        menu_->setTitleAction(warning ? collaborators_.showHotKeyChoice : nullptr);
+    }
+    if (state_ == State::idle) updateUI();
+    notices_.showHotKey(warning);
 }
 
 void AppDelegate::warmUp() {
@@ -135,7 +175,7 @@ void AppDelegate::perform(RemoteCommand command) {
         case RemoteCommand::Toggle:
             return toggle();
         case RemoteCommand::ShowSettings:
-            return collaborators_.showSettings();
+            return showSettings();
         case RemoteCommand::ShowFeedback:
             return collaborators_.showFeedback();
         case RemoteCommand::Quit:
@@ -150,7 +190,8 @@ void AppDelegate::startRecording() {
         recorder_.start();
     } catch (const Error& error) {
         if (!error.detail().isEmpty()) Log::info(QStringLiteral("dettaglio: ") + error.detail());
-        showError(tr("Impossibile avviare la registrazione: %1").arg(error.localizedDescription()));
+        showError(tr("Impossibile avviare la registrazione: %1").arg(error.localizedDescription()),
+                  remedyFor(error));
         return;
     }
     setState(State::recording);
@@ -194,10 +235,10 @@ PipelineStep::Observer AppDelegate::stepObserver() {
                 collaborators_.maybePromptForFeedback();
             },
         .onFailure =
-            [this](const QString& message) {
+            [this](const QString& message, Remedy remedy) {
                 setState(State::idle);
                 overlay_.hide();
-                showError(message);
+                showError(message, remedy);
             },
     };
 }
@@ -257,20 +298,28 @@ void AppDelegate::setState(State state) {
 }
 
 void AppDelegate::updateUI() {
-    menu_->setTitle(statusText(state_));
+    menu_->setTitle(titleOf(state_));
     const StateIcon icon = iconOf(state_);
     menu_->setIcon(icon.symbol, icon.tint);
+}
+
+QString AppDelegate::titleOf(State state) const {
+    if (state == State::idle && firstRun_ == FirstRun::PutOff)
+        return tr("⚠️ Configurazione da finire — clicca per riprendere");
+    const auto warning = state == State::idle ? HotKeyStatus::shared().warning() : std::nullopt;
+    return warning ? tr("⚠️ %1").arg(*warning) : statusText(state);
 }
 
 QString AppDelegate::statusLine() const {
     return menu_ ? menu_->title() : statusText(state_);
 }
 
-void AppDelegate::showError(const QString& message) {
+void AppDelegate::showError(const QString& message, Remedy remedy) {
+    notices_.show(message, remedy);
     playIfWanted(QStringLiteral("Basso"));
     menu_->setTitle(tr("⚠️ %1").arg(Text::firstCharacters(message, errorLength)));
     QTimer::singleShot(Clock::scaled(errorStay), Qt::PreciseTimer, this, [this] {
-        if (state_ == State::idle) menu_->setTitle(statusText(State::idle));
+        if (state_ == State::idle) menu_->setTitle(titleOf(State::idle));
     });
 }
 

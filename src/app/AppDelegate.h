@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/Collaborators.h"
+#include "app/ErrorNotices.h"
 #include "app/PipelineStep.h"
 #include "app/State.h"
 #include "app/menu/StatusMenu.h"
@@ -42,8 +43,9 @@ class AppDelegate : public QObject {
     /// A command from outside: a second start, a script on the bus.
     void perform(RemoteCommand command);
 
-    /// Shows the first 80 characters of a message in the menu's first line, for 8 seconds.
-    void showError(const QString& message);
+    /// Shows the first 80 characters of a message in the menu's first line, for 8 seconds, and all of it in a
+    /// notification.
+    void showError(const QString& message, Remedy remedy = Remedy::OpenLog);
 
     State state() const { return state_; }
     /// The current first line of the menu.
@@ -58,6 +60,11 @@ class AppDelegate : public QObject {
     void setState(State state);
 
     void installHotKey();
+    void showHotKeyStatus();
+    QString titleOf(State state) const;
+    enum class FirstRun { OnScreen, PutOff };
+    void showPutOffFirstRun(FirstRun firstRun);
+    void showSettings();
     void keyDown();
     void keyUp();
     void toggle();
@@ -68,11 +75,13 @@ class AppDelegate : public QObject {
     void countDictation();
 
     const Collaborators collaborators_;
+    ErrorNotices notices_;
     StatusMenu* menu_ = nullptr;  ///< a child, from setupStatusItem() on
     AudioRecorder recorder_;
     HotKeyManager hotKey_;
     DictationOverlay overlay_;
     State state_ = State::idle;
+    FirstRun firstRun_ = FirstRun::OnScreen;  ///< which is also where there is none
     PipelineStep step_;
     /// The last member: its destructor waits for the running step, which uses the others.
     SerialQueue pipelineQueue_{QStringLiteral("parlivo.pipeline")};

@@ -50,6 +50,9 @@ struct Owned {
 
 Collaborators Collaborators::real() {
     const auto owned = std::make_shared<Owned>();
+    owned->onboarding.chooseHotKey = [settings = &owned->settings] {
+        settings->show(SettingsPage::Dictation);
+    };
     return {
         .ensureTranscriber = Transcriber::ensureServer,
         .ensureCleaner = LlamaRunner::ensureServer,
@@ -60,10 +63,12 @@ Collaborators Collaborators::real() {
         .paste = Injector::paste,
         .stopEngines = endEngines,
         .showOnboarding =
-            [owned](const std::function<void()>& onFinished) {
-                owned->onboarding.onFinished = onFinished;
+            [owned](const FirstRun& firstRun) {
+                owned->onboarding.onFinished = firstRun.onFinished;
+                owned->onboarding.onPutOff = firstRun.onPutOff;
                 owned->onboarding.show();
             },
+        .resumeOnboarding = [owned] { return owned->onboarding.resume(); },
         .startUpdater =
             [owned](const std::function<void()>& onStateChange) {
                 owned->updater.onStateChange = onStateChange;
@@ -79,6 +84,8 @@ Collaborators Collaborators::real() {
         .promptAndInstall = [owned] { owned->updater.promptAndInstall(); },
         .showWhatsNew = WhatsNew::showIfPending,
         .showSettings = [owned] { owned->settings.show(); },
+        .showRecognisers = [owned] { owned->settings.show(SettingsPage::Dictation); },
+        .showHotKeyChoice = [owned] { owned->settings.show(SettingsPage::Dictation); },
         .showFeedback = [owned] { owned->feedback.show(); },
         .maybePromptForFeedback = [owned] { owned->feedback.maybePromptAfterDictation(); },
     };

@@ -24,13 +24,21 @@ struct Collaborators {
 
     // On the main thread.
     std::function<void()> stopEngines;
-    std::function<void(std::function<void()> onFinished)> showOnboarding;
+    struct FirstRun {
+        std::function<void()> onFinished;
+        std::function<void()> onPutOff;  ///< the user goes on another time
+    };
+    std::function<void(FirstRun)> showOnboarding;
+    /// Goes on with a first run that was put off; false if there is none.
+    std::function<bool()> resumeOnboarding;
     std::function<void(std::function<void()> onStateChange)> startUpdater;
     std::function<std::optional<QString>()> availableVersion;
     std::function<std::optional<QString>()> installingVersion;
     std::function<void()> promptAndInstall;
     std::function<void()> showWhatsNew;
     std::function<void()> showSettings;
+    std::function<void()> showRecognisers;   ///< the settings, where models are downloaded
+    std::function<void()> showHotKeyChoice;  ///< the settings, where the hot key is chosen
     std::function<void()> showFeedback;
     std::function<void()> maybePromptForFeedback;
 

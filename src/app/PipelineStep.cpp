@@ -68,7 +68,7 @@ void PipelineStep::run(ScopedFile& recording) {
     } catch (const Error& error) {
         Log::info(QStringLiteral("ERRORE pipeline: ") + error.localizedDescription());
         if (!error.detail().isEmpty()) Log::info(QStringLiteral("dettaglio: ") + error.detail());
-        fail(error.localizedDescription());
+        fail(error.localizedDescription(), remedyFor(error));
     }
 }
 
@@ -83,7 +83,7 @@ QString PipelineStep::transcribe(ScopedFile& recording) {
 void PipelineStep::deliver(const QString& raw) {
     logTranscript(raw);
     if (raw.isEmpty() || isBlankMarker(raw)) {
-        fail(tr("Non ho sentito nulla — controlla il microfono nel menu"));
+        fail(tr("Non ho sentito nulla — controlla il microfono nel menu"), Remedy::SoundSettings);
         return;
     }
     onMain(observer_.onCleaning);
@@ -103,7 +103,7 @@ void PipelineStep::copyInsteadOfTyping(const QString& text) {
 }
 
 void PipelineStep::sayThatTextIsOnClipboard() {
-    fail(tr("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
+    fail(tr("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"), Remedy::OpenLog);
     onMain([] { Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility); });
 }
 
@@ -118,15 +118,15 @@ void PipelineStep::inject(const QString& text) {
             return onMain(observer_.onDone);
         case Injector::Outcome::CutOff:
             Log::info(QStringLiteral("iniezione interrotta (%1 caratteri)").arg(characters));
-            return fail(tr("Dettatura interrotta"));
+            return fail(tr("Dettatura interrotta"), Remedy::OpenLog);
         case Injector::Outcome::LeftOnClipboard:
             Log::info(QStringLiteral("iniezione NON RIUSCITA: testo negli appunti"));
             return sayThatTextIsOnClipboard();
     }
 }
 
-void PipelineStep::fail(const QString& message) {
-    onMain([this, message] { observer_.onFailure(message); });
+void PipelineStep::fail(const QString& message, Remedy remedy) {
+    onMain([this, message, remedy] { observer_.onFailure(message, remedy); });
 }
 
 }  // namespace parlivo

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/Collaborators.h"
+#include "app/ErrorNotices.h"
 #include "support/Error.h"
 #include "support/Lifetime.h"
 #include "support/ScopedFile.h"
@@ -24,8 +25,9 @@ class PipelineStep {
     struct Observer {
         std::function<void()> onCleaning;
         std::function<void()> onTyping;
-        std::function<void()> onDone;                           ///< the text was injected
-        std::function<void(const QString& message)> onFailure;  ///< with what the user is told
+        std::function<void()> onDone;  ///< the text was injected
+        /// With what the user is told, and what helps.
+        std::function<void(const QString& message, Remedy remedy)> onFailure;
     };
 
     /// `collaborators` outlives this object.
@@ -44,7 +46,7 @@ class PipelineStep {
     void copyInsteadOfTyping(const QString& text);
     void sayThatTextIsOnClipboard();
     void inject(const QString& text);
-    void fail(const QString& message);
+    void fail(const QString& message, Remedy remedy);
     void onMain(std::function<void()> job);
 
     const Collaborators& collaborators_;

@@ -54,7 +54,7 @@ HttpRequest chat(const QString& prompt) {
 }  // namespace
 
 void ensureServer() {
-    const auto model = Config::llamaModel();
+    const auto model = Config::cleanerInUse();
     if (!model || (server().isAlive() && server().loadedModel() == model)) return;
     if (server().isLoading(*model)) return;
     try {

@@ -103,7 +103,7 @@ QByteArray enclose(const QByteArray& head, const QString& path, const QByteArray
 
 /// Names the model where that is the reason.
 [[noreturn]] void failToRespond() {
-    const auto fault = QFileInfo(Config::whisperModel()).isFile()
+    const auto fault = QFileInfo(Config::recogniserInUse()).isFile()
                            ? std::nullopt
                            : ModelCatalog::faultOf(Config::chosenRecogniser());
     if (fault) Log::info(fault->detail);
@@ -128,7 +128,7 @@ HttpRequest inference(const QString& wav) {
 
 void ensureServer() {
     if (server().isAlive()) return;
-    const QString model = Config::whisperModel();
+    const QString model = Config::recogniserInUse();
     if (server().isLoading(model)) return;
     try {
         server().start(program(model), model);

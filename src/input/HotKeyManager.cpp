@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "input/HotKeyManager.h"
 
+#include "input/HotKeyChoice.h"
+#include "input/HotKeyStatus.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
+#include "support/Clock.h"
 
-#include <QCoreApplication>
-
-#include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace parlivo {
@@ -17,27 +18,30 @@ namespace {
 /// There is only one hot key at a time, so one identity does for all presets. The signature is "PRLV".
 constexpr HotKeyIdentity identity{.signature = 0x50524C56, .id = 1};
 
+/// For what no event tells: a program that ends, or that gives a key up.
+constexpr std::chrono::seconds retryInterval{3};
+
+bool keysAreContended() {
+    return Platform::current().hotKeys().contention() == HotKeyService::Contention::Common;
+}
+
+bool userHasChosen() {
+    return Config::string(Settings::hotkeyPreset.key).has_value();
+}
+
 }  // namespace
 
 const std::vector<Preset>& HotKeyManager::presets() {
-    using namespace HotKeyModifier;
-    static const std::vector<Preset> table{
-        {QStringLiteral("opt-space"), QCoreApplication::translate("parlivo::HotKeyManager", "⌥ Spazio"),
-         VirtualKey::space, option},
-        {QStringLiteral("ctrl-opt-space"), QCoreApplication::translate("parlivo::HotKeyManager", "⌃⌥ Spazio"),
-         VirtualKey::space, control | option},
-        {QStringLiteral("cmd-shift-space"),
-         QCoreApplication::translate("parlivo::HotKeyManager", "⌘⇧ Spazio"), VirtualKey::space,
-         command | shift},
-        {QStringLiteral("opt-backtick"),
-         QCoreApplication::translate("parlivo::HotKeyManager", "⌥ ` (backtick)"), VirtualKey::grave, option},
-    };
-    return table;
+    return hotKeyPresets();
 }
 
 const Preset& HotKeyManager::preset(const QString& id) {
-    const auto found = std::ranges::find(presets(), id, &Preset::id);
-    return found == presets().end() ? presets().front() : *found;
+    return hotKeyPreset(id);
+}
+
+HotKeyManager::HotKeyManager() {
+    retryTimer_.setInterval(Clock::scaled(retryInterval));
+    QObject::connect(&retryTimer_, &QTimer::timeout, &retryTimer_, [this] { retry(); });
 }
 
 HotKeyManager::~HotKeyManager() {
@@ -45,15 +49,30 @@ HotKeyManager::~HotKeyManager() {
     onKeyDown = nullptr;
     onKeyUp = nullptr;
     onOutcome = nullptr;
+    if (watching_) Platform::current().hotKeys().watchRefused({});
     hotKeyRef_.reset();
     handlerRef_.reset();
+    HotKeyStatus::shared().set(std::nullopt);
 }
 
 void HotKeyManager::applyCurrentPreset() {
-    const QString id = Config::get(Settings::hotkeyPreset);
-    const Preset& chosen = preset(id);
     hotKeyRef_.reset();
-    registerHotKey(chosen.keyCode, chosen.modifiers);
+    installHandler();
+    report(registerAny());
+}
+
+/// What the settings choose; for a user who chose nothing, the first that can be had.
+std::optional<HotKeyRefusal> HotKeyManager::registerAny() {
+    const Preset chosen = HotKeyChoice::current();
+    const auto refusal = registerHotKey(chosen.keyCode, chosen.modifiers);
+    if (!refusal || userHasChosen() || !keysAreContended()) return refusal;
+    for (const Preset& other : presets()) {
+        if (other.id == chosen.id || registerHotKey(other.keyCode, other.modifiers)) continue;
+        Config::set(Settings::hotkeyPreset, other.id);
+        Log::info(QStringLiteral("scorciatoia %1 occupata, scelta %2").arg(chosen.id, other.id));
+        return std::nullopt;
+    }
+    return refusal;
 }
 
 void HotKeyManager::installHandler() {
@@ -68,22 +87,43 @@ void HotKeyManager::installHandler() {
         [this](std::optional<HotKeyRefusal> outcome) { report(outcome); });
 }
 
-void HotKeyManager::registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers) {
-    installHandler();
+std::optional<HotKeyRefusal> HotKeyManager::registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers) {
     auto result = Platform::current().hotKeys().registerHotKey(keyCode, modifiers, identity);
-    if (const auto* const refusal = std::get_if<HotKeyRefusal>(&result)) return report(*refusal);
+    if (const auto* const refusal = std::get_if<HotKeyRefusal>(&result)) return *refusal;
     hotKeyRef_ = std::get<std::unique_ptr<HotKeyRegistration>>(std::move(result));
-    report(std::nullopt);
+    return std::nullopt;
 }
 
-void HotKeyManager::report(std::optional<HotKeyRefusal> outcome) {
+void HotKeyManager::report(const std::optional<HotKeyRefusal>& outcome) {
     refusal_ = outcome;
     if (outcome) {
         Log::info(QStringLiteral("registrazione hotkey fallita (status %1) — probabilmente già in uso da "
                                  "un'altra app")
                       .arg(outcome->status));
     }
+    retryWhileRefused();
+    HotKeyStatus::shared().set(refusal_);
     if (onOutcome) onOutcome(refusal_);
+}
+
+void HotKeyManager::retryWhileRefused() {
+    const bool wanted = refusal_ && !hotKeyRef_ && keysAreContended();
+    if (wanted == watching_) return;
+    watching_ = wanted;
+    auto& service = Platform::current().hotKeys();
+    if (wanted) {
+        service.watchRefused([this] { retry(); });
+        retryTimer_.start();
+    } else {
+        service.watchRefused({});
+        retryTimer_.stop();
+    }
+}
+
+void HotKeyManager::retry() {
+    if (!watching_ || registerAny()) return;
+    Log::info(QStringLiteral("scorciatoia di nuovo libera"));
+    report(std::nullopt);
 }
 
 }  // namespace parlivo

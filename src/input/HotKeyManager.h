@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "input/HotKeyPresets.h"
 #include "platform/HotKeyService.h"
 
 #include <QString>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -12,19 +14,11 @@
 
 namespace parlivo {
 
-/// One choice of hot key.
-struct Preset {
-    QString id;     ///< what `hotkeyPreset` stores
-    QString label;  ///< its keys; hotKeyTitle() gives what the user reads
-    KeyCode keyCode = 0;
-    HotKeyModifiers modifiers = 0;
-};
-
 /// The one system-wide hot key. It reports that the key went down or came up; the callbacks decide what this
 /// means. Main thread.
 class HotKeyManager {
   public:
-    HotKeyManager() = default;
+    HotKeyManager();
     ~HotKeyManager();
     HotKeyManager(const HotKeyManager&) = delete;
     HotKeyManager& operator=(const HotKeyManager&) = delete;
@@ -35,7 +29,9 @@ class HotKeyManager {
     static const Preset& preset(const QString& id);
 
     /// Registers the hot key that the settings name, in place of the present one. If the system refuses it,
-    /// this is logged and there is no hot key.
+    /// this is logged and there is no hot key. Where other programs commonly hold combinations, the first
+    /// free preset is then taken and stored for a user who never chose one; otherwise the refused one is
+    /// tried again whenever it may have become free.
     void applyCurrentPreset();
 
     /// Why the hot key does not work, or not under all lock keys: the system refused it, at its registration
@@ -49,12 +45,18 @@ class HotKeyManager {
 
   private:
     void installHandler();
-    void registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers);
-    void report(std::optional<HotKeyRefusal> outcome);
+    /// nullopt if it is registered.
+    std::optional<HotKeyRefusal> registerHotKey(KeyCode keyCode, HotKeyModifiers modifiers);
+    std::optional<HotKeyRefusal> registerAny();
+    void report(const std::optional<HotKeyRefusal>& outcome);
+    void retryWhileRefused();
+    void retry();
 
     std::optional<HotKeyRefusal> refusal_;
     std::unique_ptr<HotKeyRegistration> hotKeyRef_;
     std::unique_ptr<HotKeyHandler> handlerRef_;
+    QTimer retryTimer_;
+    bool watching_ = false;  ///< whether the service tells what may have become free
 };
 
 }  // namespace parlivo

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "input/HotKeyTitle.h"
 
+#include "input/HotKeyChoice.h"
 #include "platform/Platform.h"
-#include "settings/Config.h"
 
 namespace parlivo {
 
@@ -23,7 +23,7 @@ QString hotKeyTitle(const Preset& preset) {
 }
 
 QString hotKeyTitle() {
-    return hotKeyTitle(HotKeyManager::preset(Config::get(Settings::hotkeyPreset)));
+    return hotKeyTitle(HotKeyChoice::current());
 }
 
 QString withHotKeyTitle(QString text) {

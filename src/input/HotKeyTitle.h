@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "input/HotKeyManager.h"
+#include "input/HotKeyPresets.h"
 
 #include <QString>
 

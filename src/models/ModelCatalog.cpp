@@ -45,6 +45,13 @@ bool isDownloaded(const Entry& entry) {
     return entry.expectedSize >= 1 ? file.size() == entry.expectedSize : file.size() > plausibleSize;
 }
 
+const Entry* standInFor(const Entry& chosen, const std::vector<Entry>& tiers) {
+    if (isDownloaded(chosen)) return nullptr;
+    const auto found = std::ranges::find_if(
+        tiers, [](const Entry& entry) { return !entry.fileName.isEmpty() && isDownloaded(entry); });
+    return found == tiers.end() ? nullptr : &*found;
+}
+
 std::optional<Fault> faultOf(const Entry& entry) {
     if (isDownloaded(entry)) return std::nullopt;
     const QFileInfo file = fileOf(entry);

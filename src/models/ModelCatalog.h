@@ -39,6 +39,10 @@ const Entry& cleanupTier(const QString& id);
 /// model taken for a whole one would block a user for good.
 bool isDownloaded(const Entry& entry);
 
+/// The tier of the list that is used while the file of `chosen` is not there: another one whose file is.
+/// nullptr if there is none, or no need of one.
+const Entry* standInFor(const Entry& chosen, const std::vector<Entry>& tiers);
+
 /// Why an entry's file cannot be used.
 struct Fault {
     QString message;  ///< for the user

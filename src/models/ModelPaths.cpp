@@ -39,6 +39,21 @@ std::optional<QString> llamaModel() {
     return inModelsDir(entry);
 }
 
+QString recogniserInUse() {
+    const QString model = whisperModel();
+    const auto* const standIn = QFileInfo::exists(model)
+                                    ? nullptr
+                                    : ModelCatalog::standInFor(chosenRecogniser(), ModelCatalog::asrTiers());
+    return standIn ? inModelsDir(*standIn) : model;
+}
+
+std::optional<QString> cleanerInUse() {
+    const ModelCatalog::Entry& entry = chosenCleaner();
+    if (entry.fileName.isEmpty()) return std::nullopt;
+    const auto* const standIn = ModelCatalog::standInFor(entry, ModelCatalog::cleanupTiers());
+    return inModelsDir(standIn ? *standIn : entry);
+}
+
 bool hasUsableModel() {
     return ModelCatalog::isDownloaded(chosenRecogniser()) || QFileInfo::exists(whisperModel());
 }

@@ -22,6 +22,11 @@ QString whisperModel();
 /// without a model.
 std::optional<QString> llamaModel();
 
+/// The models that dictations use: those above, but as long as a chosen tier's file is not there and nothing
+/// else was found, the file of another tier that is, which was in use before.
+QString recogniserInUse();
+std::optional<QString> cleanerInUse();
+
 /// Whether dictation has a recognition model to work with.
 bool hasUsableModel();
 

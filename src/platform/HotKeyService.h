@@ -21,6 +21,9 @@ inline constexpr KeyCode returnKey = 36;
 inline constexpr KeyCode tab = 48;
 inline constexpr KeyCode space = 49;
 inline constexpr KeyCode grave = 50;  ///< left of "1"
+/// From here on: the kernel's code (linux/input-event-codes.h) of a key for which macOS has none, added.
+inline constexpr KeyCode firstKernelCode = 0x10000;
+inline constexpr KeyCode lastCode = firstKernelCode + 0xffff;
 }  // namespace VirtualKey
 
 /// Modifiers of a hot key, as a Carbon mask.
@@ -52,9 +55,14 @@ struct HotKeyIdentity {
     bool operator==(const HotKeyIdentity&) const = default;
 };
 
-/// Why the system refused a hot key: its own status number, not 0.
+/// Why the system refused a hot key.
 struct HotKeyRefusal {
-    int status = 0;
+    enum class Reason {
+        Taken,     ///< another program holds it
+        Unusable,  ///< the keyboard or the session has no such key
+    };
+    int status = 0;  ///< the system's own number, not 0
+    Reason reason = Reason::Taken;
 
     bool operator==(const HotKeyRefusal&) const = default;
 };
@@ -78,6 +86,22 @@ class HotKeyService {
 
     /// Takes the combination from every other application. A refused one leaves nothing registered.
     virtual Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) = 0;
+
+    /// How often other programs hold the combination that the user would like.
+    enum class Contention {
+        Rare,    ///< a refusal is an accident; the user chooses one of the presets
+        Common,  ///< window managers and others hold many; the user is told, and may choose any combination
+    };
+    virtual Contention contention() const { return Contention::Rare; }
+
+    /// The position of a key that the toolkit tells of by its native scan code; nullopt if it can be no hot
+    /// key.
+    virtual std::optional<KeyCode> keyCodeOf(std::uint32_t /*nativeScanCode*/) const { return std::nullopt; }
+
+    /// `mayBeFree` is called on the main thread when a combination that was refused may be free: the
+    /// keyboard's map or the window manager changed. An empty function ends the watch, which may cost
+    /// wake-ups.
+    virtual void watchRefused(std::function<void()> /*mayBeFree*/) {}
 
     /// What the user's layout prints on a key now, in upper case; empty if the system does not tell.
     virtual QString keyLabel(KeyCode) { return {}; }

@@ -9,6 +9,7 @@
 #include "platform/HotKeyService.h"
 #include "platform/KeyboardSynthesizer.h"
 #include "platform/LoginItem.h"
+#include "platform/Notifications.h"
 #include "platform/Pasteboard.h"
 #include "platform/Permissions.h"
 #include "platform/RemoteControl.h"
@@ -43,6 +44,7 @@ class Platform {
     virtual HotKeyService& hotKeys() = 0;
     virtual KeyboardSynthesizer& keyboard() = 0;
     virtual LoginItem& loginItem() = 0;
+    virtual Notifications& notifications() = 0;
     virtual Pasteboard& pasteboard() = 0;
     virtual Permissions& permissions() = 0;
     virtual RemoteControl& remoteControl() = 0;

@@ -77,6 +77,9 @@ constexpr QLatin1String wordOf(T value) {
 namespace Settings {
 
 inline constexpr Setting<QString> hotkeyPreset{QLatin1String("hotkeyPreset"), QLatin1String("opt-space")};
+/// The user's own combination, where `hotkeyPreset` says so: a key code and a mask of the hot-key port.
+inline constexpr Setting<qint64> hotkeyCode{QLatin1String("hotkeyCode"), 0};
+inline constexpr Setting<qint64> hotkeyModifiers{QLatin1String("hotkeyModifiers"), 0};
 inline constexpr Setting<DictationMode> dictationMode{QLatin1String("dictationMode"),
                                                       DictationMode::PushToTalk, DictationMode::Unknown};
 /// The code that the recogniser is given, or "auto".
@@ -87,6 +90,7 @@ inline constexpr Setting<bool> soundsEnabled{QLatin1String("soundsEnabled"), tru
 inline constexpr Setting<bool> overlayEnabled{QLatin1String("overlayEnabled"), true};
 /// The id of a microphone; empty: the one that the system chooses.
 inline constexpr Setting<QString> microphone{QLatin1String("microphone"), QLatin1String("")};
+inline constexpr Setting<bool> notificationsEnabled{QLatin1String("notificationsEnabled"), true};
 inline constexpr Setting<CleanupLevel> cleanupLevel{QLatin1String("cleanupLevel"), CleanupLevel::Medium};
 inline constexpr Setting<QString> cleanupTier{QLatin1String("cleanupTier"), QLatin1String("none")};
 /// The model that Ollama is asked for.
@@ -110,9 +114,10 @@ inline constexpr Setting<QString> lastSeenVersion{QLatin1String("lastSeenVersion
 
 /// What the user chooses: in the windows, or in the file by hand.
 inline constexpr std::tuple chosenByUser{
-    hotkeyPreset,        dictationMode,  language,     microphone,  asrTier,      typingSpeed,
-    soundsEnabled,       overlayEnabled, cleanupLevel, cleanupTier, cleanupModel, cleanupMinChars,
-    customPromptEnabled, dictionary,     modelsDir,    debugMode};
+    hotkeyPreset,         hotkeyCode,   hotkeyModifiers, dictationMode, language,
+    microphone,           asrTier,      typingSpeed,     soundsEnabled, overlayEnabled,
+    notificationsEnabled, cleanupLevel, cleanupTier,     cleanupModel,  cleanupMinChars,
+    customPromptEnabled,  dictionary,   modelsDir,       debugMode};
 /// What the program notes for itself.
 inline constexpr std::tuple keptByProgram{onboardingDone,          dictationCount,   feedbackGiven,
                                           feedbackPromptLastShown, pendingChangelog, lastSeenVersion};

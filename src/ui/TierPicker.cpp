@@ -10,6 +10,7 @@
 #include <QProgressBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace parlivo {
@@ -45,6 +46,8 @@ TierPicker::TierPicker(const QString& title, std::vector<ModelCatalog::Entry> ti
         column->addWidget(row);
         rows_.push_back(row);
     }
+    standInLine_ = new Label({}, TextStyle::Caption, secondaryColour, this);
+    column->addWidget(standInLine_);
     errorLine_ = new Label({}, TextStyle::Caption, errorColour, this);
     errorLine_->setContentsMargins(RowLook::textLeft, 0, RowLook::margin, RowLook::padding);
     column->addWidget(errorLine_);
@@ -90,8 +93,19 @@ void TierPicker::refresh() {
         rows_[i]->setSelected(tiers_[i].id == selected);
         rows_[i]->setTrailing(trailingOf(tiers_[i], tiers_[i].id == selected));
     }
+    showStandIn(selected);
     errorLine_->setText(error_.value_or(QString()));
     errorLine_->setVisible(error_.has_value());
+}
+
+/// Until its file is there, the chosen tier is not the one that is used.
+void TierPicker::showStandIn(const QString& selected) {
+    const auto chosen = std::ranges::find(tiers_, selected, &ModelCatalog::Entry::id);
+    const auto* const standIn = chosen == tiers_.end() ? nullptr : ModelCatalog::standInFor(*chosen, tiers_);
+    standInLine_->setText(
+        standIn ? tr("Finché «%1» non è scaricata resta in uso «%2»").arg(chosen->label, standIn->label)
+                : QString());
+    standInLine_->setVisible(standIn != nullptr);
 }
 
 QWidget* TierPicker::trailingOf(const ModelCatalog::Entry& entry, bool selected) {

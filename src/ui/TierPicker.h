@@ -42,6 +42,7 @@ class TierPicker : public QWidget {
     void showProgress(const QString& id, double fraction);
     void finish(const QString& id, const std::optional<Error>& error);
     void refresh();
+    void showStandIn(const QString& selected);
     QWidget* trailingOf(const ModelCatalog::Entry& entry, bool selected);
     QWidget* makeBar();
 
@@ -59,6 +60,7 @@ class TierPicker : public QWidget {
 
     std::vector<ChoiceRow*> rows_;
     QProgressBar* bar_ = nullptr;  ///< the one in the chosen row, if any
+    Label* standInLine_ = nullptr;
     Label* errorLine_ = nullptr;
 };
 

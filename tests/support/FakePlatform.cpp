@@ -148,12 +148,19 @@ std::unique_ptr<HotKeyHandler> HotKeys::installHandler(Edge pressedEdge, Edge re
 HotKeys::Result HotKeys::registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) {
     if (real) return real->registerHotKey(key, modifiers, identity);
     calls.append(QStringLiteral("register %1 %2").arg(key).arg(modifiers));
+    if (taken.contains({key, modifiers})) return HotKeyRefusal{10};
     if (refuseWith != 0) return HotKeyRefusal{refuseWith};
     registered.push_back({key, modifiers, identity});
-    return std::make_unique<AtEnd<HotKeyRegistration>>([this] {
+    return std::make_unique<AtEnd<HotKeyRegistration>>([this, key, modifiers] {
         calls.append(QStringLiteral("unregister"));
-        registered.erase(registered.begin());
+        registered.erase(std::ranges::find_if(
+            registered, [&](const Registered& one) { return one.key == key && one.modifiers == modifiers; }));
     });
+}
+
+std::optional<KeyCode> HotKeys::keyCodeOf(std::uint32_t nativeScanCode) const {
+    const auto found = positions.find(nativeScanCode);
+    return found == positions.end() ? std::nullopt : std::optional(found->second);
 }
 
 void HotKeys::press() const {

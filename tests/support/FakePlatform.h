@@ -15,6 +15,8 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -110,6 +112,10 @@ class HotKeys : public parlivo::HotKeyService {
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
     QString keyLabel(KeyCode key) override { return printed.contains(key) ? printed[key] : QString(); }
 
+    Contention contention() const override { return contended; }
+    std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
+    void watchRefused(std::function<void()> newMayBeFree) override { mayBeFree = std::move(newMayBeFree); }
+
     void press() const;
     void release() const;
 
@@ -118,6 +124,12 @@ class HotKeys : public parlivo::HotKeyService {
     std::map<KeyCode, QString> printed;  ///< on the keys
     /// The status of the next registrations; 0 accepts.
     int refuseWith = 0;
+    /// Combinations that another program holds: refused with status 10, whatever `refuseWith` says.
+    std::set<std::pair<KeyCode, HotKeyModifiers>> taken;
+    Contention contended = Contention::Rare;
+    std::function<void()> mayBeFree;  ///< set while refused combinations are watched
+    /// By native scan codes.
+    std::map<std::uint32_t, KeyCode> positions;
     std::vector<Registered> registered;  ///< those in force
     QStringList calls;                   ///< "install", "register 49 2048", "unregister", "remove"
     Edge pressed;
@@ -172,6 +184,28 @@ class LoginItem : public parlivo::LoginItem {
     bool enabled = false;
     std::optional<Error> error;
     QStringList calls;
+};
+
+/// Shows nothing and records what it was to show.
+class Notifications : public parlivo::Notifications {
+  public:
+    void show(Notification notification) override {
+        texts.append(notification.text);
+        last = std::move(notification);
+    }
+    void withdraw() override {
+        ++withdrawals;
+        last.reset();
+    }
+    /// The user presses the button of the one that is shown.
+    void choose() const {
+        const auto chosen = last.value().onAction;
+        chosen();
+    }
+
+    QStringList texts;
+    std::optional<Notification> last;  ///< the one that is shown
+    int withdrawals = 0;
 };
 
 class Pasteboard : public parlivo::Pasteboard {
@@ -366,6 +400,7 @@ class FakePlatform : public Platform {
     fake::HotKeys& hotKeys() override { return hotKeys_; }
     fake::Keyboard& keyboard() override { return keyboard_; }
     fake::LoginItem& loginItem() override { return loginItem_; }
+    fake::Notifications& notifications() override { return notifications_; }
     fake::Pasteboard& pasteboard() override { return pasteboard_; }
     fake::Permissions& permissions() override { return permissions_; }
     fake::RemoteControl& remoteControl() override { return remoteControl_; }
@@ -397,6 +432,7 @@ class FakePlatform : public Platform {
     fake::HotKeys hotKeys_;
     fake::Keyboard keyboard_;
     fake::LoginItem loginItem_;
+    fake::Notifications notifications_;
     fake::Pasteboard pasteboard_;
     fake::Permissions permissions_;
     fake::RemoteControl remoteControl_;

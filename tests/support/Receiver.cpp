@@ -91,7 +91,8 @@ bool isActive(xcb_connection_t* connection, xcb_window_t window) {
     const auto active = Properties(connection).windows("_NET_ACTIVE_WINDOW");
     const auto focus = owned(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
     // A window manager may tell before it is so, with the focus parked on a window of its own.
-    return active == std::vector{window} && focus && isWithin(connection, focus->focus, window);
+    // Some put a second number behind the window.
+    return !active.empty() && active.front() == window && focus && isWithin(connection, focus->focus, window);
 }
 
 /// The window that the window manager lists under this title, or XCB_NONE.

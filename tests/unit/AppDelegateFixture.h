@@ -16,6 +16,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 namespace parlivo {
 
@@ -61,9 +62,14 @@ class AppDelegateTest : public PlatformTest {
             return injection.load();
         };
         fake.stopEngines = note("stopEngines");
-        fake.showOnboarding = [this](std::function<void()> finished) {
+        fake.showOnboarding = [this](Collaborators::FirstRun firstRun) {
             record(QStringLiteral("onboarding"));
-            onboardingFinished = std::move(finished);
+            onboardingFinished = std::move(firstRun.onFinished);
+            onboardingPutOff = std::move(firstRun.onPutOff);
+        };
+        fake.resumeOnboarding = [this] {
+            record(QStringLiteral("resume"));
+            return std::exchange(putOff, false);
         };
         fake.startUpdater = [this](std::function<void()> onStateChange) {
             record(QStringLiteral("updater"));
@@ -77,6 +83,8 @@ class AppDelegateTest : public PlatformTest {
             hotKeysAtWhatsNew = platform.hotKeys().registered.size();
         };
         fake.showSettings = note("settings");
+        fake.showRecognisers = note("recognisers");
+        fake.showHotKeyChoice = note("hotKeyChoice");
         fake.showFeedback = note("feedback");
         fake.maybePromptForFeedback = [this] {
             record(QStringLiteral("invite"));
@@ -130,6 +138,8 @@ class AppDelegateTest : public PlatformTest {
     std::optional<QString> available;
     std::optional<QString> installing;
     std::function<void()> onboardingFinished;
+    std::function<void()> onboardingPutOff;
+    bool putOff = false;
     std::function<void()> updaterChanged;
     std::size_t hotKeysAtWhatsNew = 0;
     qint64 countAtInvitation = 0;

@@ -254,6 +254,36 @@ TEST_F(ConfigTest, ARecognitionModelOneByteShortFallsBackToTheBundle) {
     EXPECT_TRUE(Config::hasUsableModel());
 }
 
+TEST_F(ConfigTest, UntilItsFileIsThereTheTierBeforeStaysInUse) {
+    const QString fast = support() + QStringLiteral("/models/ggml-large-v3-turbo-q5_0.bin");
+    makeFile(fast, 574'041'195);
+    store(asrTier, QStringLiteral("best"));
+    EXPECT_EQ(Config::recogniserInUse(), fast);
+    const QString best = support() + QStringLiteral("/models/ggml-large-v3-turbo-q8_0.bin");
+    makeFile(best, 874'188'074);
+    EXPECT_EQ(Config::recogniserInUse(), fast) << "one byte is missing";
+    makeFile(best, 874'188'075);
+    EXPECT_EQ(Config::recogniserInUse(), best);
+}
+
+TEST_F(ConfigTest, TheBundlesModelComesBeforeAnotherTiers) {
+    makeFile(support() + QStringLiteral("/models/ggml-large-v3-turbo-q5_0.bin"), 574'041'195);
+    platform.bundle().resources[QStringLiteral("ggml-model.bin")] = QStringLiteral("/bin/sh");
+    EXPECT_EQ(Config::recogniserInUse(), QStringLiteral("/bin/sh"));
+}
+
+TEST_F(ConfigTest, ACleanupTierWithoutItsFileLeavesTheOneBeforeInUse) {
+    const auto& light = ModelCatalog::cleanupTier(QStringLiteral("light"));
+    const QString lightFile = support() + QStringLiteral("/models/") + light.fileName;
+    store(cleanupTier, QStringLiteral("full"));
+    const auto full = Config::llamaModel();
+    EXPECT_EQ(Config::cleanerInUse(), full) << "there is no other";
+    makeFile(lightFile, light.expectedSize);
+    EXPECT_EQ(Config::cleanerInUse(), lightFile);
+    store(cleanupTier, QStringLiteral("none"));
+    EXPECT_EQ(Config::cleanerInUse(), std::nullopt);
+}
+
 TEST_F(ConfigTest, TheDevelopersModelIsTheLastResort) {
     const QString model = home() + QStringLiteral("/Projects/Parlivo/models/ggml-large-v3-turbo-q8_0.bin");
     EXPECT_EQ(Config::whisperModel(), model);

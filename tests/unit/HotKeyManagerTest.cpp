@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "input/HotKeyChoice.h"
 #include "input/HotKeyManager.h"
+#include "input/HotKeyStatus.h"
 #include "settings/Config.h"
 #include "support/PlatformTest.h"
+#include "support/Waiting.h"
 
 #include <memory>
 #include <optional>
@@ -186,6 +189,154 @@ TEST_F(HotKeyManagerTest, EveryRegistrationTellsItsOutcome) {
     manager->applyCurrentPreset();
     EXPECT_EQ(manager->refusal(), std::nullopt);
     EXPECT_EQ(outcomes, Outcomes({HotKeyRefusal{10}, HotKeyRefusal{10}, std::nullopt}));
+}
+
+/// A system on which window managers hold combinations.
+class ContendedHotKeyTest : public HotKeyManagerTest {
+  protected:
+    ContendedHotKeyTest() { keys().contended = HotKeyService::Contention::Common; }
+
+    void take(const char* id) {
+        const Preset& preset = HotKeyManager::preset(QString::fromLatin1(id));
+        keys().taken.insert({preset.keyCode, preset.modifiers});
+    }
+    void takeAll() {
+        for (const Preset& preset : HotKeyManager::presets())
+            keys().taken.insert({preset.keyCode, preset.modifiers});
+    }
+    QString chosen() { return stored(Settings::hotkeyPreset).toString(); }
+    static std::optional<QString> warning() { return HotKeyStatus::shared().warning(); }
+};
+
+TEST_F(ContendedHotKeyTest, AUserWhoNeverChoseGetsTheFirstFreePresetStored) {
+    take("opt-space");
+    take("ctrl-opt-space");
+    manager->applyCurrentPreset();
+    EXPECT_EQ(chosen(), QStringLiteral("cmd-shift-space"));
+    EXPECT_EQ(keys().calls.last(), QStringLiteral("register 49 768"));
+    EXPECT_FALSE(warning());
+    EXPECT_FALSE(manager->refusal());
+    keys().press();
+    EXPECT_EQ(downs, 1);
+}
+
+TEST_F(ContendedHotKeyTest, WithNothingTakenNothingIsStored) {
+    manager->applyCurrentPreset();
+    EXPECT_FALSE(stored(Settings::hotkeyPreset).isValid());
+}
+
+TEST_F(ContendedHotKeyTest, TheUsersOwnChoiceIsNeverChangedButItsRefusalIsTold) {
+    take("opt-space");
+    choose("opt-space");
+    manager->applyCurrentPreset();
+    EXPECT_EQ(chosen(), QStringLiteral("opt-space"));
+    EXPECT_TRUE(keys().registered.empty());
+    ASSERT_TRUE(warning());
+    EXPECT_TRUE(warning()->startsWith(QStringLiteral("⌥ Spazio è già usata da un altro programma")))
+        << warning()->toStdString();
+}
+
+TEST_F(ContendedHotKeyTest, WithNoneFreeTheRefusalIsToldAndNothingIsStored) {
+    takeAll();
+    manager->applyCurrentPreset();
+    EXPECT_FALSE(stored(Settings::hotkeyPreset).isValid());
+    EXPECT_TRUE(warning());
+    EXPECT_TRUE(keys().mayBeFree);
+}
+
+TEST_F(ContendedHotKeyTest, AKeyThatBecomesFreeIsTakenWhenTheSystemSaysSo) {
+    take("opt-backtick");
+    choose("opt-backtick");
+    manager->applyCurrentPreset();
+    keys().mayBeFree();
+    EXPECT_TRUE(warning()) << "still taken";
+    EXPECT_EQ(logged().filter(QStringLiteral("registrazione hotkey fallita")).size(), 1)
+        << "only the first refusal is logged";
+    keys().taken.clear();
+    keys().mayBeFree();
+    EXPECT_FALSE(warning());
+    keys().press();
+    EXPECT_EQ(downs, 1);
+    EXPECT_FALSE(keys().mayBeFree) << "nothing is watched once it works";
+}
+
+TEST_F(ContendedHotKeyTest, AKeyThatBecomesFreeWithoutAWordIsTakenSomeTimeLater) {
+    Clock::setScale(0.002);  // 3 s are 6 ms
+    manager = std::make_unique<HotKeyManager>();
+    manager->onKeyDown = [this] { ++downs; };
+    take("opt-space");
+    choose("opt-space");
+    manager->applyCurrentPreset();
+    keys().taken.clear();
+    EXPECT_TRUE(desktop::waitFor([] { return !warning(); }));
+    keys().press();
+    EXPECT_EQ(downs, 1);
+}
+
+TEST_F(ContendedHotKeyTest, TheManagersEndEndsTheWatchAndTheWarning) {
+    takeAll();
+    manager->applyCurrentPreset();
+    manager.reset();
+    EXPECT_FALSE(warning());
+    EXPECT_FALSE(keys().mayBeFree);
+}
+
+TEST_F(ContendedHotKeyTest, ACombinationOfTheUsersOwnIsRegistered) {
+    HotKeyChoice::store(101, HotKeyModifier::control);  // F9
+    EXPECT_EQ(chosen(), HotKeyChoice::ownId());
+    manager->applyCurrentPreset();
+    EXPECT_EQ(keys().calls.last(), QStringLiteral("register 101 4096"));
+    EXPECT_EQ(HotKeyChoice::current().label, QStringLiteral("Ctrl+F9"));
+}
+
+TEST_F(ContendedHotKeyTest, AnOwnCombinationThatNobodyCouldHaveChosenCountsAsTheFirstPreset) {
+    const auto registers = [this](qint64 code, qint64 modifiers) {
+        store(Settings::hotkeyPreset, HotKeyChoice::ownId());
+        store(Settings::hotkeyCode, code);
+        store(Settings::hotkeyModifiers, modifiers);
+        manager->applyCurrentPreset();
+        return keys().calls.last();
+    };
+    const auto first = QStringLiteral("register 49 2048");
+    EXPECT_EQ(registers(0, 0), first) << "A alone";
+    EXPECT_EQ(registers(0, 0x0200), first) << "Shift+A types";
+    EXPECT_EQ(registers(-1, 0x0800), first);
+    EXPECT_EQ(registers(qint64{1} << 40, 0x0800), first);
+    EXPECT_EQ(registers(0, 0x8000), first) << "no such modifier";
+    EXPECT_EQ(registers(0, -1), first);
+    EXPECT_EQ(registers(0, 0x0800), QStringLiteral("register 0 2048")) << "Alt+A";
+    EXPECT_EQ(registers(122, 0), QStringLiteral("register 122 0")) << "F1 alone";
+}
+
+TEST_F(HotKeyManagerTest, WhereOnlyPresetsGoAnOwnCombinationCountsAsTheFirst) {
+    HotKeyChoice::store(101, HotKeyModifier::control);
+    manager->applyCurrentPreset();
+    EXPECT_EQ(keys().calls.last(), QStringLiteral("register 49 2048"));
+}
+
+TEST_F(HotKeyManagerTest, WhereRefusalsAreRareNoOtherPresetIsTriedAndNothingIsTold) {
+    keys().refuseWith = -9878;
+    manager->applyCurrentPreset();
+    EXPECT_EQ(keys().calls.size(), 2);
+    EXPECT_FALSE(stored(Settings::hotkeyPreset).isValid());
+    EXPECT_FALSE(HotKeyStatus::shared().warning());
+    EXPECT_FALSE(keys().mayBeFree);
+}
+
+TEST_F(ContendedHotKeyTest, AVerdictTriesTheCombinationAndLeavesNothingBehind) {
+    using Verdict = HotKeyStatus::Verdict;
+    const auto& status = HotKeyStatus::shared();
+    manager->applyCurrentPreset();
+    const auto before = keys().registered.size();
+    EXPECT_EQ(status.verdictOn(101, 0), Verdict::Free);
+    keys().taken.insert({101, 0});
+    EXPECT_EQ(status.verdictOn(101, 0), Verdict::Taken);
+    EXPECT_EQ(status.verdictOn(0, 0), Verdict::Unusable) << "A alone";
+    EXPECT_EQ(status.verdictOn(0, HotKeyModifier::shift), Verdict::Unusable);
+    EXPECT_EQ(status.verdictOn(49, HotKeyModifier::option), Verdict::Free) << "the one in force";
+    EXPECT_EQ(keys().registered.size(), before);
+    keys().press();
+    EXPECT_EQ(downs, 1);
 }
 
 }  // namespace

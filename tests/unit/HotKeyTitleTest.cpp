@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/CommandLine.h"
 #include "app/State.h"
+#include "input/HotKeyManager.h"
 #include "input/HotKeyTitle.h"
 #include "support/PlatformTest.h"
 #include "support/Words.h"

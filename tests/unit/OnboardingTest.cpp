@@ -1,15 +1,21 @@
 // SPDX-License-Identifier: MIT
+#include "input/HotKeyStatus.h"
 #include "settings/Config.h"
 #include "support/WindowTest.h"
 #include "ui/onboarding/OnboardingDownloads.h"
 #include "ui/onboarding/OnboardingView.h"
 #include "ui/onboarding/OnboardingWindowController.h"
+#include "ui/onboarding/TransferRate.h"
 #include "ui/views/ChoiceRow.h"
 #include "ui/views/SymbolView.h"
 
 #include <QApplication>
+#include <QLineEdit>
 #include <QProgressBar>
 #include <QTest>
+
+#include <optional>
+#include <vector>
 
 namespace parlivo {
 namespace {
@@ -22,6 +28,8 @@ class OnboardingTest : public WindowTest {
         platform.permissions().trusted = false;
         platform.permissions().microphoneStatus = MicrophoneStatus::Denied;
         controller.onFinished = [this] { ++finished; };
+        controller.onPutOff = [this] { ++putOff; };
+        controller.chooseHotKey = [this] { ++keyChoices; };
     }
 
     QWidget& window() const { return *controller.window(); }
@@ -63,7 +71,10 @@ class OnboardingTest : public WindowTest {
 
     ScriptedFetch fetch;
     int finished = 0;
-    OnboardingWindowController controller{fetch.fetch()};
+    int putOff = 0;
+    int keyChoices = 0;
+    std::optional<qint64> room = qint64{1} << 40;
+    OnboardingWindowController controller{fetch.fetch(), [this](const QString&) { return room; }};
 };
 
 TEST_F(OnboardingTest, TheWindowIsBuiltOnceInItsStatedSize) {
@@ -90,13 +101,149 @@ TEST_F(OnboardingTest, ItIsCreamWithTextInInk) {
     }
 }
 
-TEST_F(OnboardingTest, NothingButItsLastPageLeadsOut) {
-    controller.show();
+TEST_F(OnboardingTest, EscapeAndClosingAskAndMayChangeNothing) {
+    goTo(Step::folder);
+    dialogs->answer = 0;
     QTest::keyClick(&window(), Qt::Key_Escape);
-    window().close();
+    ASSERT_EQ(dialogs->alerts.size(), 1U);
+    EXPECT_EQ(dialogs->alerts[0].message, u"Vuoi finire più tardi?"_s);
+    EXPECT_EQ(dialogs->alerts[0].buttons, QStringList({u"Continua ora"_s, u"Più tardi"_s}));
+    EXPECT_FALSE(window().close());
+    EXPECT_TRUE(desktop::waitFor([this] { return dialogs->alerts.size() == 2; }));
     EXPECT_TRUE(window().isVisible());
+    EXPECT_EQ(step(), Step::folder);
+    EXPECT_EQ(putOff, 0);
+    EXPECT_FALSE(controller.resume()) << "there is nothing to resume";
+}
+
+TEST_F(OnboardingTest, WhatIsPutOffGoesOnWhereItWas) {
+    goTo(Step::quality);
+    dialogs->answer = 1;
+    QTest::keyClick(&window(), Qt::Key_Escape);
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_EQ(putOff, 1);
     EXPECT_EQ(finished, 0);
     EXPECT_FALSE(stored(Settings::onboardingDone).isValid());
+    EXPECT_TRUE(controller.resume());
+    EXPECT_TRUE(window().isVisible());
+    EXPECT_EQ(step(), Step::quality);
+    EXPECT_FALSE(controller.resume());
+}
+
+TEST_F(OnboardingTest, AFailedDownloadCanBePutOff) {
+    goTo(Step::download);
+    fetch.fail(u"rete"_s);
+    click(window(), u"Più tardi"_s);
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_EQ(putOff, 1);
+    EXPECT_TRUE(dialogs->alerts.empty()) << "the button is the answer";
+    EXPECT_TRUE(controller.resume());
+    click(window(), u"Riprova"_s);
+    EXPECT_EQ(fetch.started, QStringList({u"best"_s, u"best"_s}));
+}
+
+TEST_F(OnboardingTest, WithoutRoomOnTheDiskNoByteIsFetched) {
+    room = qint64{100} << 20;
+    goTo(Step::download);
+    EXPECT_TRUE(fetch.started.isEmpty());
+    EXPECT_TRUE(shows(window(), u"Spazio insufficiente sul disco: servono 3209 MB, liberi 100 MB"_s))
+        << words(window()).join(u'|').toStdString();
+    EXPECT_FALSE(mainButton()->isEnabled());
+    room = std::nullopt;  // a disk that does not tell
+    click(window(), u"Riprova"_s);
+    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
+}
+
+TEST(TransferRateTest, TellsBytesASecondOfTheLastSeconds) {
+    TransferRate rate;
+    const Clock::TimePoint start{};
+    using std::chrono::seconds;
+    rate.start(start);
+    EXPECT_FALSE(rate.bytesPerSecond());
+    rate.add(100, start + std::chrono::milliseconds(10));
+    EXPECT_FALSE(rate.bytesPerSecond()) << "too early to tell";
+    for (int second = 1; second <= 10; ++second) rate.add(1000 * second, start + seconds(second));
+    EXPECT_NEAR(rate.bytesPerSecond().value_or(0), 1000, 1);
+    for (int second = 11; second <= 20; ++second)
+        rate.add(10'000 + 3000 * (second - 10), start + seconds(second));
+    EXPECT_NEAR(rate.bytesPerSecond().value_or(0), 3000, 1) << "what was long ago does not count";
+}
+
+TEST(TransferRateTest, TenSecondsWithoutAByteAreAStall) {
+    TransferRate rate;
+    const Clock::TimePoint start{};
+    using std::chrono::milliseconds;
+    EXPECT_FALSE(rate.isStalled(start)) << "nothing runs";
+    rate.start(start);
+    EXPECT_FALSE(rate.isStalled(start + milliseconds(9999)));
+    EXPECT_TRUE(rate.isStalled(start + milliseconds(10'000))) << "not even the first byte";
+    rate.add(5, start + milliseconds(11'000));
+    EXPECT_FALSE(rate.isStalled(start + milliseconds(20'999)));
+    rate.add(5, start + milliseconds(20'999));
+    EXPECT_TRUE(rate.isStalled(start + milliseconds(21'000))) << "the same report again is no byte";
+}
+
+TEST_F(OnboardingTest, TheLastPageHasAFieldForTheFirstDictation) {
+    goTo(Step::ready);
+    auto* field = qobject_cast<QLineEdit*>(window().focusWidget());
+    ASSERT_NE(field, nullptr);
+    EXPECT_EQ(field->accessibleName(), u"Prova qui"_s);
+    QTest::keyClicks(field, u"Ciao a tutti."_s);
+    EXPECT_EQ(field->text(), u"Ciao a tutti."_s);
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_EQ(finished, 1) << "Return still is the button's";
+}
+
+TEST_F(OnboardingTest, TheLastPageSaysThatTheKeyIsTakenAndLeadsToTheChoice) {
+    platform.hotKeys().contended = HotKeyService::Contention::Common;
+    store(Settings::hotkeyPreset, u"opt-space"_s);
+    HotKeyStatus::shared().set(HotKeyRefusal{10});
+    goTo(Step::ready);
+    const auto isTold = [this] {
+        return words(window()).last().startsWith(u"⌥ Spazio è già usata da un altro programma"_s);
+    };
+    EXPECT_TRUE(isTold()) << words(window()).join(u'|').toStdString();
+    click(window(), u"Scegli la scorciatoia…"_s);
+    EXPECT_EQ(keyChoices, 1);
+    HotKeyStatus::shared().set(std::nullopt);
+    EXPECT_FALSE(isTold());
+    EXPECT_EQ(button(window(), u"Scegli la scorciatoia…"_s), nullptr);
+}
+
+TEST_F(OnboardingTest, TheMicrophonePageShowsWhatIsHeard) {
+    platform.permissions().microphoneStatus = MicrophoneStatus::Authorised;
+    goTo(Step::microphone);
+    const QProgressBar* bar = nullptr;
+    for (const auto* one : window().findChildren<QProgressBar*>()) {
+        if (one->accessibleName() == u"Livello del microfono"_s) bar = one;
+    }
+    ASSERT_NE(bar, nullptr);
+    EXPECT_TRUE(bar->isVisible());
+    EXPECT_EQ(platform.audioInput().running, 1);
+    const auto heard = [&](float amplitude) {
+        const std::vector<float> sound(AudioCapture::blockFrames, amplitude);
+        return desktop::waitFor([&] {
+            platform.audioInput().speak(sound);
+            return bar->value() > bar->maximum() / 2;
+        });
+    };
+    EXPECT_TRUE(heard(0.5F));
+    next();
+    EXPECT_EQ(platform.audioInput().running, 0) << "nobody listens on other pages";
+}
+
+TEST_F(OnboardingTest, WithoutAMicrophoneThePageSaysWhyUntilOneIsThere) {
+    Clock::setScale(0.01);
+    platform.permissions().microphoneStatus = MicrophoneStatus::Authorised;
+    platform.audioInput().present = false;
+    goTo(Step::microphone);
+    const QString reason = u"Nessun microfono trovato: collegane uno, o attivalo nelle impostazioni audio"_s;
+    EXPECT_TRUE(shows(window(), reason)) << words(window()).join(u'|').toStdString();
+    click(window(), u"Impostazioni audio"_s);
+    EXPECT_EQ(platform.workspace().panes, std::vector{PrivacyPane::Microphone});
+    platform.audioInput().present = true;
+    EXPECT_TRUE(desktop::waitFor([&] { return platform.audioInput().running == 1; }));
+    EXPECT_FALSE(shows(window(), reason));
 }
 
 TEST_F(OnboardingTest, TheEndOfTheProgramClosesItAllTheSame) {
@@ -144,7 +291,8 @@ TEST_F(OnboardingTest, ThePermissionPagesAndTheLastOneShowTheStatedTexts) {
     goTo(Step::microphone);
     expectWords(
         {u"Permesso Microfono"_s,
-         u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."_s});
+         u"Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."_s,
+         u"Il microfono non è accessibile: il servizio audio non risponde o lo nega"_s});
     EXPECT_EQ(symbols(), QStringList(u"mic.fill"_s));
     next();
     expectWords(
@@ -278,7 +426,8 @@ TEST_F(OnboardingTest, KeysDoNotStartARunningDownloadAgain) {
 
 TEST_F(OnboardingTest, ADownloadThatRunsIsNotStartedAgain) {
     int changes = 0;
-    OnboardingDownloads downloads(fetch.fetch(), [&] { ++changes; });
+    OnboardingDownloads downloads(
+        fetch.fetch(), [&] { ++changes; }, [this](const QString&) { return room; });
     downloads.startDownloads();
     fetch.progress(0.5, 1, 2);
     const int before = changes;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "input/HotKeyChoice.h"
 #include "input/HotKeyManager.h"
 #include "models/ModelCatalog.h"
 #include "settings/Settings.h"
@@ -57,7 +58,7 @@ Row rowOf(const Setting<qint64>& setting) {
 
 Row rowOf(const Setting<QString>& setting) {
     const std::map<QString, QStringList> tables{
-        {Settings::hotkeyPreset.key, idsOf(HotKeyManager::presets())},
+        {Settings::hotkeyPreset.key, idsOf(HotKeyManager::presets()) << HotKeyChoice::ownId()},
         {Settings::asrTier.key, idsOf(ModelCatalog::asrTiers())},
         {Settings::cleanupTier.key, idsOf(ModelCatalog::cleanupTiers())}};
     const auto table = tables.find(setting.key);

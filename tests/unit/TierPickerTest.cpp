@@ -191,5 +191,18 @@ TEST_F(TierPickerTest, TheDownloadBegunLastIsTheOneThatIsShown) {
     EXPECT_EQ(trailing(u"Veloce"_s), u"checkmark.circle.fill"_s);
 }
 
+TEST_F(TierPickerTest, ATierWithoutItsFileSaysWhichOneStaysInUse) {
+    const QString told = u"Finché «Precisa» non è scaricata resta in uso «Veloce»"_s;
+    EXPECT_FALSE(shows(picker, told)) << "there is no other";
+    makeModel(ModelCatalog::asrTier(u"fast"_s));
+    picker.hide();
+    picker.show();
+    EXPECT_TRUE(shows(picker, told)) << words(picker).join(u'|').toStdString();
+    click(picker, u"Scarica"_s);
+    EXPECT_TRUE(shows(picker, told));
+    succeed(u"best"_s);
+    EXPECT_FALSE(shows(picker, told));
+}
+
 }  // namespace
 }  // namespace parlivo

@@ -99,7 +99,7 @@ TEST_F(WindowsTest, TheFeedback) {
 }
 
 TEST_F(WindowsTest, TheFirstRun) {
-    OnboardingWindowController controller(fetch.fetch());
+    OnboardingWindowController controller(fetch.fetch(), [](const QString&) { return std::nullopt; });
     controller.show();
     expectFixedSize(*controller.window(), {580, 520});
     EXPECT_EQ(controls(*controller.window()), u"no title bar"_s);
@@ -110,7 +110,7 @@ TEST_F(WindowsTest, TheFirstRun) {
 }
 
 TEST_F(WindowsTest, TheDotsOfTheFirstRun) {
-    OnboardingWindowController controller(fetch.fetch());
+    OnboardingWindowController controller(fetch.fetch(), [](const QString&) { return std::nullopt; });
     controller.show();
     const QWidget& window = *controller.window();
     auto* dots = window.findChild<StepDots*>();

@@ -109,7 +109,9 @@ StatusMenu::~StatusMenu() {
 }
 
 void StatusMenu::build(const Actions& actions) {
-    statusMenuItem_ = addItem({}, {});
+    statusMenuItem_ = addItem({}, [this] {
+        if (titleAction_) titleAction_();
+    });
     statusMenuItem_->setEnabled(false);
     menu_.addSeparator();
     micMenuItem_ = addItem(microphoneTitle(MicrophoneStatus::NotAsked), actions.openMicSettings);
@@ -224,6 +226,11 @@ QString StatusMenu::toolTip() const {
     const QString key = hotKeyTitle();
     if (!title_.contains(key)) text += QLatin1Char('\n') + key;
     return text;
+}
+
+void StatusMenu::setTitleAction(std::function<void()> chosen) {
+    titleAction_ = std::move(chosen);
+    statusMenuItem_->setEnabled(titleAction_ != nullptr);
 }
 
 /// A panel that draws the menu itself leaves the left button to us, who then open the same menu as a window

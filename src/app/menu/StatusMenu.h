@@ -48,6 +48,8 @@ class StatusMenu : public QObject {
     /// The first line, which cannot be chosen.
     void setTitle(const QString& title);
     QString title() const { return title_; }
+    /// Lets the user choose the first line while it says what he can mend; nullptr ends that.
+    void setTitleAction(std::function<void()> chosen);
 
     /// The symbol of that name; without a tint it is drawn in the panel's own foreground, and with an outline
     /// where that is not known. A symbol that
@@ -82,6 +84,7 @@ class StatusMenu : public QObject {
     QColor colour() const;
 
     QString title_;
+    std::function<void()> titleAction_;
     QString updateTitle_;
     QString symbol_;
     Tint tint_ = Tint::None;

@@ -15,6 +15,7 @@
 #include "platform/linux/desktop/Desktop.h"
 #include "platform/linux/desktop/DesktopWorkspace.h"
 #include "platform/linux/desktop/LinuxStatusItemHost.h"
+#include "platform/linux/session/BusNotifications.h"
 #include "platform/linux/session/BusRemoteControl.h"
 #include "platform/linux/session/XdgLoginItem.h"
 #include "platform/linux/sound/PulseAudioInput.h"
@@ -42,6 +43,7 @@ class LinuxPlatform : public Platform {
     HotKeyService& hotKeys() override { return desktop().hotKeys(); }
     KeyboardSynthesizer& keyboard() override { return desktop().keyboard(); }
     LoginItem& loginItem() override { return loginItem_; }
+    Notifications& notifications() override { return notifications_.get(); }
     Pasteboard& pasteboard() override { return desktop().pasteboard(); }
     Permissions& permissions() override { return permissions_.get(desktop(), microphone_); }
     RemoteControl& remoteControl() override { return remoteControl_.get(); }
@@ -76,6 +78,7 @@ class LinuxPlatform : public Platform {
     OnDemand<PulseAudioInput> audioInput_;
     OnDemand<PulseSounds> sounds_;
     OnDemand<BusRemoteControl> remoteControl_;
+    OnDemand<BusNotifications> notifications_;
     std::unique_ptr<TerminationSignals> signals_;
     std::once_flag desktopChosen_;
     std::unique_ptr<Desktop> desktop_;

@@ -44,6 +44,7 @@ class MacPlatform : public Platform {
     HotKeyService& hotKeys() override { return hotKeys_; }
     KeyboardSynthesizer& keyboard() override { return keyboard_; }
     LoginItem& loginItem() override { return loginItem_; }
+    Notifications& notifications() override { return notifications_; }
     Pasteboard& pasteboard() override { return pasteboard_; }
     Permissions& permissions() override { return permissions_; }
     RemoteControl& remoteControl() override { return remoteControl_; }
@@ -80,6 +81,9 @@ class MacPlatform : public Platform {
     CarbonHotKeyService hotKeys_;
     QuartzKeyboardSynthesizer keyboard_;
     MacPasteboard pasteboard_;
+    // Errors stand in the menu's first line, which macOS always shows; a notification would ask for a
+    // permission.
+    NoNotifications notifications_;
     SocketRemoteControl remoteControl_{directories_.applicationSupport() + QStringLiteral("/Parlivo")};
     std::unique_ptr<TerminationEvents> terminationEvents_;
 };

@@ -7,9 +7,11 @@
 #include "support/MainQueue.h"
 #include "ui/onboarding/DownloadPage.h"
 #include "ui/onboarding/FolderPage.h"
+#include "ui/onboarding/MicrophoneMeter.h"
 #include "ui/onboarding/OnboardingWindow.h"
 #include "ui/onboarding/PermissionPage.h"
 #include "ui/onboarding/QualityPage.h"
+#include "ui/onboarding/ReadyPage.h"
 #include "ui/onboarding/StepDots.h"
 #include "ui/onboarding/TextPages.h"
 #include "ui/views/Dialogs.h"
@@ -30,25 +32,22 @@ namespace {
 constexpr int pagePadding = 30;
 constexpr int footerPadding = 20;
 
-bool isMicrophoneAuthorised() {
-    return Platform::current().permissions().microphone() == MicrophoneStatus::Authorised;
-}
-
 bool isAccessibilityTrusted() {
     return Platform::current().permissions().accessibilityTrusted(Permissions::Prompt::No);
 }
 
 }  // namespace
 
-OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchModel, QWidget* parent)
+OnboardingView::OnboardingView(Actions actions, ModelFetch fetchModel, FreeSpace freeSpace, QWidget* parent)
     : QWidget(parent),
-      onDone_(std::move(onDone)),
+      actions_(std::move(actions)),
       modelsPath_(Config::modelsDir()),
       asrChoice_(Config::get(Settings::asrTier)),
       // The first run proposes the full cleanup, whatever is stored.
       cleanupChoice_(u"full"_s),
-      downloads_(std::move(fetchModel), [this] { showDownloads(); }),
-      micGranted_(isMicrophoneAuthorised()),
+      downloads_(
+          std::move(fetchModel), [this] { showDownloads(); }, std::move(freeSpace)),
+      microphone_(Platform::current().permissions().microphone()),
       axGranted_(isAccessibilityTrusted()),
       column_(new QVBoxLayout(this)) {
     column_->setContentsMargins(0, 0, 0, 0);
@@ -56,7 +55,7 @@ OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchMod
     column_->addWidget(makeFooter());
     showStep();
     Platform::current().permissions().observeMicrophone(
-        this, [this](MicrophoneStatus status) { showMicrophone(status == MicrophoneStatus::Authorised); });
+        this, [this](MicrophoneStatus status) { showMicrophone(status); });
     connect(&axTimer_, &QTimer::timeout, this, [this] { pollAccessibility(); });
     axTimer_.start(Clock::scaled(1s));
 }
@@ -64,7 +63,7 @@ OnboardingView::OnboardingView(std::function<void()> onDone, ModelFetch fetchMod
 void OnboardingView::next() {
     if (step_ == Step::ready) {
         axTimer_.stop();
-        onDone_();
+        actions_.done();
         return;
     }
     if (step_ == Step::quality) {
@@ -79,6 +78,7 @@ void OnboardingView::next() {
 void OnboardingView::showStep() {
     downloadPage_ = nullptr;
     permissionPage_ = nullptr;
+    meter_ = nullptr;
     // Deleted later, because a button of the old page may lead here.
     if (page_) {
         page_->hide();
@@ -91,6 +91,7 @@ void OnboardingView::showStep() {
     page_->show();
     updateFooter();
     main_->setFocus();
+    if (step_ == Step::ready) static_cast<ReadyPage*>(page_)->field()->setFocus();
     if (step_ == Step::download) downloads_.startDownloads();
 }
 
@@ -111,7 +112,7 @@ QWidget* OnboardingView::makePage() {
         case Step::ready:
             break;
     }
-    return makeReadyPage(this);
+    return new ReadyPage(actions_.chooseHotKey, this);
 }
 
 QWidget* OnboardingView::makeFolderPage() {
@@ -129,7 +130,8 @@ QWidget* OnboardingView::makeQualityPage() {
 }
 
 QWidget* OnboardingView::makeDownloadPage() {
-    downloadPage_ = new DownloadPage([this] { downloads_.startDownloads(); }, this);
+    downloadPage_ =
+        new DownloadPage({.retry = [this] { downloads_.startDownloads(); }, .later = actions_.putOff}, this);
     return downloadPage_;
 }
 
@@ -141,7 +143,9 @@ QWidget* OnboardingView::makeMicrophonePage() {
              "Serve per registrare la tua voce mentre detti.\nL'audio viene trascritto sul Mac e subito cancellato."),
          .button = tr("Consenti microfono")},
         [this] { askForMicrophone(); }, this);
-    permissionPage_->setGranted(micGranted_);
+    meter_ = new MicrophoneMeter(permissionPage_);
+    permissionPage_->add(meter_);
+    showMicrophone(microphone_);
     return permissionPage_;
 }
 
@@ -205,13 +209,17 @@ void OnboardingView::pickFolder() {
 void OnboardingView::askForMicrophone() {
     Platform::current().permissions().requestMicrophone(
         MicrophoneCheck::ByRecording, [this, alive = lifetime_.token()](bool granted) {
-            MainQueue::async(alive, [this, granted] { showMicrophone(granted); });
+            MainQueue::async(alive, [this, granted] {
+                showMicrophone(granted ? MicrophoneStatus::Authorised : MicrophoneStatus::Denied);
+            });
         });
 }
 
-void OnboardingView::showMicrophone(bool granted) {
-    micGranted_ = granted;
-    if (step_ == Step::microphone) permissionPage_->setGranted(granted);
+void OnboardingView::showMicrophone(MicrophoneStatus status) {
+    microphone_ = status;
+    if (step_ != Step::microphone) return;
+    permissionPage_->setGranted(status == MicrophoneStatus::Authorised);
+    meter_->setStatus(status);
 }
 
 void OnboardingView::pollAccessibility() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/Permissions.h"
 #include "support/Lifetime.h"
 #include "ui/onboarding/OnboardingDownloads.h"
 #include "ui/onboarding/Step.h"
@@ -17,6 +18,7 @@ class QVBoxLayout;
 namespace parlivo {
 
 class DownloadPage;
+class MicrophoneMeter;
 class PermissionPage;
 class StepDots;
 
@@ -26,7 +28,12 @@ class OnboardingView : public QWidget {
     Q_OBJECT
 
   public:
-    OnboardingView(std::function<void()> onDone, ModelFetch fetchModel, QWidget* parent = nullptr);
+    struct Actions {
+        std::function<void()> done;          ///< after the last page
+        std::function<void()> putOff;        ///< the user goes on another time
+        std::function<void()> chooseHotKey;  ///< leads to where the hot key is chosen
+    };
+    OnboardingView(Actions actions, ModelFetch fetchModel, FreeSpace freeSpace, QWidget* parent = nullptr);
 
     Step step() const { return step_; }
 
@@ -45,16 +52,16 @@ class OnboardingView : public QWidget {
     void pickFolder();
     void showDownloads();
     void askForMicrophone();
-    void showMicrophone(bool granted);
+    void showMicrophone(MicrophoneStatus status);
     void pollAccessibility();
 
-    const std::function<void()> onDone_;
+    const Actions actions_;
     Step step_ = Step::welcome;
     QString modelsPath_;
     QString asrChoice_;
     QString cleanupChoice_;
     OnboardingDownloads downloads_;
-    bool micGranted_;
+    MicrophoneStatus microphone_;
     bool axGranted_;
     QTimer axTimer_;
 
@@ -62,6 +69,7 @@ class OnboardingView : public QWidget {
     QWidget* page_ = nullptr;
     DownloadPage* downloadPage_ = nullptr;      ///< while it is shown
     PermissionPage* permissionPage_ = nullptr;  ///< while one of the two is shown
+    MicrophoneMeter* meter_ = nullptr;          ///< while its page is shown
     StepDots* dots_ = nullptr;
     QPushButton* skip_ = nullptr;
     QPushButton* main_ = nullptr;

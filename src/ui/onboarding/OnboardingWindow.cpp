@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QWindow>
 
+#include <utility>
+
 namespace parlivo {
 
 using namespace Qt::StringLiterals;
@@ -55,7 +57,8 @@ QString styleSheetText() {
 
 }  // namespace
 
-OnboardingWindow::OnboardingWindow() : QDialog(nullptr, Qt::Window | Qt::FramelessWindowHint) {
+OnboardingWindow::OnboardingWindow(std::function<void()> closeWanted)
+    : QDialog(nullptr, Qt::Window | Qt::FramelessWindowHint), closeWanted_(std::move(closeWanted)) {
     setWindowTitle(u"Parlivo"_s);
     setFixedSize(windowSize);
     setPalette(parlivo::palette());
@@ -84,6 +87,8 @@ bool OnboardingWindow::eventFilter(QObject* watched, QEvent* event) {
 
 void OnboardingWindow::closeEvent(QCloseEvent* event) {
     event->setAccepted(quitting_);
+    // Later: whoever closes the window need not wait for an answer.
+    if (!quitting_) QMetaObject::invokeMethod(this, closeWanted_, Qt::QueuedConnection);
 }
 
 void OnboardingWindow::mousePressEvent(QMouseEvent* event) {

@@ -3,12 +3,15 @@
 
 #include <QDialog>
 
+#include <functional>
+
 namespace parlivo {
 
-/// A window without a title bar, which is moved by its background. Only the program closes it, not the user.
+/// A window without a title bar, which is moved by its background. Only the program closes it; what the user
+/// does to close it is passed on.
 class OnboardingWindow : public QDialog {
   public:
-    OnboardingWindow();
+    explicit OnboardingWindow(std::function<void()> closeWanted);
 
     static QColor cream();
     static QColor ink();
@@ -16,8 +19,8 @@ class OnboardingWindow : public QDialog {
     /// Sets the style sheets of the buttons and bars in a part of the window.
     static void applyStyle(const QWidget& part);
 
-    /// Escape does nothing here.
-    void reject() override {}
+    /// Escape.
+    void reject() override { closeWanted_(); }
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -26,6 +29,7 @@ class OnboardingWindow : public QDialog {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    const std::function<void()> closeWanted_;
     bool quitting_ = false;
 };
 

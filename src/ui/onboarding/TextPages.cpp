@@ -35,13 +35,11 @@ QWidget* makeWelcomePage(QWidget* parent) {
     return page;
 }
 
-QWidget* makeReadyPage(QWidget* parent) {
-    auto* page = new CentredPage(parent);
-    page->symbol(u"checkmark.seal.fill"_s);
-    page->title(Texts::tr("Tutto pronto"));
-    page->text(withHotKeyTitle(Texts::tr(
+void fillReadyPage(CentredPage& page) {
+    page.symbol(u"checkmark.seal.fill"_s);
+    page.title(Texts::tr("Tutto pronto"));
+    page.text(withHotKeyTitle(Texts::tr(
         "Apri una qualsiasi app dove si scrive,\ntieni premuto ⌥Spazio e detta la tua prima frase.\n\nMi trovi nella barra dei menu in alto 🎙️ — lì ci sono Impostazioni e feedback.\nPuoi cambiare livello di efficacia quando vuoi dalle Impostazioni.")));
-    return page;
 }
 
 }  // namespace parlivo

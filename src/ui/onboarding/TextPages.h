@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "ui/onboarding/CentredPage.h"
+
 #include <QWidget>
 
 namespace parlivo {
 
-/// The first and the last page, which only tell something. `parent` owns them.
+/// The first page, which only tells something. `parent` owns it.
 QWidget* makeWelcomePage(QWidget* parent);
-QWidget* makeReadyPage(QWidget* parent);
+/// What the last page tells.
+void fillReadyPage(CentredPage& page);
 
 }  // namespace parlivo

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/settings/DictationTab.h"
 
+#include "input/HotKeyChoice.h"
+#include "input/HotKeyManager.h"
 #include "input/HotKeyTitle.h"
 #include "models/ModelCatalog.h"
 #include "platform/Platform.h"
@@ -8,6 +10,7 @@
 #include "settings/SettingsNotifier.h"
 #include "ui/TierPicker.h"
 #include "ui/settings/MicrophonePicker.h"
+#include "ui/settings/OwnHotKey.h"
 
 #include <QShowEvent>
 
@@ -21,6 +24,10 @@ std::vector<Option> hotKeyOptions() {
     std::vector<Option> options;
     for (const Preset& preset : HotKeyManager::presets()) options.push_back({hotKeyTitle(preset), preset.id});
     return options;
+}
+
+bool anyCombinationGoes() {
+    return Platform::current().hotKeys().contention() == HotKeyService::Contention::Common;
 }
 
 Binding<QString> hotKeyPreset() {
@@ -37,7 +44,11 @@ Binding<QString> hotKeyPreset() {
 DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
     Form form(contents());
     form.heading(tr("Tasto"));
-    form.picker(tr("Scorciatoia"), hotKeyOptions(), hotKeyPreset());
+    if (anyCombinationGoes()) {
+        addHotKeys(form);
+    } else {
+        form.picker(tr("Scorciatoia"), hotKeyOptions(), hotKeyPreset());
+    }
     form.unlabelledRadioGroup(
         tr("Modalità di dettatura"),
         {{tr("Tieni premuto per parlare (push-to-talk)"), wordOf(DictationMode::PushToTalk)},
@@ -65,6 +76,27 @@ DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : Fo
 void DictationTab::showEvent(QShowEvent* event) {
     FormPage::showEvent(event);
     if (microphone_) microphone_->refresh();
+}
+
+/// The presets, and a combination of the user's own, which counts once it has been pressed.
+void DictationTab::addHotKeys(Form& form) {
+    auto options = hotKeyOptions();
+    options.push_back({tr("Altra…"), HotKeyChoice::ownId()});
+    const auto preset = hotKeyPreset();
+    const auto chosen = [this, store = preset.set](const QString& id) {
+        const bool isOwn = id == HotKeyChoice::ownId();
+        if (!isOwn || HotKeyChoice::hasOwn()) store(id);
+        if (isOwn) {
+            ownHotKey_->offer();
+        } else {
+            ownHotKey_->refresh();
+        }
+    };
+    Picker& picker = form.picker(tr("Scorciatoia"), options, {.get = preset.get, .set = chosen});
+    ownHotKey_ = &form.add(new OwnHotKey([&picker] {
+        Q_EMIT SettingsNotifier::shared().pvHotkeyChanged();
+        picker.refresh();
+    }));
 }
 
 }  // namespace parlivo

@@ -7,6 +7,7 @@
 namespace parlivo {
 
 class MicrophonePicker;
+class OwnHotKey;
 
 /// The hot key, the language, the microphone and the recognition model.
 class DictationTab : public FormPage {
@@ -19,7 +20,10 @@ class DictationTab : public FormPage {
     void showEvent(QShowEvent* event) override;
 
   private:
+    void addHotKeys(Form& form);
+
     MicrophonePicker* microphone_ = nullptr;  ///< null where the system offers no choice
+    OwnHotKey* ownHotKey_ = nullptr;          ///< where the system lets the user choose any combination
 };
 
 }  // namespace parlivo

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QKeyEvent>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -64,11 +65,12 @@ SettingsWindowController::SettingsWindowController(SettingsActions actions) : ac
 
 SettingsWindowController::~SettingsWindowController() = default;
 
-void SettingsWindowController::show() {
+void SettingsWindowController::show(std::optional<SettingsPage> page) {
     if (!window_) {
         window_ = std::make_unique<SettingsWindow>(actions_);
         centreOnScreen(*window_);
     }
+    if (page) window_->findChild<QTabWidget*>()->setCurrentIndex(static_cast<int>(*page));
     bringToFront(*window_);
 }
 

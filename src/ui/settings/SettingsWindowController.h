@@ -6,8 +6,12 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 namespace parlivo {
+
+/// The pages that others lead to.
+enum class SettingsPage { General, Dictation };
 
 /// The one settings window. Main thread.
 class SettingsWindowController {
@@ -17,8 +21,8 @@ class SettingsWindowController {
     SettingsWindowController(const SettingsWindowController&) = delete;
     SettingsWindowController& operator=(const SettingsWindowController&) = delete;
 
-    /// Builds the window on the first call, then brings it to the front.
-    void show();
+    /// Builds the window on the first call, then brings it to the front, on a page if one is named.
+    void show(std::optional<SettingsPage> page = {});
 
   private:
     const SettingsActions actions_;

@@ -89,7 +89,7 @@ class HotKeyManagerOnX11Test : public testing::Test {
 
 TEST_F(HotKeyManagerOnX11Test, APresetTakenByAnotherProgramIsLoggedAndTheNextOneWorks) {
     OtherClient other;
-    ASSERT_EQ(other.grabKey(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_CONTROL), 0);
+    ASSERT_EQ(other.grabKeyEverywhere(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_CONTROL), 0);
     apply("opt-space");
     ASSERT_TRUE(pressed("opt-space"));
     apply("ctrl-opt-space");
@@ -101,7 +101,7 @@ TEST_F(HotKeyManagerOnX11Test, APresetTakenByAnotherProgramIsLoggedAndTheNextOne
     EXPECT_FALSE(pressed("ctrl-opt-space"));
     apply("opt-backtick");
     EXPECT_TRUE(pressed("opt-backtick"));
-    other.ungrabKey(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_CONTROL);
+    other.ungrabKeyEverywhere(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_CONTROL);
     apply("ctrl-opt-space");
     EXPECT_TRUE(pressed("ctrl-opt-space"));
     EXPECT_EQ(downs, ups);

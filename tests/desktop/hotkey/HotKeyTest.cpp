@@ -123,7 +123,7 @@ TEST_F(HotKeyTest, FollowsNumLockToAnotherModifierByXkbEvents) {
 TEST_F(HotKeyTest, ALockThatAnotherClientHasAtTheNewPlaceIsReportedUntilItIsFree) {
     take("opt-space");
     OtherClient other;
-    ASSERT_EQ(other.grabKey(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_3), 0);
+    ASSERT_EQ(other.grabKeyEverywhere(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_3), 0);
     moveNumLockByXkb("Mod3");
     ASSERT_TRUE(waitFor([&] { return !outcomes.empty(); }));
     EXPECT_EQ(outcomes.back(), HotKeyRefusal{10}) << "BadAccess";
@@ -132,7 +132,7 @@ TEST_F(HotKeyTest, ALockThatAnotherClientHasAtTheNewPlaceIsReportedUntilItIsFree
     keyboard.release(Key::leftAlt);
     EXPECT_TRUE(edges(1, 1)) << "without the lock it still works; " << seen();
 
-    other.ungrabKey(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_3);
+    other.ungrabKeyEverywhere(Key::space, XCB_MOD_MASK_1 | XCB_MOD_MASK_3);
     moveNumLockByXkb("Mod3");
     EXPECT_TRUE(waitFor([&] { return outcomes.back() == std::nullopt; }));
     EXPECT_EQ(outcomes.size(), 2U) << "each change is told once";
@@ -237,7 +237,7 @@ TEST_F(HotKeyTest, BacktickIsThePositionLeftOfOneOnEveryLayout) {
 
 TEST_F(HotKeyTest, ACombinationOfAnotherClientIsRefusedWithBadAccess) {
     OtherClient other;
-    ASSERT_EQ(other.grabKey(Key::space, XCB_MOD_MASK_1), 0);
+    ASSERT_EQ(other.grabKeyEverywhere(Key::space, XCB_MOD_MASK_1), 0);
     const auto result = attempt("opt-space");
     ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(result));
     EXPECT_EQ(std::get<HotKeyRefusal>(result).status, 10);
@@ -245,7 +245,7 @@ TEST_F(HotKeyTest, ACombinationOfAnotherClientIsRefusedWithBadAccess) {
 
 TEST_F(HotKeyTest, ARefusedCombinationLeavesNoGrabBehind) {
     OtherClient other;
-    ASSERT_EQ(other.grabKey(Key::space, optionWith(numLock)), 0);
+    ASSERT_EQ(other.grabKeyEverywhere(Key::space, optionWith(numLock)), 0);
     ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(attempt("opt-space")));
     OtherClient third;
     for (const auto locks : allLocks) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/hotkey/OtherClient.h"
 
+#include "platform/linux/x11/XcbQueries.h"
 #include "support/Waiting.h"
 #include "support/XServer.h"
 
@@ -36,6 +37,52 @@ int OtherClient::grabKey(xcb_keycode_t key, std::uint16_t modifiers) {
 
 void OtherClient::ungrabKey(xcb_keycode_t key, std::uint16_t modifiers) {
     xcb_ungrab_key(connection_.get(), key, root(), modifiers);
+    sync();
+}
+
+int OtherClient::grabKeyEverywhere(xcb_keycode_t key, std::uint16_t modifiers) {
+    auto* const c = connection_.get();
+    if (!x11::startInputExtension(c)) return XCB_IMPLEMENTATION;
+    for (const auto keyboard : x11::attachedKeyboards(c)) {
+        const int error = grabOnOne(keyboard, key, modifiers);
+        if (error != 0) return error;
+    }
+    return grabKey(key, modifiers);
+}
+
+/// Under exactly these modifiers, whatever locks are on otherwise.
+int OtherClient::grabOnOne(x11::KeyboardId keyboard, xcb_keycode_t key, std::uint16_t modifiers) {
+    const std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
+    const std::uint32_t exactly = modifiers;
+    const auto cookie =
+        xcb_input_xi_passive_grab_device(connection_.get(), XCB_CURRENT_TIME, root(), XCB_NONE, key, keyboard,
+                                         1, 1, XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC,
+                                         XCB_INPUT_GRAB_MODE_22_ASYNC, 0, &events, &exactly);
+    const auto reply = owned(xcb_input_xi_passive_grab_device_reply(connection_.get(), cookie, nullptr));
+    return reply ? reply->num_modifiers : XCB_VALUE;
+}
+
+void OtherClient::ungrabKeyEverywhere(xcb_keycode_t key, std::uint16_t modifiers) {
+    const std::uint32_t exactly = modifiers;
+    for (const auto keyboard : x11::attachedKeyboards(connection_.get()))
+        xcb_input_xi_passive_ungrab_device(connection_.get(), root(), key, keyboard, 1,
+                                           XCB_INPUT_GRAB_TYPE_KEYCODE, &exactly);
+    ungrabKey(key, modifiers);
+}
+
+int OtherClient::keysReceived() {
+    sync();
+    while (const x11::EventHandle event{xcb_poll_for_event(connection_.get())}) {
+        if (event->response_type == XCB_KEY_PRESS) ++keysReceived_;
+    }
+    return keysReceived_;
+}
+
+void OtherClient::announceWindowManager() {
+    const xcb_window_t window = root();
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, root(),
+                        x11::internAtom(connection_.get(), "_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, 32,
+                        1, &window);
     sync();
 }
 

@@ -83,6 +83,8 @@ class GeneralTabTest(SettingsTest):
         self.assertTrue(self.program.is_checked("Suoni di inizio/fine registrazione"))
         self.choose("Suoni di inizio/fine registrazione", "soundsEnabled", False)
         self.choose("Mostra il riquadro con la waveform", "overlayEnabled", False)
+        self.assertTrue(self.program.is_checked("Notifiche degli errori"))
+        self.choose("Notifiche degli errori", "notificationsEnabled", False)
         self.assertTrue(self.program.is_checked("Veloce (~285 caratteri/s)"))
         self.choose("Istantanea (incolla tutto insieme)", "typingSpeed", "instant")
         self.choose("Naturale (~85 caratteri/s)", "typingSpeed", "natural")
@@ -223,6 +225,41 @@ class DictationTabTest(SettingsTest):
         key("ctrl+alt+space")
         wait_for("the end of the recording", lambda: windows.state() != "recording")
 
+    def choose_own_key(self):
+        picker = self.program.picker("Scorciatoia")
+        while not windows.has(picker, windows.Atspi.StateType.FOCUSED):
+            before = self.program.focused()
+            key("Tab")
+            self.program.explained("the focus to go on", lambda before=before: self.program.focused() != before)
+        key("End")
+        self.program.wait("Scegli la combinazione…", "push button")
+
+    def press_own_key(self, combination):
+        self.program.press("Scegli la combinazione…", "push button")
+        self.program.wait("Premi ora la combinazione (Esc annulla)", "push button")
+        key(combination)
+        self.program.wait("Scegli la combinazione…", "push button")
+
+    def test_a_key_of_ones_own_counts_at_once(self):
+        self.choose_own_key()
+        self.assertNotIn("hotkeyPreset", settings())
+        self.press_own_key("ctrl+F9")
+        self.program.wait("Ctrl+F9 è libera: ora è la tua scorciatoia")
+        self.wait_for_setting("hotkeyPreset", "own")
+        self.assertEqual((settings()["hotkeyCode"], settings()["hotkeyModifiers"]), (101, 4096))
+        self.choose("Premi per iniziare, ripremi per fermare", "dictationMode", "toggle")
+        key("ctrl+F9")
+        wait_for("the recording", lambda: windows.state() == "recording")
+        key("ctrl+F9")
+        wait_for("the end of the recording", lambda: windows.state() != "recording")
+
+    def test_a_key_that_types_is_refused(self):
+        self.choose_own_key()
+        self.press_own_key("shift+a")
+        self.program.wait("Maiusc+A non si può usare: serve Ctrl, Alt o Super, oppure un tasto funzione")
+        self.press_own_key("Escape")
+        self.assertNotIn("hotkeyPreset", settings())
+
     def test_another_tier_stops_the_recogniser(self):
         before = self.wait_for_engine("whisper-server")
         self.choose("Veloce", "asrTier", "fast")
@@ -328,7 +365,7 @@ class ReachTest(SettingsTest):
     def test_tab_comes_to_everything(self):
         expected = {
             "Generale": ["Generale", "Avvia Parlivo al login", "Suoni di inizio/fine registrazione",
-                         "Mostra il riquadro con la waveform", "Veloce (~285 caratteri/s)",
+                         "Mostra il riquadro con la waveform", "Notifiche degli errori", "Veloce (~285 caratteri/s)",
                          "Modalità debug (salva le trascrizioni nel log)", "Cambia…", "Apri il manuale",
                          "Invia feedback…", "Esci da Parlivo"],
             "Dettatura": ["Dettatura", "Alt+Spazio", "Tieni premuto per parlare (push-to-talk)", "Italiano",

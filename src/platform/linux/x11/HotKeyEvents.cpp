@@ -48,7 +48,10 @@ void HotKeyEvents::askForEcho(std::uint32_t token) const {
 void HotKeyEvents::read() {
     while (const std::shared_ptr<const xcb_generic_event_t> event =
                EventHandle(xcb_wait_for_event(connection_))) {
-        keepMenusShut(*event);
+        if (const auto key = grabbedKeyOf(connection_, *event)) {
+            keepMenusShut(*key);
+            cutOff_.follow(connection_, *key);
+        }
         MainQueue::async(lifetime_.token(), jobFor(event));
     }
     MainQueue::async(lifetime_.token(), [this] { handlers_.end(); });
@@ -60,11 +63,10 @@ std::function<void()> HotKeyEvents::jobFor(const std::shared_ptr<const xcb_gener
     return [this, token = message.data.data32[0]] { handlers_.echo(token); };
 }
 
-/// While the hot key is still held, the other key comes back here and does nothing.
-void HotKeyEvents::keepMenusShut(const xcb_generic_event_t& event) {
-    if (event.response_type != XCB_KEY_RELEASE) return;
-    const auto& key = reinterpret_cast<const xcb_key_release_event_t&>(event);
-    if (key.detail == noOpKey || (key.state & menuModifiers) == 0) return;
+/// While the hot key is still held under a core grab, the other key comes back here and does nothing.
+void HotKeyEvents::keepMenusShut(const GrabbedKey& key) {
+    if (key.edge != GrabbedKey::Edge::Release) return;
+    if (key.key == noOpKey || (key.keyboard == 0 && (key.state & menuModifiers) == 0)) return;
     if (noOpKeyAvailable(connection_)) tapNoOpKey(connection_);
 }
 

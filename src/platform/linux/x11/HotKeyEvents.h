@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/x11/CutOffKeyboard.h"
 #include "support/Lifetime.h"
 
 #include <xcb/xcb.h>
@@ -41,11 +42,12 @@ class HotKeyEvents {
   private:
     void read();
     std::function<void()> jobFor(const std::shared_ptr<const xcb_generic_event_t>& event) const;
-    void keepMenusShut(const xcb_generic_event_t& event);
+    void keepMenusShut(const GrabbedKey& key);
 
     xcb_connection_t* connection_;
     const xcb_window_t window_;  ///< invisible, the address of echoes
     const Handlers handlers_;
+    CutOffKeyboard cutOff_;  ///< in the thread
     const Lifetime lifetime_;
     std::thread thread_;
 };

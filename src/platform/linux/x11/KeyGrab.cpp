@@ -23,7 +23,8 @@ KeyGrab::KeyGrab(KeyGrab&& other) noexcept
     : connection_(std::exchange(other.connection_, nullptr)),
       root_(other.root_),
       combination_(other.combination_),
-      locks_(other.locks_) {}
+      locks_(other.locks_),
+      keyboards_(std::move(other.keyboards_)) {}
 
 KeyGrab& KeyGrab::operator=(KeyGrab&& other) noexcept {
     if (this == &other) return *this;
@@ -32,6 +33,7 @@ KeyGrab& KeyGrab::operator=(KeyGrab&& other) noexcept {
     root_ = other.root_;
     combination_ = other.combination_;
     locks_ = other.locks_;
+    keyboards_ = std::move(other.keyboards_);
     return *this;
 }
 
@@ -39,7 +41,29 @@ KeyGrab::~KeyGrab() {
     release();
 }
 
-int KeyGrab::grabAll() const {
+int KeyGrab::grabAll() {
+    const int error = grabOnMaster();
+    if (error != XCB_ACCESS) return error;
+    // What was had of it would come to us twice.
+    releaseOnMaster();
+    return grabOnKeyboards() == 0 ? 0 : error;
+}
+
+int KeyGrab::grabOnKeyboards() {
+    if (!startInputExtension(connection_)) return XCB_ACCESS;
+    watchKeyboards(connection_, root_);
+    for (const KeyboardId keyboard : attachedKeyboards(connection_)) {
+        keyboards_.push_back(keyboard);
+        if (const int error = grabOnKeyboard(connection_, root_, keyboard, combination_, locks_);
+            error != 0) {
+            releaseOnKeyboards();
+            return error;
+        }
+    }
+    return keyboards_.empty() ? XCB_ACCESS : 0;
+}
+
+int KeyGrab::grabOnMaster() const {
     constexpr std::uint8_t eventsToRoot = 0;
     std::vector<xcb_void_cookie_t> cookies;
     for (const std::uint16_t locks : locks_.combinations()) {
@@ -57,12 +81,26 @@ int KeyGrab::grabAll() const {
 
 void KeyGrab::release() {
     if (connection_ == nullptr) return;
+    if (isOnKeyboards()) {
+        releaseOnKeyboards();
+    } else {
+        releaseOnMaster();
+    }
+    xcb_flush(connection_);
+}
+
+void KeyGrab::releaseOnKeyboards() {
+    for (const KeyboardId keyboard : keyboards_)
+        ungrabOnKeyboard(connection_, root_, keyboard, combination_, locks_);
+    keyboards_.clear();
+}
+
+void KeyGrab::releaseOnMaster() const {
     // Ungrabbing what another client holds does nothing, so a half-refused set needs no book-keeping.
     for (const std::uint16_t locks : locks_.combinations()) {
         xcb_ungrab_key(connection_, combination_.key, root_,
                        static_cast<std::uint16_t>(combination_.modifiers | locks));
     }
-    xcb_flush(connection_);
 }
 
 }  // namespace parlivo::x11

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/x11/X11HotKeyService.h"
 
+#include "platform/linux/desktop/KeyPositions.h"
 #include "platform/linux/x11/KeyLabel.h"
 #include "platform/linux/x11/XcbQueries.h"
 #include "platform/linux/x11/XcbXkb.h"
@@ -23,17 +24,6 @@ constexpr auto holdCheckInterval = 150ms;
 /// Changes of the keyboard map come in bursts: setxkbmap makes several.
 constexpr auto mapSettling = 20ms;
 
-struct Position {
-    KeyCode code;
-    xcb_keycode_t key;
-};
-/// Positions as X counts them: the kernel's code (linux/input-event-codes.h) + 8, whatever the layout prints
-/// there.
-constexpr std::array positions{
-    Position{.code = VirtualKey::space, .key = 57 + 8},  // KEY_SPACE
-    Position{.code = VirtualKey::grave, .key = 41 + 8},  // KEY_GRAVE
-};
-
 struct ModifierPair {
     HotKeyModifiers modifier;
     std::uint16_t mask;
@@ -46,19 +36,22 @@ constexpr std::array modifierPairs{
 };
 
 std::optional<x11::KeyCombination> combinationOf(KeyCode code, HotKeyModifiers modifiers) {
-    const auto position = std::ranges::find(positions, code, &Position::code);
-    if (position == positions.end()) return std::nullopt;
-    x11::KeyCombination combination{.key = position->key};
+    const auto position = KeyPositions::kernelCodeOf(code);
+    if (!position) return std::nullopt;
+    x11::KeyCombination combination{.key =
+                                        static_cast<xcb_keycode_t>(*position + KeyPositions::displayOffset)};
     for (const auto& [modifier, mask] : modifierPairs) {
         if ((modifiers & modifier) != 0) combination.modifiers |= mask;
     }
     return combination;
 }
 
-/// The modifiers among an event's state, which also tells mouse buttons and the layout's group.
-constexpr std::uint16_t allModifiers = 0xff;
+HotKeyRefusal refusal(int status) {
+    using Reason = HotKeyRefusal::Reason;
+    return {.status = status, .reason = status == XCB_ACCESS ? Reason::Taken : Reason::Unusable};
+}
 
-bool isDown(xcb_connection_t* connection, xcb_keycode_t key) {
+bool isDownOnMaster(xcb_connection_t* connection, xcb_keycode_t key) {
     const auto map = owned(xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr));
     return map && (std::span(map->keys)[key / 8U] >> (key % 8U) & 1U) != 0;
 }
@@ -102,6 +95,7 @@ class X11HotKeyService::Registration : public HotKeyRegistration {
         error_ = grab(locks);
         if (error_ != 0 && previous != locks) grab(previous);
     }
+    bool isOnKeyboards() const { return grab_ && grab_->isOnKeyboards(); }
     /// The X error code of the last regrab, or 0.
     int error() const { return error_; }
 
@@ -125,6 +119,9 @@ X11HotKeyService::X11HotKeyService() {
     mapCheck_.setInterval(mapSettling);
     mapCheck_.setSingleShot(true);
     QObject::connect(&mapCheck_, &QTimer::timeout, &mapCheck_, [this] { followKeyboardMap(); });
+    keyboardCheck_.setInterval(mapSettling);
+    keyboardCheck_.setSingleShot(true);
+    QObject::connect(&keyboardCheck_, &QTimer::timeout, &keyboardCheck_, [this] { regrabAll(true); });
 }
 
 X11HotKeyService::~X11HotKeyService() = default;
@@ -139,14 +136,30 @@ std::unique_ptr<HotKeyHandler> X11HotKeyService::installHandler(Edge pressed, Ed
 HotKeyService::Result X11HotKeyService::registerHotKey(KeyCode key, HotKeyModifiers modifiers,
                                                        HotKeyIdentity) {
     const auto combination = combinationOf(key, modifiers);
-    if (!combination) return HotKeyRefusal{XCB_VALUE};
-    if (const int status = ensureConnection(); status != 0) return HotKeyRefusal{status};
+    if (!combination) return refusal(XCB_VALUE);
+    if (const int status = ensureConnection(); status != 0) return refusal(status);
     auto result = x11::KeyGrab::take(connection_.get(), root_, *combination, locks_);
     if (const int status = xcb_connection_has_error(connection_.get()); status != 0) {
-        return HotKeyRefusal{status};
+        return refusal(status);
     }
-    if (const int* const error = std::get_if<int>(&result)) return HotKeyRefusal{*error};
+    if (const int* const error = std::get_if<int>(&result)) return refusal(*error);
     return std::make_unique<Registration>(*this, *combination, std::get<x11::KeyGrab>(std::move(result)));
+}
+
+std::optional<KeyCode> X11HotKeyService::keyCodeOf(std::uint32_t nativeScanCode) const {
+    if (nativeScanCode < KeyPositions::displayOffset) return std::nullopt;
+    return KeyPositions::keyCodeOf(nativeScanCode - KeyPositions::displayOffset);
+}
+
+void X11HotKeyService::watchRefused(std::function<void()> mayBeFree) {
+    mayBeFree_ = std::move(mayBeFree);
+    if (connection_) selectRootEvents();
+}
+
+void X11HotKeyService::selectRootEvents() const {
+    const std::uint32_t events = mayBeFree_ ? XCB_EVENT_MASK_PROPERTY_CHANGE : XCB_EVENT_MASK_NO_EVENT;
+    xcb_change_window_attributes(connection_.get(), root_, XCB_CW_EVENT_MASK, &events);
+    xcb_flush(connection_.get());
 }
 
 QString X11HotKeyService::keyLabel(KeyCode key) {
@@ -175,6 +188,8 @@ int X11HotKeyService::ensureConnection() {
     root_ = x11::screenOf(connection_.get(), screenNumber)->root;
     watchKeyboardMap();
     locks_ = x11::LockModifiers(connection_.get());
+    windowManagerCheck_ = x11::internAtom(connection_.get(), "_NET_SUPPORTING_WM_CHECK");
+    selectRootEvents();
     events_.emplace(connection_.get(), root_,
                     x11::HotKeyEvents::Handlers{.event = [this](const auto& event) { handle(event); },
                                                 .echo = [this](std::uint32_t hold) { endLostHold(hold); },
@@ -204,40 +219,61 @@ void X11HotKeyService::watchKeyboardMap() {
 void X11HotKeyService::handle(const xcb_generic_event_t& event) {
     // A client of the keyboard extension hears of setxkbmap and of a plugged keyboard by its events only.
     if (event.response_type == keyboardEvent_) return mapCheck_.start();
-    // Events that another client merely sent carry a further bit and match nothing here.
-    switch (event.response_type) {
-        case XCB_KEY_PRESS:
-            keyPressed(reinterpret_cast<const xcb_key_press_event_t&>(event));
-            break;
-        case XCB_KEY_RELEASE:
-            keyReleased(reinterpret_cast<const xcb_key_release_event_t&>(event));
-            break;
-        case XCB_MAPPING_NOTIFY:
-            mapCheck_.start();
-            break;
-        default:
-            break;
+    if (event.response_type == XCB_MAPPING_NOTIFY) return mapCheck_.start();
+    if (event.response_type == XCB_PROPERTY_NOTIFY) {
+        const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        // A window manager that comes or goes takes its keys at the same time.
+        if (property.atom == windowManagerCheck_) mapCheck_.start();
+        return;
+    }
+    if (x11::isKeyboardChange(connection_.get(), event)) return keyboardCheck_.start();
+    const auto key = x11::grabbedKeyOf(connection_.get(), event);
+    if (!key) return;
+    if (key->edge == x11::GrabbedKey::Edge::Press) {
+        keyPressed(*key);
+    } else {
+        keyReleased(*key);
     }
 }
 
-void X11HotKeyService::keyPressed(const xcb_key_press_event_t& event) {
+void X11HotKeyService::keyPressed(const x11::GrabbedKey& key) {
     // While a key is held, its repeats and all other keys arrive here, too.
-    if (hold_ || !isHotKey(event)) return;
-    hold_ = Hold{.key = event.detail, .number = ++holds_};
+    if (hold_ || !isHotKey(key)) return;
+    // A grab of a single keyboard comes before even these.
+    const bool ignored = key.keyboard != 0 && isKeyboardTaken();
+    hold_ = Hold{.key = key.key, .keyboard = key.keyboard, .number = ++holds_, .releaseDue = !ignored};
     holdCheck_.start();
-    if (const Edge pressed = pressed_) pressed();
+    if (const Edge pressed = pressed_; pressed && !ignored) pressed();
 }
 
-void X11HotKeyService::keyReleased(const xcb_key_release_event_t& event) {
-    if (hold_ && hold_->key == event.detail) endHold();
+void X11HotKeyService::keyReleased(const x11::GrabbedKey& key) {
+    if (hold_ && hold_->key == key.key && hold_->keyboard == key.keyboard) endHold();
 }
 
-bool X11HotKeyService::isHotKey(const xcb_key_press_event_t& event) const {
-    const auto modifiers = static_cast<std::uint16_t>(event.state & allModifiers & ~locks_.mask());
+bool X11HotKeyService::isHotKey(const x11::GrabbedKey& key) const {
+    const auto modifiers = static_cast<std::uint16_t>(key.state & ~locks_.mask());
     return std::ranges::any_of(registrations_, [&](const Registration* registration) {
         const auto& combination = registration->combination();
-        return combination.key == event.detail && combination.modifiers == modifiers;
+        // The grab of a keyboard was matched with the modifiers of all of them, its events tell of its own.
+        return combination.key == key.key && (key.keyboard != 0 || combination.modifiers == modifiers);
     });
+}
+
+bool X11HotKeyService::isKeyboardTaken() const {
+    auto* const c = connection_.get();
+    constexpr std::uint8_t eventsToRoot = 0;
+    const auto cookie =
+        xcb_grab_keyboard(c, eventsToRoot, root_, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    const auto grab = owned(xcb_grab_keyboard_reply(c, cookie, nullptr));
+    if (!grab || grab->status != XCB_GRAB_STATUS_SUCCESS) return true;
+    xcb_ungrab_keyboard(c, XCB_CURRENT_TIME);
+    xcb_flush(c);
+    return false;
+}
+
+bool X11HotKeyService::isDown(const Hold& hold) const {
+    return hold.keyboard == 0 ? isDownOnMaster(connection_.get(), hold.key)
+                              : x11::isDownOn(connection_.get(), hold.keyboard, hold.key);
 }
 
 void X11HotKeyService::deliverRelease() {
@@ -254,7 +290,7 @@ void X11HotKeyService::endHold() {
 
 void X11HotKeyService::checkHold() {
     // What came in before the answer goes first: it may be the release itself, and repeats before it.
-    if (hold_ && !isDown(connection_.get(), hold_->key)) events_->askForEcho(hold_->number);
+    if (hold_ && !isDown(*hold_)) events_->askForEcho(hold_->number);
 }
 
 void X11HotKeyService::endLostHold(std::uint32_t number) {
@@ -265,16 +301,22 @@ void X11HotKeyService::followKeyboardMap() {
     const x11::LockModifiers locks(connection_.get());
     const bool moved = locks != locks_;
     locks_ = locks;
+    regrabAll(moved);
+    if (const auto mayBeFree = mayBeFree_) mayBeFree();
+}
+
+/// Those that depend on the locks or on the keyboards, and those that failed.
+void X11HotKeyService::regrabAll(bool locksMoved) {
     std::optional<int> outcome;
     for (auto* const registration : registrations_) {
         const int before = registration->error();
-        if (!moved && before == 0) continue;
+        if (!locksMoved && before == 0) continue;
         registration->regrab(locks_);
         if (registration->error() != before) outcome = registration->error();
     }
     const Change changed = changed_;
     if (!changed || !outcome) return;
-    changed(*outcome == 0 ? std::nullopt : std::optional(HotKeyRefusal{*outcome}));
+    changed(*outcome == 0 ? std::nullopt : std::optional(refusal(*outcome)));
 }
 
 void X11HotKeyService::remove(const Registration* registration) {

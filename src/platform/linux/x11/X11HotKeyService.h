@@ -41,6 +41,11 @@ class X11HotKeyService : public HotKeyService {
 
     std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+    /// Window managers hold many combinations.
+    Contention contention() const override { return Contention::Common; }
+    std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
+    /// While watching, every change of a property of the root window is looked at.
+    void watchRefused(std::function<void()> mayBeFree) override;
     QString keyLabel(KeyCode key) override;
 
   private:
@@ -50,6 +55,7 @@ class X11HotKeyService : public HotKeyService {
     /// A hot key that went down and has not come up.
     struct Hold {
         xcb_keycode_t key = 0;
+        x11::KeyboardId keyboard = 0;
         std::uint32_t number = 0;
         bool releaseDue = true;
     };
@@ -60,15 +66,20 @@ class X11HotKeyService : public HotKeyService {
     bool startKeyboard();
     void watchKeyboardMap();
     void handle(const xcb_generic_event_t& event);
-    void keyPressed(const xcb_key_press_event_t& event);
-    void keyReleased(const xcb_key_release_event_t& event);
+    void keyPressed(const x11::GrabbedKey& key);
+    void keyReleased(const x11::GrabbedKey& key);
+    /// Whether another client has the whole keyboard: a menu, a screen lock.
+    bool isKeyboardTaken() const;
+    bool isDown(const Hold& hold) const;
     void deliverRelease();
     void endHold();
     /// Notices a release that was not reported, as when the keyboard goes away while the key is down.
     void checkHold();
     void endLostHold(std::uint32_t number);
     void followKeyboardMap();
-    bool isHotKey(const xcb_key_press_event_t& event) const;
+    bool isHotKey(const x11::GrabbedKey& key) const;
+    void regrabAll(bool locksMoved);
+    void selectRootEvents() const;
     void remove(const Registration* registration);
 
     x11::ConnectionHandle connection_;
@@ -81,9 +92,12 @@ class X11HotKeyService : public HotKeyService {
     Edge released_;
     Change changed_;
     std::optional<Hold> hold_;
+    std::function<void()> mayBeFree_;
+    xcb_atom_t windowManagerCheck_ = XCB_ATOM_NONE;
     std::uint32_t holds_ = 0;  ///< so far, and with it the number of the last
     QTimer holdCheck_;
     QTimer mapCheck_;
+    QTimer keyboardCheck_;
 };
 
 }  // namespace parlivo

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/Notifications.h"
+
+#include <QDBusConnection>
+#include <QObject>
+
+#include <optional>
+
+class QDBusServiceWatcher;
+
+namespace parlivo {
+
+/// The notification service of the session bus, as the Desktop Notifications Specification 1.2 describes it
+/// (org.freedesktop.Notifications). Where there is no bus or no service, nothing is shown.
+class BusNotifications : public QObject, public Notifications {
+    Q_OBJECT
+
+  public:
+    BusNotifications();
+
+    void show(Notification notification) override;
+    void withdraw() override;
+
+  private Q_SLOTS:
+    void actionInvoked(uint id, const QString& key);
+    void closed(uint id, uint reason);
+
+  private:
+    /// Asks once what the service can do, which decides how a text is to be written.
+    void askForCapabilities();
+    void send();
+    void sent(uint id);
+
+    QDBusConnection bus_;
+    std::optional<bool> markup_;  ///< whether the service takes texts for markup; nullopt while unknown
+    bool asking_ = false;
+    bool sending_ = false;
+    std::optional<Notification> waiting_;  ///< not sent yet
+    std::optional<Notification> shown_;
+    uint id_ = 0;  ///< of the one that is shown, as the service counts; 0 = none
+};
+
+}  // namespace parlivo

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "ui/settings/OwnHotKey.h"
+
+#include "input/HotKeyChoice.h"
+#include "input/HotKeyStatus.h"
+#include "ui/settings/KeyCaptureButton.h"
+#include "ui/views/Labels.h"
+
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace parlivo {
+
+OwnHotKey::OwnHotKey(std::function<void()> adopted, QWidget* parent)
+    : QWidget(parent),
+      adopted_(std::move(adopted)),
+      button_(new KeyCaptureButton([this](auto key, auto modifiers) { take(key, modifiers); }, this)),
+      verdict_(new Label({}, TextStyle::Caption, secondaryColour, this)),
+      warning_(new Label({}, TextStyle::Caption, errorColour, this)) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addWidget(button_, 0, Qt::AlignRight);
+    column->addWidget(verdict_);
+    column->addWidget(warning_);
+    verdict_->setAlignment(Qt::AlignRight);
+    warning_->setAlignment(Qt::AlignRight);
+    connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, this, [this] { refresh(); });
+    refresh();
+}
+
+void OwnHotKey::offer() {
+    button_->show();
+}
+
+void OwnHotKey::refresh() {
+    const Preset inForce = HotKeyChoice::current();
+    const bool isOwn = inForce.id == HotKeyChoice::ownId();
+    button_->setVisible(isOwn);
+    say(isOwn ? tr("La tua scorciatoia è %1").arg(inForce.label) : QString());
+    const auto warning = HotKeyStatus::shared().warning();
+    warning_->setText(warning.value_or(QString()));
+    warning_->setVisible(warning.has_value());
+}
+
+void OwnHotKey::take(std::optional<KeyCode> key, HotKeyModifiers modifiers) {
+    using Verdict = HotKeyStatus::Verdict;
+    if (!key) return say(tr("Questo tasto non si può usare come scorciatoia"));
+    const QString title = HotKeyChoice::titleOf(*key, modifiers);
+    switch (HotKeyStatus::shared().verdictOn(*key, modifiers)) {
+        case Verdict::Free:
+            HotKeyChoice::store(*key, modifiers);
+            adopted_();
+            refresh();
+            return say(tr("%1 è libera: ora è la tua scorciatoia").arg(title));
+        case Verdict::Taken:
+            return say(tr("%1 è già usata da un altro programma").arg(title));
+        case Verdict::Unusable:
+            return say(
+                tr("%1 non si può usare: serve Ctrl, Alt o Super, oppure un tasto funzione").arg(title));
+    }
+}
+
+void OwnHotKey::say(const QString& verdict) {
+    verdict_->setText(verdict);
+    verdict_->setVisible(!verdict.isEmpty());
+}
+
+void OwnHotKey::showEvent(QShowEvent* event) {
+    refresh();
+    QWidget::showEvent(event);
+}
+
+}  // namespace parlivo
