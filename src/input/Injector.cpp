@@ -28,6 +28,9 @@ constexpr auto fastPause = 3'500us;
 /// The time until every application sees the new contents of the pasteboard.
 constexpr auto pasteboardSettling = 50ms;
 constexpr auto restoreDelay = 500ms;
+/// How long the receiver of a paste may take to ask for the text, where the system tells that it has.
+constexpr auto readTimeout = 500ms;
+constexpr auto readPollInterval = 5ms;
 /// Between two pieces of a text: receivers that read late must not be sent too many of them.
 constexpr auto pieceInterval = 56ms;
 
@@ -46,10 +49,12 @@ struct Progress {
     qsizetype posted = 0;   ///< UTF-16 units, those of skipped characters included
     qsizetype skipped = 0;  ///< characters
     bool failed = false;
+    bool notTaken = false;  ///< why it failed: the receiver stands still
 };
 
 void count(Progress& progress, QStringView text, Posted posted) {
-    progress.failed = posted == Posted::Failed;
+    progress.notTaken = posted == Posted::NotTaken;
+    progress.failed = posted == Posted::Failed || progress.notTaken;
     if (progress.failed) return;
     progress.posted += text.size();
     if (posted == Posted::Skipped) ++progress.skipped;
@@ -66,30 +71,38 @@ Progress typeCharacters(const QString& text, KeyEventSource& source, Clock::Dura
     return progress;
 }
 
+struct Piece {
+    QStringView text;
+    qsizetype characters = 0;
+};
+
 /// The whole characters at the beginning of `text`, `most` of them at most, that fit into one piece.
-QStringView firstPiece(QStringView text, qsizetype most) {
+Piece firstPiece(QStringView text, qsizetype most) {
+    Piece piece;
     qsizetype length = 0;
     qsizetype bytes = 0;
     Text::forEachCharacter(text, [&](QStringView character) {
         bytes += character.toUtf8().size();
         if (length > 0 && bytes > KeyEventSource::maxPieceBytes) return false;
         length += character.size();
-        return --most > 0;
+        return ++piece.characters < most;
     });
-    return text.first(length);
+    piece.text = text.first(length);
+    return piece;
 }
 
-/// The same pace with as many characters at once as have become due since the last piece.
+/// The same pace with as many characters at once as have become due since the last piece, however long its
+/// receiver took.
 Progress typePieces(const QString& text, KeyEventSource& source, Clock::Duration pause) {
     Progress progress;
-    auto due = Clock::now();
+    auto due = Clock::now();  // of the next character
     while (progress.posted < text.size() && !progress.failed && !Clock::interrupted()) {
-        const auto late = std::max(Clock::now() - due, Clock::Duration::zero());
-        const auto piece = firstPiece(QStringView(text).sliced(progress.posted),
-                                      std::max<qsizetype>(1, (late + pieceInterval) / pause));
-        count(progress, piece, source.postPiece(piece));
-        due = Clock::now() + std::max<Clock::Duration>(pieceInterval, pause);
-        if (!Clock::sleepUntil(due)) break;
+        const auto start = Clock::now();
+        const auto most = std::max<qsizetype>(1, (start + pieceInterval - due) / pause);
+        const auto piece = firstPiece(QStringView(text).sliced(progress.posted), most);
+        count(progress, piece.text, source.postPiece(piece.text));
+        due += piece.characters * pause;
+        if (!Clock::sleepUntil(std::max(due, start + pieceInterval))) break;
     }
     return progress;
 }
@@ -110,6 +123,25 @@ void scheduleRestore(PendingRestore::Ticket ticket) {
     MainQueue::after(restoreDelay, always.token(), [ticket] { restoreNow(ticket); });
 }
 
+/// Whether somebody has read the pasteboard since it was read `before` times, as far as the system tells. Who
+/// reads need not be the receiver; but where nobody reads, nothing was pasted.
+bool isRead(Pasteboard& pasteboard, std::optional<int> before) {
+    if (!before) return true;
+    const Clock::Deadline deadline(readTimeout);
+    while (pasteboard.timesRead() == before && !deadline.passed()) {
+        if (!Clock::sleepFor(readPollInterval)) return true;
+    }
+    return pasteboard.timesRead() != before;
+}
+
+/// A shortcut would come as late as the text, when the pasteboard holds something else again.
+Outcome leaveOnClipboard(const QString& rest) {
+    Log::info(QStringLiteral("l'applicazione non prende il testo: il resto va negli appunti"));
+    pendingRestore().callOff();
+    Platform::current().pasteboard().setText(rest, Pasteboard::History::Keep);
+    return Outcome::LeftOnClipboard;
+}
+
 }  // namespace
 
 Clock::Duration pauseAfterCharacter(TypingSpeed speed) {
@@ -127,6 +159,7 @@ Outcome typeText(const QString& text) {
     if (progress.posted == text.size()) return Outcome::Delivered;
     if (Clock::interrupted()) return Outcome::CutOff;
     source.reset();  // the user's keyboard state is back before the shortcut
+    if (progress.notTaken) return leaveOnClipboard(text.sliced(progress.posted));
     Log::info(QStringLiteral("tastiera cambiata durante la digitazione: il resto viene incollato"));
     return paste(text.sliced(progress.posted));
 }
@@ -146,9 +179,10 @@ Outcome paste(const QString& text) {
     pasteboard.setText(text, Pasteboard::History::Omit);
     if (!Clock::sleepFor(pasteboardSettling)) return Outcome::CutOff;
     auto source = Platform::current().keyboard().makeShortcutSource();
+    const auto readBefore = pasteboard.timesRead();
     const auto posted = source ? postKey(VirtualKey::v, *source, KeyFlag::command) : Posted::Failed;
     if (Clock::interrupted() && posted != Posted::Yes) return Outcome::CutOff;
-    if (posted != Posted::Yes) {
+    if (posted != Posted::Yes || !isRead(pasteboard, readBefore)) {
         // Nothing was pasted: the text stays where the user can take it from.
         pendingRestore().callOff();
         return Outcome::LeftOnClipboard;

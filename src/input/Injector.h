@@ -26,8 +26,9 @@ Clock::Duration pauseAfterCharacter(TypingSpeed speed);
 /// given is pasted, and so is the rest of a text when the keyboard loses characters midway.
 Outcome typeText(const QString& text);
 
-/// Pastes `text` through the pasteboard. Returns when the shortcut has been posted; half a second later the
-/// main queue puts back the plain text that was there before. Where there was none, `text` stays.
+/// Pastes `text` through the pasteboard. Returns when the shortcut has been posted and, where the system
+/// tells that, somebody has read the text; half a second later the main queue puts back the plain text that
+/// was there before. Where there was none, `text` stays, and so it does where nobody read it.
 Outcome paste(const QString& text);
 
 /// Posts one key down and one key up.

@@ -25,9 +25,10 @@ enum class TextIntake {
 
 /// What became of an event.
 enum class Posted {
-    Yes,      ///< it is on its way to the focused window
-    Skipped,  ///< there is no such event on this system (a control character): nothing was sent
-    Failed,   ///< it could not be sent; neither can those that follow
+    Yes,       ///< it is on its way to the focused window
+    Skipped,   ///< there is no such event on this system (a control character): nothing was sent
+    Failed,    ///< it could not be sent; neither can those that follow
+    NotTaken,  ///< the receiver stopped taking text: nothing was sent, nor should anything else be
 };
 
 /// A source of key events for one text or one shortcut. While it exists the keyboard is in the state that

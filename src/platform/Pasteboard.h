@@ -4,6 +4,8 @@
 #include <QMap>
 #include <QString>
 
+#include <optional>
+
 namespace parlivo {
 
 /// The places from which a system's applications paste. macOS has the first only.
@@ -32,6 +34,10 @@ class Pasteboard {
 
     /// Puts texts back, each only into a place that still holds what we put there last.
     virtual void restore(const PasteboardTexts& texts) = 0;
+
+    /// How often other programs have been given a text that was put there, since the start; nullopt where the
+    /// system does not tell. At once.
+    virtual std::optional<int> timesRead() { return std::nullopt; }
 };
 
 }  // namespace parlivo

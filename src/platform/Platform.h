@@ -61,6 +61,8 @@ class Platform {
     virtual std::optional<QString> startProblem() = 0;
     /// The ways in which hot key, text and overlay work in this session, in one line of Italian.
     virtual QString desktopSummary() = 0;
+    /// The same for the settings window; nullopt where it goes without saying what works.
+    virtual std::optional<QString> sessionNote() { return std::nullopt; }
     /// What a child process does between fork and exec (ChildProcess::setChildSetup).
     virtual std::function<void()> childSetup() = 0;
     /// The environment of the programs that this one starts: the one it was started with, without the

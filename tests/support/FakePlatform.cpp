@@ -126,7 +126,7 @@ class Source : public KeyEventSource {
 
   private:
     Posted post(const QString& stroke) {
-        if (keyboard_.strokes().size() >= keyboard_.failsAfter) return Posted::Failed;
+        if (keyboard_.strokes().size() >= keyboard_.failsAfter) return keyboard_.failure;
         keyboard_.record(stroke);
         return Posted::Yes;
     }

@@ -161,6 +161,7 @@ class Keyboard : public parlivo::KeyboardSynthesizer {
     /// Characters of this kind are skipped, and from this stroke on all fail.
     std::atomic<char16_t> skipped = 0;
     std::atomic<qsizetype> failsAfter = std::numeric_limits<qsizetype>::max();
+    std::atomic<Posted> failure = Posted::Failed;
     std::atomic<TextIntake> intake = TextIntake::Characters;
     std::atomic<int> prepared = 0;
     std::atomic<int> sourcesMade = 0;
@@ -223,6 +224,12 @@ class Pasteboard : public parlivo::Pasteboard {
     };
     std::vector<Set> sets() const;
     int restores() const;
+    std::optional<int> timesRead() override {
+        if (real) return real->timesRead();
+        return tellsReadings ? std::optional(readings.load()) : std::nullopt;
+    }
+    std::atomic<bool> tellsReadings = false;
+    std::atomic<int> readings = 0;
     /// Whether line ends become line feeds, as in X selections.
     std::atomic<bool> convertsLineEnds = false;
 

@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 
 #include <random>
+#include <thread>
 
 namespace parlivo {
 namespace {
@@ -178,6 +179,17 @@ TEST_F(InjectorTest, APieceThatIsNotTakenGoesToThePasteboardWithAllThatFollows) 
     EXPECT_EQ(platform.keyboard().typed() + clipboard(), text);
 }
 
+TEST_F(InjectorTest, AReceiverThatTakesNothingMoreIsSentNoShortcutEither) {
+    platform.keyboard().intake = TextIntake::Pieces;
+    platform.keyboard().failsAfter = 1;
+    platform.keyboard().failure = Posted::NotTaken;
+    const QString text = QStringLiteral("0123456789").repeated(10);
+    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::LeftOnClipboard);
+    EXPECT_EQ(platform.keyboard().typed() + clipboard(), text);
+    EXPECT_EQ(platform.keyboard().strokes().size(), 1);
+    EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
+}
+
 TEST_F(InjectorTest, PostKeyPostsOneKeyWithItsFlags) {
     const auto source = platform.keyboard().makeShortcutSource();
     Injector::postKey(9, *source, KeyFlag::command);
@@ -290,6 +302,26 @@ TEST_F(PasteTest, TwoPastesInARowGiveBackWhatTheUserHadWhateverTheLineEnds) {
     passRestoreTime();
     EXPECT_EQ(clipboard(), QStringLiteral("prima"));
     EXPECT_EQ(selection(), QStringLiteral("evidenziato"));
+}
+
+TEST_F(PasteTest, APasteThatNobodyReadsStaysOnThePasteboard) {
+    platform.pasteboard().tellsReadings = true;
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    EXPECT_EQ(Injector::paste(newText), Injector::Outcome::LeftOnClipboard);
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), newText);
+    EXPECT_EQ(platform.pasteboard().restores(), 0);
+}
+
+TEST_F(PasteTest, APasteIsDeliveredWhenItIsRead) {
+    platform.pasteboard().tellsReadings = true;
+    platform.pasteboard().readings = 7;
+    std::thread receiver([this] {
+        while (platform.keyboard().strokes().isEmpty()) std::this_thread::yield();
+        ++platform.pasteboard().readings;
+    });
+    EXPECT_EQ(Injector::paste(newText), Injector::Outcome::Delivered);
+    receiver.join();
 }
 
 TEST_F(PasteTest, TheEndOfTheProgramPutsBackWhatWasThere) {

@@ -3,10 +3,30 @@
 
 #include "platform/linux/desktop/NullDesktop.h"
 #include "platform/linux/session/SessionKind.h"
+#include "platform/linux/sway/SwayHotKeyService.h"
+#include "platform/linux/sway/SwayIpc.h"
 #include "platform/linux/wayland/WaylandDesktop.h"
 #include "platform/linux/x11/X11Desktop.h"
 
+#include <QCoreApplication>
+
 namespace parlivo {
+
+namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::DesktopFactory)
+};
+
+/// By what answers in the session, not by the desktop's name.
+HotKeyWay hotKeyWay() {
+    const QString swaySocket = qEnvironmentVariable("SWAYSOCK");
+    if (sway::SwayIpc::connect(swaySocket))
+        return {std::make_unique<sway::SwayHotKeyService>(swaySocket), Texts::tr("tasto globale di sway")};
+    return {};
+}
+
+}  // namespace
 
 std::unique_ptr<Desktop> makeDesktop() {
     const SessionChoice session = currentSession();
@@ -14,7 +34,7 @@ std::unique_ptr<Desktop> makeDesktop() {
         case SessionKind::X11:
             return std::make_unique<X11Desktop>();
         case SessionKind::Wayland:
-            return std::make_unique<WaylandDesktop>();
+            return std::make_unique<WaylandDesktop>(hotKeyWay());
         case SessionKind::None:
             break;
     }

@@ -51,6 +51,7 @@ GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
     addModelsFolder(form);
     form.divider();
     addProgram(form);
+    if (const auto note = Platform::current().sessionNote()) form.caption(*note);
 }
 
 void GeneralTab::setLaunchAtLogin(bool wanted) {

@@ -4,10 +4,12 @@
 #include "support/Error.h"
 #include "support/Waiting.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
 
+#include <algorithm>
 #include <functional>
 
 namespace parlivo::desktop::sway {
@@ -59,6 +61,41 @@ QString focusedApplication() {
     return focused;
 }
 
+QStringList titles() {
+    QStringList all;
+    forEachWindow(tree(), [&](const QJsonObject& window) {
+        all.append(window.value(QStringLiteral("name")).toString());
+    });
+    return all;
+}
+
+QString focusedTitle() {
+    QString focused;
+    forEachWindow(tree(), [&](const QJsonObject& window) {
+        if (window.value(QStringLiteral("focused")).toBool())
+            focused = window.value(QStringLiteral("name")).toString();
+    });
+    return focused;
+}
+
+bool accepts(const QString& command) {
+    const QByteArray answer =
+        run(QStringLiteral("swaymsg"), {QStringLiteral("-r"), QStringLiteral("--"), command});
+    const QJsonArray results = QJsonDocument::fromJson(answer).array();
+    return !results.isEmpty() && std::ranges::all_of(results, [](const QJsonValue& result) {
+        return result.toObject().value(QStringLiteral("success")).toBool();
+    });
+}
+
+void command(const QString& command) {
+    if (!accepts(command)) fail(command);
+}
+
+QImage screenshot() {
+    return QImage::fromData(
+        run(QStringLiteral("grim"), {QStringLiteral("-t"), QStringLiteral("ppm"), QStringLiteral("-")}));
+}
+
 QByteArray clipboard(const QStringList& options) {
     return run(QStringLiteral("wl-paste"), QStringList{QStringLiteral("--no-newline")} + options);
 }
@@ -69,27 +106,6 @@ void copy(const QByteArray& content, const QStringList& options) {
     process.write(content);
     process.closeWriteChannel();
     if (!process.waitForFinished() || process.exitCode() != 0) fail(QStringLiteral("wl-copy"));
-}
-
-Terminal::Terminal() {
-    process_.start(QStringLiteral("foot"),
-                   {QStringLiteral("--app-id"), application(), QStringLiteral("sh"), QStringLiteral("-c"),
-                    QStringLiteral("exec cat >'%1'").arg(folder_.filePath(QStringLiteral("received")))});
-    if (!waitFor([] { return focusedApplication() == application(); })) fail(QStringLiteral("no terminal"));
-}
-
-Terminal::~Terminal() {
-    process_.kill();
-    process_.waitForFinished();
-}
-
-QString Terminal::application() {
-    return QStringLiteral("receiver");
-}
-
-QByteArray Terminal::received() const {
-    QFile file(folder_.filePath(QStringLiteral("received")));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 }  // namespace parlivo::desktop::sway

@@ -1,22 +1,40 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/dictation/ProgramTest.h"
 #include "desktop/tray/NotifierWatcher.h"
+#include "desktop/wayland/Hands.h"
 #include "desktop/wayland/Sway.h"
+#include "desktop/wayland/WaylandReceiver.h"
+
+#include <algorithm>
+#include <csignal>
+#include <iostream>
 
 namespace parlivo::desktop {
 namespace {
 
 using namespace std::chrono_literals;
+using Kind = WaylandReceiver::Kind;
 
 const QString onClipboard =
     QStringLiteral("⚠️ Testo copiato negli appunti — manca il permesso Accessibilità (menu)");
 const QString ownWindows = QStringLiteral("it.parlivo.Parlivo");
+const QString spoken = QStringLiteral("Perché no? «Sì» — 12 € 👍🏽");
+const QString recogniserUrl = QStringLiteral("http://127.0.0.1:8765/");
 
-/// The whole program in a session of sway, without an X server.
+/// The whole program in a session of sway, without an X server, controlled by the real key.
 class WaylandSessionTest : public testing::Test {
   protected:
     WaylandSessionTest() {
-        home::settle({{QStringLiteral("cleanupLevel"), QStringLiteral("none")}});
+        separateSpeakerFromMicrophone();
+        settle();
+    }
+    void TearDown() override {
+        if (HasFailure()) std::cerr << qPrintable(home::log());
+    }
+
+    static void settle(QJsonObject more = {}) {
+        more.insert(QStringLiteral("cleanupLevel"), QStringLiteral("none"));
+        home::settle(more);
         home::provideModels();
     }
 
@@ -28,49 +46,166 @@ class WaylandSessionTest : public testing::Test {
         return environment;
     }
 
-    static void dictate(const Program& program) {
-        ASSERT_TRUE(program.invoke("Press"));
-        ASSERT_TRUE(program.waitForState(QStringLiteral("recording")));
+    void press() { hands_.press({KEY_LEFTALT, KEY_SPACE}); }
+    void release() { hands_.release({KEY_SPACE, KEY_LEFTALT}); }
+
+    void startRecording(const Program& program) {
+        press();
+        ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(program.statusText());
+    }
+    /// Holds the key for long enough to count.
+    void dictate(const Program& program) {
+        startRecording(program);
         letPass(400ms);
-        EXPECT_EQ(sway::focusedApplication(), sway::Terminal::application());
-        EXPECT_FALSE(sway::applications().contains(ownWindows)) << "no overlay that is a window";
-        ASSERT_TRUE(program.invoke("Release"));
+        release();
         ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
     }
+
+    Hands hands_;
 };
 
-TEST_F(WaylandSessionTest, TheTextGoesToTheClipboardAndThatIsSaid) {
-    const QString text = QStringLiteral("Perché no? «Sì» — 12 € 👍🏽");
-    StubRecogniser stub(text);
-    const sway::Terminal terminal;
+/// How much of the screen is not of one colour where the card floats.
+bool isCardShown() {
+    const QImage place = sway::screenshot().copy((1280 - 240) / 2, 800 - 110 - 84, 240, 84);
+    const QRgb corner = place.pixel(0, 0);
+    return place.pixel(120, 10) != corner && place.pixel(20, 42) != corner;
+}
+
+class WaylandDictation : public WaylandSessionTest, public testing::WithParamInterface<Kind> {};
+
+TEST_P(WaylandDictation, TheTextStandsInTheFocusedWindow) {
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(GetParam());
+    sway::copy("prima");
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    const bool cardBefore = isCardShown();
+    EXPECT_FALSE(cardBefore);
+    startRecording(program);
+    EXPECT_TRUE(waitFor(isCardShown));
+    EXPECT_EQ(sway::focusedTitle(), receiver.title());
+    letPass(400ms);  // shorter ones do not count
+    release();
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
+    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
+    EXPECT_TRUE(waitFor([] { return !isCardShown(); }));
+    EXPECT_TRUE(waitFor([] { return sway::clipboard() == "prima"; }));
+    const QString log = home::log();
+    EXPECT_TRUE(log.contains(QStringLiteral("iniezione completata")));
+    EXPECT_TRUE(log.contains(QStringLiteral("permesso accessibilità: OK")));
+    EXPECT_EQ(log.count(QStringLiteral("sessione: Wayland: tasto globale di sway, testo dal metodo di "
+                                       "inserimento, incolla da tastiera virtuale, pannello")),
+              1);
+    EXPECT_FALSE(log.contains(spoken)) << "what was dictated";
+}
+
+INSTANTIATE_TEST_SUITE_P(All, WaylandDictation, testing::Values(Kind::Foot, Kind::Gtk3, Kind::Gtk4, Kind::Qt),
+                         [](const auto& kind) { return nameOf(kind.param); });
+
+TEST_F(WaylandSessionTest, TheRealEngineHearsAVoice) {
+    settle({{QStringLiteral("typingSpeed"), QStringLiteral("fast")}});
+    const WaylandReceiver receiver(Kind::Gtk4);
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    ASSERT_TRUE(Program::waitUntilServed(recogniserUrl));
+    const auto& all = demo::phrases();
+    const auto phrase = std::ranges::find(all, QStringLiteral("s04"), &demo::Phrase::id);
+    const Voice voice(*phrase);
+    startRecording(program);
+    voice.speak();
+    release();
+    EXPECT_TRUE(waitFor([&] { return receiver.text() == QStringLiteral("Perché non vieni con noi?"); },
+                        engineTimeout))
+        << qPrintable(receiver.text());
+}
+
+TEST_F(WaylandSessionTest, WithoutATextFieldTheTextGoesToTheClipboardAndThatIsSaid) {
+    StubRecogniser stub(spoken);
     const Program program(builtBundle(), session());
     ASSERT_TRUE(program.waitUntilUp());
     dictate(program);
     EXPECT_TRUE(waitFor([&] { return program.statusText() == onClipboard; }))
         << qPrintable(program.statusText());
-    EXPECT_TRUE(waitFor([&] { return sway::clipboard() == text.toUtf8(); })) << sway::clipboard().constData();
-    EXPECT_EQ(sway::clipboard({QStringLiteral("--primary")}), text.toUtf8());
-    EXPECT_EQ(sway::focusedApplication(), sway::Terminal::application());
-    EXPECT_EQ(terminal.received(), QByteArray());
-    const QString log = home::log();
-    EXPECT_TRUE(log.contains(QStringLiteral("iniezione SALTATA: permesso accessibilità mancante")));
-    EXPECT_FALSE(log.contains(QStringLiteral("iniezione completata")));
-    EXPECT_TRUE(log.contains(QStringLiteral("permesso accessibilità: NEGATO")));
-    EXPECT_TRUE(log.contains(QStringLiteral("sessione: Wayland: ")));
-    EXPECT_FALSE(log.contains(text)) << "what was dictated";
+    EXPECT_EQ(sway::clipboard(), spoken.toUtf8());
+    EXPECT_EQ(sway::clipboard({QStringLiteral("--primary")}), spoken.toUtf8());
+    EXPECT_FALSE(home::log().contains(QStringLiteral("iniezione completata")));
 }
 
-TEST_F(WaylandSessionTest, TheMenuSaysThatThePermissionIsMissing) {
+TEST_F(WaylandSessionTest, TheMenuSaysThatTypingWorks) {
     const NotifierWatcher panel;
     const Program program(builtBundle(), session());
     ASSERT_TRUE(waitFor([&] { return !panel.items().isEmpty(); }));
     const NotifierItem item(panel.bus(), panel.items().value(0));
     const auto saysSo = [&] {
         for (const MenuLine& line : item.menu())
-            if (line.label == QStringLiteral("Accessibilità: ⛔️ manca — clicca")) return true;
+            if (line.label == QStringLiteral("Accessibilità: ✅")) return true;
         return false;
     };
     EXPECT_TRUE(waitFor(saysSo));
+}
+
+TEST_F(WaylandSessionTest, NothingIsLeftBoundAtTheEnd) {
+    Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.waitForExit(), 0);
+    EXPECT_FALSE(sway::accepts(QStringLiteral("unbindcode Mod1+65")));
+    EXPECT_FALSE(sway::accepts(QStringLiteral("unbindcode --release Mod1+65")));
+}
+
+TEST_F(WaylandSessionTest, AKilledProgramLeavesNothingThatTheNextStartDoesNotMend) {
+    StubRecogniser stub(spoken);
+    {
+        Program killed(builtBundle(), session());
+        ASSERT_TRUE(killed.waitUntilUp());
+        startRecording(killed);
+        killed.signal(SIGKILL);
+        EXPECT_EQ(killed.waitForExit(), std::nullopt);
+        release();
+    }
+    EXPECT_TRUE(waitFor([] { return !isCardShown(); }));
+    // Another key than the killed program had.
+    settle({{QStringLiteral("hotkeyPreset"), QStringLiteral("ctrl-opt-space")}});
+    const WaylandReceiver receiver(Kind::Gtk3);
+    const Program next(builtBundle(), session());
+    ASSERT_TRUE(next.waitUntilUp());
+    EXPECT_FALSE(sway::accepts(QStringLiteral("unbindcode Mod1+65")));
+    hands_.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_SPACE});
+    ASSERT_TRUE(next.waitForState(QStringLiteral("recording")));
+    letPass(400ms);
+    hands_.release({KEY_SPACE, KEY_LEFTALT, KEY_LEFTCTRL});
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
+}
+
+TEST_F(WaylandSessionTest, InToggleModeOnePressStartsAndTheNextStops) {
+    settle({{QStringLiteral("dictationMode"), QStringLiteral("toggle")}});
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Foot);
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    startRecording(program);
+    release();
+    letPass(400ms);
+    EXPECT_EQ(program.state(), QStringLiteral("recording"));
+    press();
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
+    release();
+}
+
+TEST_F(WaylandSessionTest, AReloadWhileTheKeyIsHeldEndsTheRecording) {
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk3);
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    startRecording(program);
+    letPass(400ms);
+    sway::command(QStringLiteral("reload"));
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
+    release();
+    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
+    dictate(program);
+    EXPECT_TRUE(receiver.waitForText(spoken + spoken)) << qPrintable(receiver.text());
 }
 
 TEST_F(WaylandSessionTest, TheWindowsWork) {

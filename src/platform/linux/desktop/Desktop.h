@@ -40,6 +40,8 @@ class Desktop {
     virtual std::optional<QString> startProblem() = 0;
     /// The ways that were chosen for hot key, text and overlay, in one line of Italian, for the log.
     virtual QString summary() = 0;
+    /// The same for the settings window, in a session where it is not a matter of course what works.
+    virtual std::optional<QString> sessionNote() { return std::nullopt; }
 };
 
 }  // namespace parlivo

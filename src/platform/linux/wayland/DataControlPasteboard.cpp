@@ -113,7 +113,9 @@ class DataControlPasteboard::Source {
 
   private:
     void send(QByteArrayView type, UniqueFd pipe) const {
-        const QByteArray bytes = type == secretHint ? QByteArrayLiteral("secret") : text_.toUtf8();
+        const bool isHint = type == secretHint;
+        const QByteArray bytes = isHint ? QByteArrayLiteral("secret") : text_.toUtf8();
+        if (!isHint) ++pasteboard_.timesRead_;
         pasteboard_.connection_->send(std::move(pipe), bytes);
     }
 

@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QList>
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <optional>
@@ -32,6 +33,7 @@ class DataControlPasteboard : public Pasteboard {
     PasteboardTexts texts() override;
     void setText(const QString& text, History history) override;
     void restore(const PasteboardTexts& texts) override;
+    std::optional<int> timesRead() override { return timesRead_; }
 
   private:
     class Offer;
@@ -59,6 +61,7 @@ class DataControlPasteboard : public Pasteboard {
     std::map<zwlr_data_control_offer_v1*, std::unique_ptr<Offer>> offers_;
     std::map<PasteboardPlace, zwlr_data_control_offer_v1*> present_;
     std::map<PasteboardPlace, std::unique_ptr<Source>> ours_;
+    std::atomic<int> timesRead_ = 0;
 };
 
 }  // namespace parlivo::wayland

@@ -26,6 +26,31 @@ void blockBrokenPipeSignal() {
 
 }  // namespace
 
+/// The compositor's answer to wl_display.sync, which is still to come.
+class WaylandConnection::Echo {
+  public:
+    Echo(WaylandConnection& connection, Job job)
+        : connection_(connection), job_(std::move(job)), handle_(wl_display_sync(connection.display_.get())) {
+        static const wl_callback_listener listener{
+            .done = [](void* data, wl_callback*, std::uint32_t) { static_cast<Echo*>(data)->arrive(); }};
+        wl_callback_add_listener(handle_, &listener, this);
+    }
+    ~Echo() { wl_callback_destroy(handle_); }
+    Echo(const Echo&) = delete;
+    Echo& operator=(const Echo&) = delete;
+
+  private:
+    void arrive() {
+        const Job job = std::move(job_);
+        connection_.echoes_.remove_if([this](const Echo& echo) { return &echo == this; });
+        job();
+    }
+
+    WaylandConnection& connection_;
+    Job job_;
+    wl_callback* handle_;
+};
+
 std::unique_ptr<WaylandConnection> WaylandConnection::open() {
     Display display(wl_display_connect(nullptr));
     UniqueFd wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
@@ -43,6 +68,7 @@ WaylandConnection::~WaylandConnection() {
     }
     wake();
     thread_.join();
+    echoes_.clear();
     if (registry_) wl_registry_destroy(registry_);
 }
 
@@ -60,6 +86,10 @@ bool WaylandConnection::run(const Job& job) {
 
 bool WaylandConnection::roundTrip() {
     return wl_display_roundtrip(display_.get()) >= 0;
+}
+
+void WaylandConnection::afterRequests(Job job) {
+    echoes_.emplace_back(*this, std::move(job));
 }
 
 void WaylandConnection::send(UniqueFd pipe, const QByteArray& bytes) {
@@ -85,14 +115,38 @@ void WaylandConnection::listGlobals() {
     static const wl_registry_listener listener{
         .global =
             [](void* data, wl_registry*, std::uint32_t name, const char* interface, std::uint32_t version) {
-                static_cast<WaylandConnection*>(data)->globals_.emplace(interface, Global{name, version});
+                static_cast<WaylandConnection*>(data)->globalAdded(name, interface, version);
             },
-        .global_remove = [](void*, wl_registry*, std::uint32_t) {},
+        .global_remove =
+            [](void* data, wl_registry*, std::uint32_t name) {
+                static_cast<WaylandConnection*>(data)->globalRemoved(name);
+            },
     };
     registry_ = wl_display_get_registry(display_.get());
     wl_registry_add_listener(registry_, &listener, this);
     roundTrip();
     wake();  // jobs may have come meanwhile
+}
+
+void WaylandConnection::globalAdded(std::uint32_t name, const char* interface, std::uint32_t version) {
+    globals_[name] = {.interface = interface, .version = version};
+    if (watch_.interface && globals_[name].interface == watch_.interface->name) watch_.added(name);
+}
+
+void WaylandConnection::globalRemoved(std::uint32_t name) {
+    const auto found = globals_.find(name);
+    if (found == globals_.end()) return;
+    const bool watched = watch_.interface && found->second.interface == watch_.interface->name;
+    globals_.erase(found);
+    if (watched) watch_.removed(name);
+}
+
+void WaylandConnection::watchGlobals(GlobalWatch watch) {
+    watch_ = std::move(watch);
+    if (!watch_.interface) return;
+    for (const auto& [name, global] : globals_) {
+        if (global.interface == watch_.interface->name) watch_.added(name);
+    }
 }
 
 bool WaylandConnection::handleEvents() {
@@ -148,11 +202,23 @@ void WaylandConnection::wake() const {
     eventfd_write(wakeUp_.get(), 1);
 }
 
-void* WaylandConnection::bindGlobal(const wl_interface& interface, std::uint32_t version) {
-    const auto found = globals_.find(std::string_view(interface.name));
+std::optional<std::uint32_t> WaylandConnection::firstGlobal(const wl_interface& interface) const {
+    const auto found = std::ranges::find_if(
+        globals_, [&](const auto& entry) { return entry.second.interface == interface.name; });
+    return found == globals_.end() ? std::nullopt : std::optional(found->first);
+}
+
+void* WaylandConnection::bindGlobal(std::uint32_t name, const wl_interface& interface,
+                                    std::uint32_t version) {
+    const auto found = globals_.find(name);
     if (found == globals_.end()) return nullptr;
-    const auto [name, offered] = found->second;
-    return wl_registry_bind(registry_, name, &interface, std::min(version, offered));
+    return wl_registry_bind(registry_, name, &interface, std::min(version, found->second.version));
+}
+
+bool WaylandConnection::offers(const wl_interface& interface) {
+    bool found = false;
+    run([&] { found = firstGlobal(interface).has_value(); });
+    return found;
 }
 
 }  // namespace parlivo::wayland

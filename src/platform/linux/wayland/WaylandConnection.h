@@ -12,9 +12,11 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -42,21 +44,44 @@ class WaylandConnection {
     /// connection is broken. Connection thread.
     bool roundTrip();
 
-    /// A global of the compositor's, as `Interface` of at most `version`; null if it has none. The first one
-    /// where there are several. Connection thread.
+    /// Runs `job` on the connection's thread once the compositor has handled all requests so far, between the
+    /// events that it sent before and those that it sent after. Not run if the connection breaks before.
+    /// Connection thread.
+    void afterRequests(Job job);
+
+    /// A global of the compositor's, of at most `version`; null if it has none. The first one where there are
+    /// several. Connection thread.
     template <typename T>
     T* bind(const wl_interface& interface, std::uint32_t version) {
-        return static_cast<T*>(bindGlobal(interface, version));
+        const auto name = firstGlobal(interface);
+        return name ? bindNamed<T>(*name, interface, version) : nullptr;
     }
+    /// The global of this name; null if it is gone. Connection thread.
+    template <typename T>
+    T* bindNamed(std::uint32_t name, const wl_interface& interface, std::uint32_t version) {
+        return static_cast<T*>(bindGlobal(name, interface, version));
+    }
+    /// Whether the compositor has such a global. Any other thread; waits for the compositor's first answer.
+    bool offers(const wl_interface& interface);
+
+    /// Tells all globals of one interface, those that are there and each one that comes or goes later.
+    struct GlobalWatch {
+        const wl_interface* interface = nullptr;
+        std::function<void(std::uint32_t name)> added;
+        std::function<void(std::uint32_t name)> removed;
+    };
+    /// In place of the former watch; an empty one ends it. Connection thread.
+    void watchGlobals(GlobalWatch watch);
 
     /// Writes `bytes` into a pipe as fast as its reader takes them, then closes it. Connection thread.
     void send(UniqueFd pipe, const QByteArray& bytes);
 
   private:
     struct Global {
-        std::uint32_t name = 0;
+        std::string interface;
         std::uint32_t version = 0;
     };
+    class Echo;
     struct Transfer {
         UniqueFd pipe;
         QByteArray bytes;
@@ -76,12 +101,17 @@ class WaylandConnection {
     void wake() const;
     void waitForInput();
     void continueTransfers();
-    void* bindGlobal(const wl_interface& interface, std::uint32_t version);
+    void globalAdded(std::uint32_t name, const char* interface, std::uint32_t version);
+    void globalRemoved(std::uint32_t name);
+    std::optional<std::uint32_t> firstGlobal(const wl_interface& interface) const;
+    void* bindGlobal(std::uint32_t name, const wl_interface& interface, std::uint32_t version);
 
     Display display_;
     const UniqueFd wakeUp_;  // eventfd(2)
     wl_registry* registry_ = nullptr;
-    std::map<std::string, Global, std::less<>> globals_;
+    std::map<std::uint32_t, Global> globals_;  // by name
+    GlobalWatch watch_;
+    std::list<Echo> echoes_;  // that are to come
     std::vector<Transfer> transfers_;
 
     std::mutex mutex_;

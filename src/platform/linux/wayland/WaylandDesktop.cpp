@@ -3,14 +3,23 @@
 
 #include "platform/linux/base/InheritedEnvironment.h"
 #include "platform/linux/wayland/DataControlPasteboard.h"
+#include "platform/linux/wayland/LayerPanels.h"
+#include "platform/linux/wayland/VirtualKeyboard.h"
 #include "platform/linux/x11/QtPasteboard.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QLibraryInfo>
+
+#include <utility>
 
 namespace parlivo {
 
 namespace {
+
+class Texts {
+    Q_DECLARE_TR_FUNCTIONS(parlivo::WaylandDesktop)
+};
 
 bool toolkitSpeaksWayland() {
     const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/platforms"));
@@ -30,10 +39,35 @@ std::unique_ptr<Pasteboard> toolkitsPasteboard() {
     return std::make_unique<QtPasteboard>();
 }
 
+std::unique_ptr<wayland::WaylandKeyboard> keyboardOn(wayland::WaylandConnection* connection) {
+    using namespace wayland;
+    if (!connection) return std::make_unique<WaylandKeyboard>(nullptr, nullptr);
+    std::unique_ptr<ChordKeys> keys;
+    if (VirtualKeyboard::isOffered(*connection)) keys = std::make_unique<VirtualKeyboard>(*connection);
+    return std::make_unique<WaylandKeyboard>(InputMethod::make(*connection), std::move(keys));
+}
+
 }  // namespace
 
-WaylandDesktop::WaylandDesktop() : pasteboard_(wayland::DataControlPasteboard::open()) {
+WaylandDesktop::WaylandDesktop(HotKeyWay hotKey)
+    : hotKey_(std::move(hotKey)),
+      connection_(wayland::WaylandConnection::open()),
+      keyboard_(keyboardOn(connection_.get())),
+      pasteboard_(wayland::DataControlPasteboard::open()),
+      hasDataControl_(pasteboard_ != nullptr),
+      hasLayers_(connection_ && wayland::LayerPanels::isOffered(*connection_)) {
+    if (!hotKey_.service) hotKey_.service = std::make_unique<NullHotKeyService>();
     if (!pasteboard_) pasteboard_ = toolkitsPasteboard();
+    if (hasLayers_)
+        panels_ = std::make_unique<wayland::LayerPanels>();
+    else
+        panels_ = std::make_unique<NullFloatingPanels>();
+}
+
+WaylandDesktop::~WaylandDesktop() = default;
+
+bool WaylandDesktop::canDeliverText() {
+    return canPaste() || keyboard_->canCommitText();
 }
 
 std::optional<QString> WaylandDesktop::startProblem() {
@@ -44,7 +78,14 @@ std::optional<QString> WaylandDesktop::startProblem() {
 }
 
 QString WaylandDesktop::summary() {
-    return QStringLiteral("Wayland: nessun tasto globale, testo negli appunti, nessun pannello");
+    QStringList text;
+    if (keyboard_->canCommitText()) text << Texts::tr("testo dal metodo di inserimento");
+    if (canPaste()) text << Texts::tr("incolla da tastiera virtuale");
+    if (text.isEmpty()) text << Texts::tr("testo negli appunti");
+    return Texts::tr("Wayland: %1, %2, %3")
+        .arg(hotKey_.name.isEmpty() ? Texts::tr("nessun tasto globale") : hotKey_.name,
+             text.join(QStringLiteral(", ")),
+             hasLayers_ ? Texts::tr("pannello") : Texts::tr("nessun pannello"));
 }
 
 }  // namespace parlivo

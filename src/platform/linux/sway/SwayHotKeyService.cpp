@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/sway/SwayHotKeyService.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace parlivo::sway {
+
+class SwayHotKeyService::Registration : public HotKeyRegistration {
+  public:
+    Registration(SwayHotKeyService& service, Binding binding)
+        : service_(service), binding_(std::move(binding)) {
+        service_.registrations_.push_back(this);
+    }
+    ~Registration() override {
+        std::erase(service_.registrations_, this);
+        service_.unbind(binding_);
+        // The key may still be down, and nobody would tell that it comes up.
+        service_.edges_.release();
+    }
+    Registration(const Registration&) = delete;
+    Registration& operator=(const Registration&) = delete;
+
+    const Binding& binding() const { return binding_; }
+
+  private:
+    SwayHotKeyService& service_;
+    const Binding binding_;
+};
+
+SwayHotKeyService::SwayHotKeyService(QString socketPath)
+    : socketPath_(std::move(socketPath)), record_(socketPath_) {}
+
+SwayHotKeyService::~SwayHotKeyService() = default;
+
+bool SwayHotKeyService::ensureConversation() {
+    if (commands_ && events_ && !commands_->isBroken() && !events_->isBroken()) return true;
+    notifier_.reset();
+    commands_ = SwayIpc::connect(socketPath_);
+    events_ = SwayIpc::connect(socketPath_);
+    if (!commands_ || !events_) return false;
+    // "workspace" tells of reloads, too.
+    const auto reply = events_->request(MessageType::subscribe, R"(["binding","workspace"])");
+    if (!reply || !QJsonDocument::fromJson(*reply).object().value(QLatin1String("success")).toBool())
+        return false;
+    notifier_ = std::make_unique<QSocketNotifier>(events_->descriptor(), QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] { takeEvents(); });
+    return true;
+}
+
+std::unique_ptr<HotKeyHandler> SwayHotKeyService::installHandler(Edge pressed, Edge released,
+                                                                 Change changed) {
+    return edges_.install(std::move(pressed), std::move(released), std::move(changed));
+}
+
+HotKeyService::Result SwayHotKeyService::registerHotKey(KeyCode key, HotKeyModifiers modifiers,
+                                                        HotKeyIdentity) {
+    const auto binding = bindingOf(key, modifiers);
+    if (!binding) return HotKeyRefusal{EINVAL};
+    if (!ensureConversation()) return HotKeyRefusal{ENOTCONN};
+    if (registrations_.empty()) undoLeftBindings();
+    if (const int error = bind(*binding); error != 0) return HotKeyRefusal{error};
+    return std::make_unique<Registration>(*this, *binding);
+}
+
+int SwayHotKeyService::bind(const Binding& binding) {
+    auto chords = record_.chords();
+    if (!chords.contains(binding.chord)) record_.write(chords << binding.chord);
+    if (commands_->run(binding.bindPress()) && commands_->run(binding.bindRelease())) return 0;
+    unbind(binding);
+    return commands_->isBroken() ? ENOTCONN : EBUSY;
+}
+
+void SwayHotKeyService::unbind(const Binding& binding) {
+    commands_->run(binding.unbindPress());
+    commands_->run(binding.unbindRelease());
+    auto chords = record_.chords();
+    chords.removeAll(binding.chord);
+    record_.write(chords);
+}
+
+void SwayHotKeyService::undoLeftBindings() {
+    const auto chords = record_.chords();
+    for (const QByteArray& chord : chords) unbind(Binding{chord});
+}
+
+void SwayHotKeyService::takeEvents() {
+    const auto events = events_->takeEvents();
+    for (const Message& event : events) handle(event);
+    if (events_->isBroken()) conversationEnded();
+}
+
+void SwayHotKeyService::handle(const Message& event) {
+    const QJsonObject content = QJsonDocument::fromJson(event.payload).object();
+    if (event.type == MessageType::workspaceEvent) {
+        if (content.value(QLatin1String("change")) == QLatin1String("reload")) rebind();
+        return;
+    }
+    if (event.type != MessageType::bindingEvent) return;
+    const QString command = content.value(QLatin1String("binding"))[QLatin1String("command")].toString();
+    if (command.endsWith(QLatin1String(pressMark)))
+        edges_.press();
+    else if (command.endsWith(QLatin1String(releaseMark)))
+        edges_.release();
+}
+
+/// After a reload only the bindings of the configuration are left.
+void SwayHotKeyService::rebind() {
+    edges_.release();
+    for (const Registration* registration : registrations_) {
+        if (const int error = bind(registration->binding()); error != 0) edges_.tell(HotKeyRefusal{error});
+    }
+}
+
+void SwayHotKeyService::conversationEnded() {
+    notifier_->setEnabled(false);
+    edges_.release();
+    if (!registrations_.empty()) edges_.tell(HotKeyRefusal{ENOTCONN});
+}
+
+}  // namespace parlivo::sway

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/HotKeyService.h"
+#include "platform/linux/desktop/HotKeyEdges.h"
+#include "platform/linux/sway/BindingRecord.h"
+#include "platform/linux/sway/SwayBinding.h"
+#include "platform/linux/sway/SwayIpc.h"
+
+#include <QSocketNotifier>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace parlivo::sway {
+
+/// Hot keys by bindings that are made in the running sway over its socket, and undone at the end. sway tells
+/// of both edges, also when the modifier is released first.
+///
+/// A binding belongs to no client: those of a killed program stay, without effect but with the key taken.
+/// They are recorded in a file of the session, and the next start undoes them; so does a reload of sway's
+/// configuration, after which ours are made again.
+class SwayHotKeyService : public HotKeyService {
+  public:
+    /// For the sway that listens on this socket (variable SWAYSOCK). It is asked at the first registration.
+    explicit SwayHotKeyService(QString socketPath);
+    ~SwayHotKeyService() override;
+    SwayHotKeyService(const SwayHotKeyService&) = delete;
+    SwayHotKeyService& operator=(const SwayHotKeyService&) = delete;
+
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
+    /// The status is an errno: EINVAL for a key that no keyboard has, EBUSY if sway refuses the binding,
+    /// ENOTCONN if it does not answer.
+    Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+
+  private:
+    class Registration;
+
+    bool ensureConversation();
+    /// 0 or the errno.
+    int bind(const Binding& binding);
+    void unbind(const Binding& binding);
+    void undoLeftBindings();
+    void takeEvents();
+    void handle(const Message& event);
+    void rebind();
+    void conversationEnded();
+
+    const QString socketPath_;
+    const BindingRecord record_;
+    // Replies and events come on connections of their own, so that waiting for one delays none of the other.
+    std::optional<SwayIpc> commands_;
+    std::optional<SwayIpc> events_;
+    std::unique_ptr<QSocketNotifier> notifier_;
+    HotKeyEdges edges_;
+    std::vector<Registration*> registrations_;
+};
+
+}  // namespace parlivo::sway

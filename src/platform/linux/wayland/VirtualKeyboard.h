@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/wayland/ChordKeys.h"
+#include "platform/linux/wayland/WaylandConnection.h"
+
+#include <xkbcommon/xkbcommon.h>
+
+#include <memory>
+#include <string>
+
+struct zwp_virtual_keyboard_manager_v1;
+struct zwp_virtual_keyboard_v1;
+
+namespace parlivo::wayland {
+
+/// A keyboard beside the user's, whose keys go to the focused window (zwp_virtual_keyboard_v1).
+///
+/// It comes into being with its first key or with `prepare`, and stays: a window that meets the seat's
+/// keyboard for the first time loses the key that comes with it. The keymap is a complete one, because GTK
+/// ignores keyboards that lack common keys; the layout changes nothing for keys such as Insert.
+class VirtualKeyboard : public ChordKeys {
+  public:
+    /// `layout` as XKB names it. The connection must outlive this.
+    explicit VirtualKeyboard(WaylandConnection& connection, std::string layout = "us");
+    ~VirtualKeyboard() override;
+    VirtualKeyboard(const VirtualKeyboard&) = delete;
+    VirtualKeyboard& operator=(const VirtualKeyboard&) = delete;
+
+    /// Whether the compositor lets programs have one.
+    static bool isOffered(WaylandConnection& connection);
+
+    void prepare() override;
+    bool press(std::span<const std::uint32_t> keys) override;
+
+    enum class Edge { Release, Press };
+    /// Moves one key. False if it could not be sent.
+    bool move(std::uint32_t key, Edge edge);
+
+  private:
+    struct Unref {
+        void operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
+        void operator()(xkb_state* state) const { xkb_state_unref(state); }
+    };
+
+    // On the connection's thread.
+    bool ensureKeyboard();
+    bool sendKeymap();
+    void send(std::uint32_t key, Edge edge);
+
+    WaylandConnection& connection_;
+    const std::string layout_;
+    std::unique_ptr<xkb_keymap, Unref> keymap_;
+    std::unique_ptr<xkb_state, Unref> state_;
+    zwp_virtual_keyboard_manager_v1* manager_ = nullptr;
+    zwp_virtual_keyboard_v1* keyboard_ = nullptr;
+};
+
+}  // namespace parlivo::wayland

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/wayland/WaylandReceiver.h"
+
+#include "desktop/wayland/Sway.h"
+#include "support/Error.h"
+#include "support/Uuid.h"
+
+#include <QFile>
+
+#include <ostream>
+
+namespace parlivo::desktop {
+
+namespace {
+
+QStringList commandOf(WaylandReceiver::Kind kind, const QString& title, const QString& file) {
+    const QString folder = QStringLiteral(PARLIVO_RECEIVERS "/");
+    switch (kind) {
+        case WaylandReceiver::Kind::Foot:
+            return {QStringLiteral("foot"), QStringLiteral("--title"), title,
+                    QStringLiteral("--override=locked-title=yes"), QStringLiteral("sh"), QStringLiteral("-c"),
+                    // Raw: the file holds exactly the bytes that came.
+                    QStringLiteral("stty raw -echo && exec cat >\"$0\""), file};
+        case WaylandReceiver::Kind::Gtk3:
+            return {folder + QStringLiteral("receiver_gtk3"), title, file};
+        case WaylandReceiver::Kind::Gtk4:
+            return {folder + QStringLiteral("receiver_gtk4"), title, file};
+        case WaylandReceiver::Kind::Qt:
+            return {folder + QStringLiteral("receiver_qt"), title, file};
+    }
+    return {};
+}
+
+/// The toolkits as a Wayland session has them.
+QStringList environment() {
+    return {QStringLiteral("--unset=DISPLAY"), QStringLiteral("--unset=QT_IM_MODULE"),
+            QStringLiteral("GDK_BACKEND=wayland"), QStringLiteral("GTK_IM_MODULE=wayland"),
+            QStringLiteral("QT_QPA_PLATFORM=wayland")};
+}
+
+[[noreturn]] void fail(const QString& what) {
+    throw Error(QStringLiteral("desktop test"), 6, what);
+}
+
+}  // namespace
+
+WaylandReceiver::WaylandReceiver(Kind kind)
+    : title_(QStringLiteral("receiver-") + freshUuid()), file_(folder_.filePath(QStringLiteral("text"))) {
+    process_.start(QStringLiteral("env"), environment() + commandOf(kind, title_, file_));
+    if (!waitFor([this] { return sway::focusedTitle() == title_ && QFile::exists(file_); }))
+        fail(QStringLiteral("no focus: ") + QString::fromStdString(nameOf(kind)));
+}
+
+QString WaylandReceiver::text() const {
+    QFile file(file_);
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    return QString::fromUtf8(file.readAll()).replace(QLatin1Char('\r'), QLatin1Char('\n'));
+}
+
+bool WaylandReceiver::waitForText(const QString& expected) const {
+    return waitFor([&] { return text() == expected; });
+}
+
+void WaylandReceiver::focus() const {
+    sway::command(QStringLiteral("[title=\"^%1$\"] focus").arg(title_));
+    if (!waitFor([this] { return sway::focusedTitle() == title_; })) fail(QStringLiteral("no focus"));
+}
+
+bool WaylandReceiver::isShown() const {
+    return sway::titles().contains(title_);
+}
+
+std::string nameOf(WaylandReceiver::Kind kind) {
+    switch (kind) {
+        case WaylandReceiver::Kind::Foot:
+            return "Foot";
+        case WaylandReceiver::Kind::Gtk3:
+            return "Gtk3";
+        case WaylandReceiver::Kind::Gtk4:
+            return "Gtk4";
+        case WaylandReceiver::Kind::Qt:
+            return "Qt";
+    }
+    return "Unknown";
+}
+
+void PrintTo(WaylandReceiver::Kind kind, std::ostream* stream) {
+    *stream << nameOf(kind);
+}
+
+}  // namespace parlivo::desktop

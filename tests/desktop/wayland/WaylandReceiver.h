@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "support/Receiver.h"
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <csignal>
+#include <iosfwd>
+#include <string>
+
+namespace parlivo::desktop {
+
+/// A real application with a place for text, as a window of the Wayland compositor. Constructing one starts
+/// the program and returns when its text field has the keyboard focus; throws Error when that does not
+/// happen.
+class WaylandReceiver {
+  public:
+    enum class Kind { Foot, Gtk3, Gtk4, Qt };
+
+    explicit WaylandReceiver(Kind kind);
+    WaylandReceiver(const WaylandReceiver&) = delete;
+    WaylandReceiver& operator=(const WaylandReceiver&) = delete;
+
+    const QString& title() const { return title_; }
+    /// The text that the field holds, with '\n' as line end; told with a delay of up to 50 ms.
+    QString text() const;
+    bool waitForText(const QString& expected) const;
+
+    void focus() const;
+    /// Whether its window is there: the compositor may have thrown it out.
+    bool isShown() const;
+    void freeze() const { process_.signal(SIGSTOP); }
+    void thaw() const { process_.signal(SIGCONT); }
+
+  private:
+    QString title_;
+    QTemporaryDir folder_;
+    QString file_;
+    ProcessGroup process_;
+};
+
+std::string nameOf(WaylandReceiver::Kind kind);
+void PrintTo(WaylandReceiver::Kind kind, std::ostream* stream);
+
+}  // namespace parlivo::desktop
