@@ -2,6 +2,7 @@
 #include "platform/linux/DesktopFactory.h"
 
 #include "platform/linux/desktop/NullDesktop.h"
+#include "platform/linux/kde/KdeHotKeyService.h"
 #include "platform/linux/session/SessionKind.h"
 #include "platform/linux/sway/SwayHotKeyService.h"
 #include "platform/linux/sway/SwayIpc.h"
@@ -23,6 +24,8 @@ HotKeyWay hotKeyWay() {
     const QString swaySocket = qEnvironmentVariable("SWAYSOCK");
     if (sway::SwayIpc::connect(swaySocket))
         return {std::make_unique<sway::SwayHotKeyService>(swaySocket), Texts::tr("tasto globale di sway")};
+    if (kde::KdeHotKeyService::isOffered())
+        return {std::make_unique<kde::KdeHotKeyService>(), Texts::tr("tasto globale di KDE")};
     return {};
 }
 
@@ -34,7 +37,7 @@ std::unique_ptr<Desktop> makeDesktop() {
         case SessionKind::X11:
             return std::make_unique<X11Desktop>();
         case SessionKind::Wayland:
-            return std::make_unique<WaylandDesktop>(hotKeyWay());
+            return std::make_unique<WaylandDesktop>(hotKeyWay);
         case SessionKind::None:
             break;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/wayland/FakeInput.h"
 #include "platform/linux/wayland/VirtualKeyboard.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 
@@ -16,15 +17,19 @@ namespace parlivo::desktop {
 /// a key; so it lives as long as the test.
 class Hands {
   public:
-    Hands() : connection_(wayland::WaylandConnection::open()), keyboard_(*connection_, "it") {
-        keyboard_.prepare();
+    Hands() : connection_(wayland::WaylandConnection::open()) {
+        if (wayland::VirtualKeyboard::isOffered(*connection_))
+            keyboard_ = std::make_unique<wayland::VirtualKeyboard>(*connection_, "it");
+        else
+            keyboard_ = std::make_unique<wayland::FakeInput>(*connection_);
+        keyboard_->prepare();
     }
 
     void press(std::initializer_list<std::uint32_t> keys) {
-        for (const auto key : keys) keyboard_.move(key, wayland::VirtualKeyboard::Edge::Press);
+        for (const auto key : keys) keyboard_->move(key, wayland::ChordKeys::Edge::Press);
     }
     void release(std::initializer_list<std::uint32_t> keys) {
-        for (const auto key : keys) keyboard_.move(key, wayland::VirtualKeyboard::Edge::Release);
+        for (const auto key : keys) keyboard_->move(key, wayland::ChordKeys::Edge::Release);
     }
     void tap(std::uint32_t key) {
         press({key});
@@ -33,7 +38,7 @@ class Hands {
 
   private:
     std::unique_ptr<wayland::WaylandConnection> connection_;
-    wayland::VirtualKeyboard keyboard_;
+    std::unique_ptr<wayland::ChordKeys> keyboard_;
 };
 
 }  // namespace parlivo::desktop

@@ -75,6 +75,8 @@ class WaylandDictation : public WaylandSessionTest, public testing::WithParamInt
 
 TEST_P(WaylandDictation, TheTextStandsInTheFocusedWindow) {
     StubRecogniser stub(spoken);
+    // A menu bar would open when Alt comes up alone, as it does here for the window.
+    qputenv("RECEIVER_WITHOUT_MENU", "1");
     const WaylandReceiver receiver(GetParam());
     sway::copy("prima");
     const Program program(builtBundle(), session());
@@ -191,21 +193,6 @@ TEST_F(WaylandSessionTest, InToggleModeOnePressStartsAndTheNextStops) {
     press();
     EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
     release();
-}
-
-TEST_F(WaylandSessionTest, AReloadWhileTheKeyIsHeldEndsTheRecording) {
-    StubRecogniser stub(spoken);
-    const WaylandReceiver receiver(Kind::Gtk3);
-    const Program program(builtBundle(), session());
-    ASSERT_TRUE(program.waitUntilUp());
-    startRecording(program);
-    letPass(400ms);
-    sway::command(QStringLiteral("reload"));
-    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
-    release();
-    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
-    dictate(program);
-    EXPECT_TRUE(receiver.waitForText(spoken + spoken)) << qPrintable(receiver.text());
 }
 
 TEST_F(WaylandSessionTest, TheWindowsWork) {

@@ -4,8 +4,11 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <poll.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <utility>
 
 namespace parlivo::sway {
@@ -18,9 +21,7 @@ class SwayHotKeyService::Registration : public HotKeyRegistration {
     }
     ~Registration() override {
         std::erase(service_.registrations_, this);
-        service_.unbind(binding_);
-        // The key may still be down, and nobody would tell that it comes up.
-        service_.edges_.release();
+        if (service_.waitForRelease()) service_.unbind(binding_);
     }
     Registration(const Registration&) = delete;
     Registration& operator=(const Registration&) = delete;
@@ -81,6 +82,23 @@ void SwayHotKeyService::unbind(const Binding& binding) {
     auto chords = record_.chords();
     chords.removeAll(binding.chord);
     record_.write(chords);
+}
+
+/// sway keeps pointing at the release binding of a key that is down, and would use it after it is gone. One
+/// that stays down for long keeps its binding, which the next registration undoes.
+bool SwayHotKeyService::waitForRelease() {
+    constexpr auto longest = std::chrono::seconds(2);
+    constexpr int pollInterval = 20;  // ms
+    const bool wasHeld = edges_.isHeld();
+    const auto end = std::chrono::steady_clock::now() + longest;
+    while (edges_.isHeld() && !events_->isBroken() && std::chrono::steady_clock::now() < end) {
+        pollfd descriptor{events_->descriptor(), POLLIN, 0};
+        poll(&descriptor, 1, pollInterval);
+        takeEvents();
+    }
+    const bool comesUpLater = wasHeld && edges_.isHeld();
+    edges_.release();
+    return !comesUpLater;
 }
 
 void SwayHotKeyService::undoLeftBindings() {

@@ -42,6 +42,7 @@ class SwayHotKeyService : public HotKeyService {
     /// 0 or the errno.
     int bind(const Binding& binding);
     void unbind(const Binding& binding);
+    bool waitForRelease();
     void undoLeftBindings();
     void takeEvents();
     void handle(const Message& event);

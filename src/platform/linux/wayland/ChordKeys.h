@@ -22,6 +22,10 @@ class ChordKeys {
 
     /// Presses the keys in this order and releases them in the opposite one. False if they could not be sent.
     virtual bool press(std::span<const std::uint32_t> keys) = 0;
+
+    enum class Edge { Release, Press };
+    /// Moves one key. False if it could not be sent.
+    virtual bool move(std::uint32_t key, Edge edge) = 0;
 };
 
 }  // namespace parlivo::wayland

@@ -2,6 +2,7 @@
 
 // What wayland-scanner generates for the protocols. It is C; included here it is compiled as C++, and each
 // header comes before its code so that the interfaces are known to the other files.
+#include <fake-input-client.h>
 #include <fractional-scale-client.h>
 #include <input-method-client.h>
 #include <viewporter-client.h>
@@ -9,6 +10,7 @@
 #include <wlr-data-control-client.h>
 #include <wlr-layer-shell-client.h>
 // NOLINTBEGIN(bugprone-suspicious-include)
+#include <fake-input-code.c>
 #include <fractional-scale-code.c>
 #include <input-method-code.c>
 #include <viewporter-code.c>

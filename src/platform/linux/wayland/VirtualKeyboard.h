@@ -32,10 +32,7 @@ class VirtualKeyboard : public ChordKeys {
 
     void prepare() override;
     bool press(std::span<const std::uint32_t> keys) override;
-
-    enum class Edge { Release, Press };
-    /// Moves one key. False if it could not be sent.
-    bool move(std::uint32_t key, Edge edge);
+    bool move(std::uint32_t key, Edge edge) override;
 
   private:
     struct Unref {

@@ -3,6 +3,7 @@
 
 #include "platform/linux/base/InheritedEnvironment.h"
 #include "platform/linux/wayland/DataControlPasteboard.h"
+#include "platform/linux/wayland/FakeInput.h"
 #include "platform/linux/wayland/LayerPanels.h"
 #include "platform/linux/wayland/VirtualKeyboard.h"
 #include "platform/linux/x11/QtPasteboard.h"
@@ -43,20 +44,22 @@ std::unique_ptr<wayland::WaylandKeyboard> keyboardOn(wayland::WaylandConnection*
     using namespace wayland;
     if (!connection) return std::make_unique<WaylandKeyboard>(nullptr, nullptr);
     std::unique_ptr<ChordKeys> keys;
-    if (VirtualKeyboard::isOffered(*connection)) keys = std::make_unique<VirtualKeyboard>(*connection);
+    if (VirtualKeyboard::isOffered(*connection))
+        keys = std::make_unique<VirtualKeyboard>(*connection);
+    else if (FakeInput::isOffered(*connection))
+        keys = std::make_unique<FakeInput>(*connection);
     return std::make_unique<WaylandKeyboard>(InputMethod::make(*connection), std::move(keys));
 }
 
 }  // namespace
 
-WaylandDesktop::WaylandDesktop(HotKeyWay hotKey)
-    : hotKey_(std::move(hotKey)),
+WaylandDesktop::WaylandDesktop(std::function<HotKeyWay()> findHotKey)
+    : findHotKey_(std::move(findHotKey)),
       connection_(wayland::WaylandConnection::open()),
       keyboard_(keyboardOn(connection_.get())),
       pasteboard_(wayland::DataControlPasteboard::open()),
       hasDataControl_(pasteboard_ != nullptr),
       hasLayers_(connection_ && wayland::LayerPanels::isOffered(*connection_)) {
-    if (!hotKey_.service) hotKey_.service = std::make_unique<NullHotKeyService>();
     if (!pasteboard_) pasteboard_ = toolkitsPasteboard();
     if (hasLayers_)
         panels_ = std::make_unique<wayland::LayerPanels>();
@@ -65,6 +68,14 @@ WaylandDesktop::WaylandDesktop(HotKeyWay hotKey)
 }
 
 WaylandDesktop::~WaylandDesktop() = default;
+
+const HotKeyWay& WaylandDesktop::hotKey() {
+    std::call_once(hotKeySought_, [this] {
+        hotKey_ = findHotKey_();
+        if (!hotKey_.service) hotKey_.service = std::make_unique<NullHotKeyService>();
+    });
+    return hotKey_;
+}
 
 bool WaylandDesktop::canDeliverText() {
     return canPaste() || keyboard_->canCommitText();
@@ -83,7 +94,7 @@ QString WaylandDesktop::summary() {
     if (canPaste()) text << Texts::tr("incolla da tastiera virtuale");
     if (text.isEmpty()) text << Texts::tr("testo negli appunti");
     return Texts::tr("Wayland: %1, %2, %3")
-        .arg(hotKey_.name.isEmpty() ? Texts::tr("nessun tasto globale") : hotKey_.name,
+        .arg(hotKey().name.isEmpty() ? Texts::tr("nessun tasto globale") : hotKey().name,
              text.join(QStringLiteral(", ")),
              hasLayers_ ? Texts::tr("pannello") : Texts::tr("nessun pannello"));
 }

@@ -5,6 +5,9 @@
 #include "platform/linux/wayland/WaylandConnection.h"
 #include "platform/linux/wayland/WaylandKeyboard.h"
 
+#include <functional>
+#include <mutex>
+
 namespace parlivo {
 
 /// How one kind of compositor lets a hot key be taken: Wayland has no way of its own.
@@ -18,14 +21,14 @@ struct HotKeyWay {
 /// offers. Where there is none for text, what is dictated goes to the clipboard.
 class WaylandDesktop : public Desktop {
   public:
-    /// Without a hot key if `hotKey.service` is null. Main thread, before the toolkit starts: may choose the
-    /// way in which it shows its windows.
-    explicit WaylandDesktop(HotKeyWay hotKey);
+    /// `findHotKey` is asked when the hot key is, after the toolkit has started; a null service stands for
+    /// none. Main thread, before the toolkit starts: may choose the way in which it shows its windows.
+    explicit WaylandDesktop(std::function<HotKeyWay()> findHotKey);
     ~WaylandDesktop() override;
     WaylandDesktop(const WaylandDesktop&) = delete;
     WaylandDesktop& operator=(const WaylandDesktop&) = delete;
 
-    HotKeyService& hotKeys() override { return *hotKey_.service; }
+    HotKeyService& hotKeys() override { return *hotKey().service; }
     KeyboardSynthesizer& keyboard() override { return *keyboard_; }
     Pasteboard& pasteboard() override { return *pasteboard_; }
     FloatingPanels& floatingPanels() override { return *panels_; }
@@ -41,6 +44,10 @@ class WaylandDesktop : public Desktop {
   private:
     bool canPaste() const { return hasDataControl_ && keyboard_->canPressKeys(); }
 
+    const HotKeyWay& hotKey();
+
+    const std::function<HotKeyWay()> findHotKey_;
+    std::once_flag hotKeySought_;
     HotKeyWay hotKey_;
     std::unique_ptr<wayland::WaylandConnection> connection_;  // the keyboard's
     std::unique_ptr<wayland::WaylandKeyboard> keyboard_;

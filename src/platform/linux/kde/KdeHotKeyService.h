@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/HotKeyService.h"
+#include "platform/linux/desktop/HotKeyEdges.h"
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+
+namespace parlivo::kde {
+
+/// Hot keys by KDE's own service for them (org.kde.KGlobalAccel on the session bus), which tells of both
+/// edges. The user sees the hot key in the desktop's settings and may change it there; that holds until
+/// another one is chosen here. At the end it is given up, but stays listed.
+///
+/// The service knows keys by what the layout prints on them.
+class KdeHotKeyService : public QObject, public HotKeyService {
+    Q_OBJECT
+
+  public:
+    /// Whether the service answers on the session bus. Any thread.
+    static bool isOffered();
+
+    KdeHotKeyService();
+    ~KdeHotKeyService() override;
+    KdeHotKeyService(const KdeHotKeyService&) = delete;
+    KdeHotKeyService& operator=(const KdeHotKeyService&) = delete;
+
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
+    /// The status is an errno: EINVAL for a key that the service has no name for, EBUSY for a combination
+    /// that another program holds, ENOTCONN if the service does not answer.
+    Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+
+  private Q_SLOTS:
+    void pressed(const QString& component, const QString& action, qlonglong time);
+    void released(const QString& component, const QString& action, qlonglong time);
+
+  private:
+    class Registration;
+
+    /// 0 or the errno.
+    int take(int combination);
+    void giveUp();
+    bool listen();
+
+    QDBusConnection bus_;
+    HotKeyEdges edges_;
+    QString component_;  // its object's path, once it is known
+};
+
+}  // namespace parlivo::kde

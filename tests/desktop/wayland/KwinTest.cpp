@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/dictation/ProgramTest.h"
+#include "desktop/wayland/Hands.h"
+#include "desktop/wayland/WaylandReceiver.h"
+#include "input/Injector.h"
+#include "platform/linux/kde/KdeHotKeyService.h"
+#include "platform/linux/wayland/DataControlPasteboard.h"
+#include "platform/linux/wayland/WaylandKeyboard.h"
+#include "support/Pipeline.h"
+#include "support/PlatformTest.h"
+
+#include <QDBusInterface>
+#include <QDBusReply>
+
+#include <cerrno>
+
+namespace parlivo::desktop {
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = WaylandReceiver::Kind;
+
+constexpr HotKeyIdentity identity{.signature = 1, .id = 1};
+
+/// The hot key of KDE, pressed by a user.
+class KdeHotKeyTest : public testing::Test {
+  protected:
+    KdeHotKeyTest()
+        : handler(service.installHandler([this] { edges += u'+'; }, [this] { edges += u'-'; },
+                                         [](std::optional<HotKeyRefusal>) {})) {}
+
+    void registerOption(KeyCode key) {
+        auto result = service.registerHotKey(key, HotKeyModifier::option, identity);
+        ASSERT_TRUE(std::holds_alternative<std::unique_ptr<HotKeyRegistration>>(result));
+        registration = std::get<std::unique_ptr<HotKeyRegistration>>(std::move(result));
+    }
+    bool edgesBecome(const QString& expected) {
+        return waitFor([&] { return edges == expected; }, 10s);
+    }
+    /// Whether KDE holds keys for us now.
+    static bool isActive() {
+        QDBusInterface component(QStringLiteral("org.kde.kglobalaccel"),
+                                 QStringLiteral("/component/it_parlivo_Parlivo"),
+                                 QStringLiteral("org.kde.kglobalaccel.Component"));
+        return QDBusReply<bool>(component.call(QStringLiteral("isActive"))).value();
+    }
+
+    Hands hands;
+    QString edges;
+    kde::KdeHotKeyService service;
+    std::unique_ptr<HotKeyHandler> handler;
+    std::unique_ptr<HotKeyRegistration> registration;
+};
+
+TEST_F(KdeHotKeyTest, TellsBothEdgesOfAHold) {
+    registerOption(VirtualKey::space);
+    hands.press({KEY_LEFTALT, KEY_SPACE});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+")));
+    letPass(1s);  // keys repeat by then
+    EXPECT_EQ(edges, QStringLiteral("+"));
+    hands.release({KEY_SPACE, KEY_LEFTALT});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
+}
+
+TEST_F(KdeHotKeyTest, TheModifierMayComeUpFirst) {
+    registerOption(VirtualKey::space);
+    hands.press({KEY_LEFTALT, KEY_SPACE});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+")));
+    hands.release({KEY_LEFTALT, KEY_SPACE});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
+}
+
+TEST_F(KdeHotKeyTest, NothingIsHeldAfterTheRegistration) {
+    registerOption(VirtualKey::space);
+    EXPECT_TRUE(isActive());
+    registration.reset();
+    EXPECT_FALSE(isActive());
+    registerOption(VirtualKey::space);
+    EXPECT_TRUE(isActive());
+    hands.press({KEY_LEFTALT, KEY_SPACE});
+    hands.release({KEY_SPACE, KEY_LEFTALT});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
+}
+
+TEST_F(KdeHotKeyTest, AKeyThatKdeUsesIsRefused) {
+    // Alt and the key left of "1" walk through the windows of a program.
+    const auto result = service.registerHotKey(VirtualKey::grave, HotKeyModifier::option, identity);
+    ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(result));
+    EXPECT_EQ(std::get<HotKeyRefusal>(result).status, EBUSY);
+}
+
+class EveryKwinReceiver : public PlatformTest, public testing::WithParamInterface<Kind> {};
+
+TEST_P(EveryKwinReceiver, PastesTenThousandCharacters) {
+    const Hands hands;
+    const auto connection = wayland::WaylandConnection::open();
+    wayland::WaylandKeyboard keyboard(nullptr, std::make_unique<wayland::FakeInput>(*connection));
+    const auto pasteboard = wayland::DataControlPasteboard::open();
+    ASSERT_TRUE(pasteboard);
+    platform.keyboard().real = &keyboard;
+    platform.pasteboard().real = pasteboard.get();
+    const WaylandReceiver receiver(GetParam());
+    const QString text =
+        QStringLiteral("Perché “no”? 👨‍👩‍👧‍👦 漢字 שלום\n").repeated(400);
+    Pipeline pipeline;
+    auto outcome = Injector::Outcome::CutOff;
+    ASSERT_TRUE(pipeline.run([&] { outcome = Injector::paste(text); }));
+    EXPECT_EQ(outcome, Injector::Outcome::Delivered);
+    EXPECT_TRUE(receiver.waitForText(text)) << qPrintable(receiver.text());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, EveryKwinReceiver, testing::Values(Kind::Gtk3, Kind::Gtk4, Kind::Qt),
+                         [](const auto& kind) { return nameOf(kind.param); });
+
+TEST(KwinSessionTest, TheTextStandsInTheFocusedWindow) {
+    const QString spoken = QStringLiteral("Perché no? «Sì» — 12 € 👍🏽");
+    separateSpeakerFromMicrophone();
+    home::settle({{QStringLiteral("cleanupLevel"), QStringLiteral("none")}});
+    home::provideModels();
+    Hands hands;
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk3);
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
+    environment.remove(QStringLiteral("DISPLAY"));
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    const Program program(builtBundle(), environment);
+    ASSERT_TRUE(program.waitUntilUp());
+    hands.press({KEY_LEFTALT, KEY_SPACE});
+    ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(home::log());
+    letPass(400ms);
+    hands.release({KEY_SPACE, KEY_LEFTALT});
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text()) << qPrintable(home::log());
+    EXPECT_TRUE(home::log().contains(
+        QStringLiteral("sessione: Wayland: tasto globale di KDE, incolla da tastiera virtuale, pannello")))
+        << qPrintable(home::log());
+}
+
+}  // namespace
+}  // namespace parlivo::desktop
