@@ -199,7 +199,7 @@ class Studio {
             for (int i = 0; i < count; ++i) {
                 letPass(100ms);
                 save(picture(QRect(190, 0, 900, 800)),
-                     QStringLiteral("dictation-%1").arg(number++, 3, 10, u'0'));
+                     QStringLiteral("dictation-%1").arg(number++, 3, 10, QLatin1Char('0')));
             }
         };
         take(6);
