@@ -75,7 +75,7 @@ TEST_F(QtFloatingPanelTest, IsCutRoundWhereNothingIsTransparent) {
     EXPECT_EQ(panel.canvas().corners, FloatingPanel::Corners::CutAway);
     const QRegion shape = window.mask();
     EXPECT_EQ(panel.geometry().size(), QSize(240, 84));
-    EXPECT_EQ(window.size(), QSize(242, 86)) << "the edge";
+    EXPECT_EQ(window.size(), QSize(240, 84)) << "no room for a shadow";
     EXPECT_TRUE(shape.contains(QPoint(120, 0)));
     EXPECT_TRUE(shape.contains(QPoint(0, 42)));
     EXPECT_FALSE(shape.contains(QPoint(2, 2)));
@@ -110,12 +110,30 @@ TEST_F(QtFloatingPanelTest, HasAShadowThatFadesOutwards) {
     EXPECT_EQ(shadow(144, 24 + 84 + 23), 0) << "and is not cut off";
 }
 
+/// Relative luminance of a grey (WCAG 2.1).
+double luminance(const QColor& grey) {
+    const double value = grey.redF();
+    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
+
+/// Without a shadow the edge lies on the panel itself, which keeps its size.
+TEST_F(QtFloatingPanelTest, StandsOutFromAWhitePageWhereNothingIsTransparent) {
+    screens.transparency = false;
+    panel.show();
+    QImage frame(240, 84, QImage::Format_ARGB32_Premultiplied);
+    frame.fill(QColor(239, 239, 239));
+    panel.present(frame);
+    const QImage picture = seen();
+    const double card = luminance(picture.pixelColor(120, 42));
+    for (const QPoint edge : {QPoint(120, 0), QPoint(120, 83), QPoint(0, 42), QPoint(239, 42)}) {
+        const double dark = luminance(picture.pixelColor(edge));
+        EXPECT_GE((card + 0.05) / (dark + 0.05), 1.5) << edge.x() << " " << edge.y();
+        EXPECT_GE(1.05 / (dark + 0.05), 1.5) << edge.x() << " " << edge.y();
+    }
+}
+
 /// A bright panel on a bright page.
 TEST_F(QtFloatingPanelTest, StandsOutFromAWhitePage) {
-    const auto luminance = [](const QColor& grey) {
-        const double value = grey.redF();
-        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
     panel.show();
     const QImage picture = seen();
     for (const QPoint edge :

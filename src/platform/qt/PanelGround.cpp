@@ -17,6 +17,7 @@ constexpr double shadowFade = 9;
 constexpr double shadowAlpha = 0.30;
 /// Dark enough that the panel's bright edge stands out from white by 1.5:1 and more.
 constexpr double edgeAlpha = 0.30;
+constexpr double edgeWidth = 1;
 
 QImage emptyPicture(const PanelShape& shape, double scale) {
     const QSizeF size = QSizeF(shape.windowSize()) * scale;
@@ -46,18 +47,27 @@ void drawShadow(QImage& picture, const PanelShape& shape, double scale) {
     }
 }
 
-/// Around the panel, whose own pixels hide the inner half of what is drawn here.
+QColor darkEdge() {
+    QColor dark(Qt::black);
+    dark.setAlphaF(static_cast<float>(edgeAlpha));
+    return dark;
+}
+
+/// The panel's outline, larger by `around` on each side.
+void drawPanel(QPainter& painter, const PanelShape& shape, double around) {
+    const QRectF panel(QPointF(shape.margin, shape.margin), QSizeF(shape.size));
+    painter.drawRoundedRect(panel.adjusted(-around, -around, around, around), shape.cornerRadius + around,
+                            shape.cornerRadius + around);
+}
+
+/// Around the panel, whose own pixels hide all but the rim of what is drawn here.
 void drawEdge(QImage& picture, const PanelShape& shape, double scale) {
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(scale, scale);
     painter.setPen(Qt::NoPen);
-    QColor dark(Qt::black);
-    dark.setAlphaF(static_cast<float>(edgeAlpha));
-    painter.setBrush(dark);
-    const QRectF card(QPointF(shape.margin, shape.margin), QSizeF(shape.size));
-    painter.drawRoundedRect(card.adjusted(-edgeMargin, -edgeMargin, edgeMargin, edgeMargin),
-                            shape.cornerRadius + edgeMargin, shape.cornerRadius + edgeMargin);
+    painter.setBrush(darkEdge());
+    drawPanel(painter, shape, edgeWidth);
 }
 
 }  // namespace
@@ -70,17 +80,26 @@ QImage shadowGround(const PanelShape& shape, double scale) {
     return picture;
 }
 
-QImage edgeGround(const PanelShape& shape, double scale, const QImage& behind) {
+QImage innerEdge(const PanelShape& shape, double scale) {
     QImage picture = emptyPicture(shape, scale);
-    QPainter(&picture).drawImage(QRect(QPoint(), picture.size()), behind, QRect(QPoint(), behind.size()));
-    drawEdge(picture, shape, scale);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
+    painter.setPen(QPen(darkEdge(), edgeWidth));
+    drawPanel(painter, shape, -edgeWidth / 2);
+    painter.end();
     picture.setDevicePixelRatio(scale);
     return picture;
 }
 
 QRegion coveredRegion(const PanelShape& shape) {
     QImage picture = emptyPicture(shape, 1);
-    drawEdge(picture, shape, 1);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::black);
+    drawPanel(painter, shape, 0);
+    painter.end();
     QRegion region;
     for (int row = 0; row < picture.height(); ++row) {
         const auto* const pixels = reinterpret_cast<const QRgb*>(picture.constScanLine(row));

@@ -20,18 +20,17 @@ struct PanelShape {
     bool operator==(const PanelShape&) const = default;
 };
 
-/// How much room a shadow takes on each side, and how much the edge alone.
+/// How much room a shadow takes on each side.
 inline constexpr int shadowMargin = 24;
-inline constexpr int edgeMargin = 1;
 
 /// The shadow and the edge on a transparent ground, at `scale` device pixels a unit, format
 /// ARGB32_Premultiplied.
 QImage shadowGround(const PanelShape& shape, double scale);
 
-/// The edge on a picture of what lies behind the window.
-QImage edgeGround(const PanelShape& shape, double scale, const QImage& behind);
+/// The edge alone, on the panel's outermost pixels: for a window without room around the panel.
+QImage innerEdge(const PanelShape& shape, double scale);
 
-/// All that the panel and its edge cover, also in part.
+/// All that the panel covers, also in part.
 QRegion coveredRegion(const PanelShape& shape);
 
 }  // namespace parlivo

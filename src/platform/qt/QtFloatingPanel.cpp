@@ -47,8 +47,9 @@ void QtFloatingPanel::Window::setPicture(const QImage& picture) {
     update(rect().adjusted(margin_, margin_, -margin_, -margin_));
 }
 
-void QtFloatingPanel::Window::setGround(const QImage& ground, int margin) {
+void QtFloatingPanel::Window::setSurroundings(const QImage& ground, const QImage& edge, int margin) {
     ground_ = ground;
+    edge_ = edge;
     margin_ = margin;
     update();
 }
@@ -61,6 +62,9 @@ void QtFloatingPanel::Window::paintEvent(QPaintEvent* /*event*/) {
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     }
     painter.drawImage(QPointF(margin_, margin_), picture_);
+    if (edge_.isNull()) return;
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.drawImage(QPointF(), edge_);
 }
 
 QtFloatingPanel::QtFloatingPanel(const PanelPlacing& placing, Screens& screens, Shadow shadow)
@@ -74,7 +78,8 @@ QtFloatingPanel::QtFloatingPanel(const PanelPlacing& placing, Screens& screens, 
 }
 
 void QtFloatingPanel::show() {
-    margin_ = shadow_ == Shadow::BySystem ? 0 : screens_.transparencyAvailable() ? shadowMargin : edgeMargin;
+    const bool transparent = screens_.transparencyAvailable();
+    margin_ = shadow_ == Shadow::Drawn && transparent ? shadowMargin : 0;
     window_.setFixedSize(shape(margin_).windowSize());
     place();
     fitToDesktop();
@@ -108,10 +113,10 @@ void QtFloatingPanel::place() {
 
 /// A desktop may gain or lose its compositing manager between two showings.
 void QtFloatingPanel::fitToDesktop() {
-    if (margin_ == edgeMargin) {
-        becomeCutOut();
-    } else {
+    if (shadow_ == Shadow::BySystem || margin_ > 0) {
         becomeTransparent();
+    } else {
+        becomeCutOut();
     }
 }
 
@@ -119,8 +124,9 @@ void QtFloatingPanel::becomeTransparent() {
     cutOut_ = false;
     corners_ = Corners::Transparent;
     window_.clearMask();
-    window_.setGround(margin_ > 0 ? shadowGround(shape(margin_), window_.devicePixelRatioF()) : QImage(),
-                      margin_);
+    const bool drawn = shadow_ == Shadow::Drawn;
+    window_.setSurroundings(drawn ? shadowGround(shape(margin_), window_.devicePixelRatioF()) : QImage(), {},
+                            margin_);
 }
 
 /// Without a compositing manager a window has no partly transparent pixels: those of its round edge are mixed
@@ -131,7 +137,7 @@ void QtFloatingPanel::becomeCutOut() {
     window_.setMask(coveredRegion(shape(margin_)));
     const QImage behind = isVisible() ? QImage() : pictureOf(window_, window_.geometry());
     corners_ = behind.isNull() ? Corners::CutAway : Corners::Transparent;
-    window_.setGround(edgeGround(shape(margin_), window_.devicePixelRatioF(), behind), margin_);
+    window_.setSurroundings(behind, innerEdge(shape(margin_), window_.devicePixelRatioF()), margin_);
 }
 
 }  // namespace parlivo

@@ -41,13 +41,15 @@ class QtFloatingPanel : public FloatingPanel {
       public:
         Window();
         void setPicture(const QImage& picture);
-        /// Under and around the pictures, which begin at `margin` from the left and the top.
-        void setGround(const QImage& ground, int margin);
+        /// `ground` lies under and around the pictures, which begin at `margin` from the left and the top,
+        /// `edge` over all. Both may be null.
+        void setSurroundings(const QImage& ground, const QImage& edge, int margin);
 
       private:
         void paintEvent(QPaintEvent* event) override;
         QImage picture_;
         QImage ground_;
+        QImage edge_;
         int margin_ = 0;
     };
 

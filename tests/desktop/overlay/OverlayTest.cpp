@@ -43,10 +43,10 @@ class OverlayTest : public testing::Test {
     explicit OverlayTest(int displayScale = 1)
         : scale(displayScale), indicators(scaledEnvironment(displayScale)) {}
 
-    /// Where the card is on the screen, without the room for its edge or shadow; an empty rectangle when it
+    /// Where the card is on the screen, without the room for its shadow; an empty rectangle when it
     /// is not shown.
     QRect place() const {
-        for (const int margin : {edge, shadow}) {
+        for (const int margin : {none, shadow}) {
             const QSize size = (QSize(240, 84) + QSize(2 * margin, 2 * margin)) * scale;
             if (const auto window = screen.findWindow(size))
                 return window->adjusted(margin * scale, margin * scale, -margin * scale, -margin * scale);
@@ -68,7 +68,7 @@ class OverlayTest : public testing::Test {
         ASSERT_EQ(QProcess::execute(program, arguments), 0) << qPrintable(program);
     }
 
-    static constexpr int edge = 1;
+    static constexpr int none = 0;
     static constexpr int shadow = 24;
 
     const int scale;
