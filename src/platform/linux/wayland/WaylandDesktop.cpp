@@ -8,7 +8,6 @@
 #include "platform/linux/wayland/VirtualKeyboard.h"
 #include "platform/linux/x11/QtPasteboard.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QLibraryInfo>
 
@@ -17,10 +16,6 @@
 namespace parlivo {
 
 namespace {
-
-class Texts {
-    Q_DECLARE_TR_FUNCTIONS(parlivo::WaylandDesktop)
-};
 
 bool toolkitSpeaksWayland() {
     const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/platforms"));
@@ -83,20 +78,19 @@ bool WaylandDesktop::canDeliverText() {
 
 std::optional<QString> WaylandDesktop::startProblem() {
     if (toolkitSpeaksWayland() || hasXServer()) return std::nullopt;
-    return QStringLiteral(
+    return tr(
         "le finestre non possono essere mostrate in questa sessione Wayland: manca il plugin "
         "di Qt per Wayland (pacchetto qt6-wayland)");
 }
 
 QString WaylandDesktop::summary() {
     QStringList text;
-    if (keyboard_->canCommitText()) text << Texts::tr("testo dal metodo di inserimento");
-    if (canPaste()) text << Texts::tr("incolla da tastiera virtuale");
-    if (text.isEmpty()) text << Texts::tr("testo negli appunti");
-    return Texts::tr("Wayland: %1, %2, %3")
-        .arg(hotKey().name.isEmpty() ? Texts::tr("nessun tasto globale") : hotKey().name,
-             text.join(QStringLiteral(", ")),
-             hasLayers_ ? Texts::tr("pannello") : Texts::tr("nessun pannello"));
+    if (keyboard_->canCommitText()) text << tr("testo dal metodo di inserimento");
+    if (canPaste()) text << tr("incolla da tastiera virtuale");
+    if (text.isEmpty()) text << tr("testo negli appunti");
+    return tr("Wayland: %1, %2, %3")
+        .arg(hotKey().name.isEmpty() ? tr("nessun tasto globale") : hotKey().name,
+             text.join(QStringLiteral(", ")), hasLayers_ ? tr("pannello") : tr("nessun pannello"));
 }
 
 }  // namespace parlivo
