@@ -157,7 +157,7 @@ class DocsTest(unittest.TestCase):
     def test_every_thread_has_its_row(self):
         names = set()
         for source in (PROJECT / "src").rglob("*.[ch]*"):
-            names |= set(re.findall(r'"(parlivo\.[a-z]+)"', source.read_text()))
+            names |= set(re.findall(r'"(parlivo\.(?!qm")[a-z]+)"', source.read_text()))
         self.assertGreater(len(names), 5)
         table = (PROJECT / "docs/architecture.md").read_text().split("## Threads")[1].split("\n\n- ")[0]
         for name in names:
