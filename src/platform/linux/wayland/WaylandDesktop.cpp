@@ -8,6 +8,7 @@
 #include "platform/linux/wayland/VirtualKeyboard.h"
 #include "platform/linux/x11/QtPasteboard.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QLibraryInfo>
 
@@ -78,19 +79,26 @@ bool WaylandDesktop::canDeliverText() {
 
 std::optional<QString> WaylandDesktop::startProblem() {
     if (toolkitSpeaksWayland() || hasXServer()) return std::nullopt;
-    return tr(
-        "le finestre non possono essere mostrate in questa sessione Wayland: manca il plugin "
-        "di Qt per Wayland (pacchetto qt6-wayland)");
+    return QCoreApplication::translate(
+        "parlivo::WaylandDesktop",
+        "le finestre non possono essere mostrate in questa sessione Wayland: manca il plugin di Qt per Wayland (pacchetto qt6-wayland)");
 }
 
 QString WaylandDesktop::summary() {
     QStringList text;
-    if (keyboard_->canCommitText()) text << tr("testo dal metodo di inserimento");
-    if (canPaste()) text << tr("incolla da tastiera virtuale");
-    if (text.isEmpty()) text << tr("testo negli appunti");
-    return tr("Wayland: %1, %2, %3")
-        .arg(hotKey().name.isEmpty() ? tr("nessun tasto globale") : hotKey().name,
-             text.join(QStringLiteral(", ")), hasLayers_ ? tr("pannello") : tr("nessun pannello"));
+    if (keyboard_->canCommitText())
+        text << QCoreApplication::translate("parlivo::WaylandDesktop", "testo dal metodo di inserimento");
+    if (canPaste())
+        text << QCoreApplication::translate("parlivo::WaylandDesktop", "incolla da tastiera virtuale");
+    if (text.isEmpty()) text << QCoreApplication::translate("parlivo::WaylandDesktop", "testo negli appunti");
+    const QString key = !hotKey().name.isEmpty()
+                            ? hotKey().name
+                            : QCoreApplication::translate("parlivo::WaylandDesktop", "nessun tasto globale");
+    const QString panel = hasLayers_
+                              ? QCoreApplication::translate("parlivo::WaylandDesktop", "pannello")
+                              : QCoreApplication::translate("parlivo::WaylandDesktop", "nessun pannello");
+    return QCoreApplication::translate("parlivo::WaylandDesktop", "Wayland: %1, %2, %3")
+        .arg(key, text.join(QStringLiteral(", ")), panel);
 }
 
 }  // namespace parlivo

@@ -5,8 +5,6 @@
 #include "platform/linux/wayland/WaylandConnection.h"
 #include "platform/linux/wayland/WaylandKeyboard.h"
 
-#include <QCoreApplication>
-
 #include <functional>
 #include <mutex>
 
@@ -22,8 +20,6 @@ struct HotKeyWay {
 /// place a window, unless the compositor has a protocol for it; each facility goes the way that this one
 /// offers. Where there is none for text, what is dictated goes to the clipboard.
 class WaylandDesktop : public Desktop {
-    Q_DECLARE_TR_FUNCTIONS(parlivo::WaylandDesktop)
-
   public:
     /// `findHotKey` is asked when the hot key is, after the toolkit has started; a null service stands for
     /// none. Main thread, before the toolkit starts: may choose the way in which it shows its windows.
