@@ -23,4 +23,10 @@ inline std::vector<qint64> childProcessesOf(qint64 parent) {
     return children;
 }
 
+/// Whether the process is there and no zombie.
+inline bool lives(qint64 process) {
+    QFile status(QStringLiteral("/proc/%1/stat").arg(process));
+    return status.open(QIODevice::ReadOnly) && !status.readAll().contains(") Z ");
+}
+
 }  // namespace parlivo

@@ -12,7 +12,7 @@ class QDBusServiceWatcher;
 
 namespace parlivo {
 
-/// The notification service of the session bus, as the Desktop Notifications Specification 1.2 describes it
+/// The notification service of the session bus, in version 1.2 of its protocol
 /// (org.freedesktop.Notifications). Where there is no bus or no service, nothing is shown.
 class BusNotifications : public QObject, public Notifications {
     Q_OBJECT
