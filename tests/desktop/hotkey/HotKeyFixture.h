@@ -47,6 +47,16 @@ class HotKeyTest : public testing::Test {
         return waitFor([&] { return presses >= expectedPresses && releases >= expectedReleases; }, limit) &&
                presses == expectedPresses && releases == expectedReleases;
     }
+    /// Taps Alt+Space until the service hears both edges of it.
+    bool becomesHeard() {
+        const auto tapped = [this] {
+            keyboard.press(Key::leftAlt);
+            keyboard.tap(Key::space);
+            keyboard.release(Key::leftAlt);
+            return releases > 0;
+        };
+        return waitFor(tapped) && waitFor([this] { return presses == releases; });
+    }
     std::string seen() const {
         return std::to_string(presses) + " presses, " + std::to_string(releases) + " releases";
     }

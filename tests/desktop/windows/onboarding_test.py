@@ -63,6 +63,14 @@ class FirstRunTest(WindowsTest):
         self.go_on()
         self.program.wait_for_words(*QUALITY)
 
+    def go_to_the_last_page(self):
+        self.go_to_download()
+        self.program.wait_for_words(*DOWNLOADED)
+        for page in (MICROPHONE, ACCESSIBILITY):
+            self.go_on()
+            self.program.wait_for_words(*page, GRANTED)
+        self.go_on()
+
     def go_to_download(self):
         self.go_to_quality()
         self.go_on()
@@ -326,12 +334,7 @@ class FirstDictationTest(FirstRunTest):
         phrase = next(p for p in json.loads((windows.DEMO / "phrases.json").read_text())
                       if p["lang"] == "it" and len(p["raw"]) > 50)
         self.start()
-        self.go_to_download()
-        self.program.wait_for_words(*DOWNLOADED)
-        for page in (MICROPHONE, ACCESSIBILITY):
-            self.go_on()
-            self.program.wait_for_words(*page, GRANTED)
-        self.go_on()
+        self.go_to_the_last_page()
         self.program.explained("the focus in the field", lambda: self.program.focused() == ("text", "Prova qui"))
         subprocess.run(["xdotool", "keydown", "Alt_L", "keydown", "space"], check=True)
         wait_for("the recording", lambda: windows.state() == "recording")
@@ -345,12 +348,7 @@ class FirstDictationTest(FirstRunTest):
         phrase = next(p for p in json.loads((windows.DEMO / "phrases.json").read_text())
                       if p["lang"] == "it" and len(p["raw"]) > 50 and p["clean"]["medium"] != p["raw"])
         self.start()
-        self.go_to_download()
-        self.program.wait_for_words(*DOWNLOADED)
-        for page in (MICROPHONE, ACCESSIBILITY):
-            self.go_on()
-            self.program.wait_for_words(*page, GRANTED)
-        self.go_on()
+        self.go_to_the_last_page()
         self.program.press("Inizia a dettare")
         self.program.wait_until_gone("Tutto pronto")
         written = pathlib.Path(os.environ["TMPDIR"], "written")
