@@ -82,12 +82,10 @@ JsonUserDefaults::~JsonUserDefaults() {
 }
 
 QVariant JsonUserDefaults::value(const QString& key) const {
-    {
-        const std::lock_guard lock(changesMutex_);
-        const auto changed = changes_.find(key);
-        if (changed != changes_.end()) return changed->second.value.value_or(QVariant());
-    }
-    const std::lock_guard lock(fileMutex_);
+    const std::lock_guard lock(stateMutex_);
+    const auto changed = changes_.find(key);
+    if (changed != changes_.end()) return changed->second.value.value_or(QVariant());
+    if (beforeWrite_) return beforeWrite_->value(key);
     const QSettings settings(file_, jsonFormat());
     setAsideIfBroken(settings);
     return settings.value(key);
@@ -104,7 +102,7 @@ void JsonUserDefaults::remove(const QString& key) {
 
 void JsonUserDefaults::note(const QString& key, std::optional<QVariant> value) {
     {
-        const std::lock_guard lock(changesMutex_);
+        const std::lock_guard lock(stateMutex_);
         changes_[key] = {std::move(value), ++lastNumber_};
         due_ = true;
         if (!writer_.joinable()) {
@@ -115,7 +113,7 @@ void JsonUserDefaults::note(const QString& key, std::optional<QVariant> value) {
 }
 
 void JsonUserDefaults::writeBehind(const std::stop_token& stop) {
-    std::unique_lock lock(changesMutex_);
+    std::unique_lock lock(stateMutex_);
     while (noted_.wait(lock, stop, [this] { return due_; })) {
         // The end of the program cuts this short.
         noted_.wait_for(lock, stop, delay_, [] { return false; });
@@ -127,21 +125,28 @@ void JsonUserDefaults::writeBehind(const std::stop_token& stop) {
 }
 
 void JsonUserDefaults::flush() {
-    const std::lock_guard file(fileMutex_);
-    std::unique_lock lock(changesMutex_);
+    const std::lock_guard writing(writeMutex_);
+    std::unique_lock lock(stateMutex_);
+    if (changes_.empty()) return;
     const Changes changes = changes_;
     const std::uint64_t last = lastNumber_;
+    beforeWrite_ = readAll();
     lock.unlock();
-    if (changes.empty() || !write(changes)) return;
+    const bool written = write(changes);
     lock.lock();
-    std::erase_if(changes_, [last](const auto& change) { return change.second.number <= last; });
+    beforeWrite_.reset();
+    if (written) std::erase_if(changes_, [last](const auto& change) { return change.second.number <= last; });
+}
+
+QVariantMap JsonUserDefaults::readAll() const {
+    const QSettings settings(file_, jsonFormat());
+    setAsideIfBroken(settings);
+    QVariantMap values;
+    for (const QString& key : settings.allKeys()) values.insert(key, settings.value(key));
+    return values;
 }
 
 bool JsonUserDefaults::write(const Changes& changes) {
-    {
-        const QSettings settings(file_, jsonFormat());
-        setAsideIfBroken(settings);
-    }
     createPrivately(file_);
     if (!std::exchange(tidied_, true)) removeStaleFiles(file_);
     QSettings settings(file_, jsonFormat());
