@@ -159,6 +159,30 @@ void replaceRunningBundle(const QString& bundle, WorkingFolder& folder) {
     if (outcome == BundleTools::Replacement::GoesOn) folder.keep();
 }
 
+/// The new version's notes, on the disk before it is in its place: however this program ends from then on,
+/// the new one shows them. An installation that fails leaves what was stored before.
+class StoredNotes {
+  public:
+    explicit StoredNotes(const QString& changelog) : before_(Config::get(Settings::pendingChangelog)) {
+        Config::set(Settings::pendingChangelog, changelog);
+        Config::flush();
+    }
+    ~StoredNotes() {
+        if (kept_) return;
+        before_ ? Config::set(Settings::pendingChangelog, *before_)
+                : Config::remove(Settings::pendingChangelog);
+        Config::flush();
+    }
+    StoredNotes(const StoredNotes&) = delete;
+    StoredNotes& operator=(const StoredNotes&) = delete;
+
+    void keep() { kept_ = true; }
+
+  private:
+    const std::optional<QString> before_;
+    bool kept_ = false;
+};
+
 }  // namespace
 
 void installUpdate(const QString& archive, const FeedEntry& entry, const std::optional<UpdateKey>& key) {
@@ -167,7 +191,9 @@ void installUpdate(const QString& archive, const FeedEntry& entry, const std::op
     unpack(archive, folder);
     const QString bundle = findBundle(folder);
     checkVersion(bundle, entry.version);
+    StoredNotes notes(entry.changelog);
     replaceRunningBundle(bundle, folder);
+    notes.keep();
 }
 
 void removeStaleUpdates() {

@@ -7,7 +7,8 @@
 
 namespace parlivo {
 
-/// Puts the bundle in a downloaded archive in the place of the running one.
+/// Puts the bundle in a downloaded archive in the place of the running one, and stores the entry's changelog
+/// for it (WhatsNew).
 ///
 /// Blocks, so not on the main thread. Throws Error
 ///   - UpdateCorrupted if the archive is not the one that the entry, signed with `key` if there is one,

@@ -105,7 +105,7 @@ void Updater::apply(const FeedEntry& entry, const FetchedArchive& archive) {
             // The archive is gone before the outcome is told: the program may end at once.
             installUpdate(std::exchange(file, nullptr)->path(), entry, key_);
             Log::info(u"aggiornamento %1 installato, riavvio"_s.arg(entry.version));
-            MainQueue::async(alive, [this, entry] { relaunch(entry); });
+            MainQueue::async(alive, [this] { relaunch(); });
         } catch (const Error& error) {
             const QString& reason = error.localizedDescription();
             Log::info(u"installazione update fallita: "_s + reason);
@@ -125,8 +125,7 @@ void Updater::fail(const QString& explanation) {
         {.message = tr("Aggiornamento non riuscito"), .informativeText = explanation, .buttons = {tr("OK")}});
 }
 
-void Updater::relaunch(const FeedEntry& entry) {
-    Config::set(Settings::pendingChangelog, entry.changelog);
+void Updater::relaunch() {
     restart_.stopEngines();
     Platform::current().bundleTools().startAfterEnd(Platform::current().bundle().location());
     restart_.quit();

@@ -63,7 +63,7 @@ class Updater {
     void apply(const FeedEntry& entry, const FetchedArchive& archive);
     void failDownload(const QString& reason);
     void fail(const QString& explanation);
-    void relaunch(const FeedEntry& entry);
+    void relaunch();
 
     const Restart restart_;
     const std::chrono::milliseconds period_;

@@ -27,6 +27,23 @@ class DistantTools : public LinuxBundleTools {
     QTemporaryDir place_{u"/dev/shm/parlivo-test-XXXXXX"_s};
 };
 
+/// Tools that look at the stored changelog when they are to replace the bundle.
+class LookingTools : public LinuxBundleTools {
+  public:
+    explicit LookingTools(Replacement outcome) : outcome_(outcome) {}
+    Replacement replace(const QString& source, const QString& destination) override {
+        changelog = Config::get(Settings::pendingChangelog);
+        flushes = static_cast<fake::UserDefaults&>(Platform::current().userDefaults()).flushes;
+        return outcome_ == Replacement::Done ? LinuxBundleTools::replace(source, destination) : outcome_;
+    }
+
+    std::optional<QString> changelog;
+    int flushes = 0;
+
+  private:
+    Replacement outcome_;
+};
+
 /// How the running bundle is replaced, and what is left when the program ends meanwhile.
 class UpdateReplacementTest : public UpdateTest {
   protected:
@@ -39,7 +56,9 @@ class UpdateReplacementTest : public UpdateTest {
         const QByteArray zip = zipOf(newBundle());
         const QString archive = place.filePath(u"arrived.zip"_s);
         write(archive, zip);
-        installUpdate(archive, entryFor(zip), std::nullopt);
+        FeedEntry entry = entryFor(zip);
+        entry.changelog = u"Più veloce."_s;
+        installUpdate(archive, entry, std::nullopt);
     }
     std::optional<Error> failure() const {
         try {
@@ -94,6 +113,33 @@ TEST_F(UpdateReplacementTest, TheOldAndTheNewBundleAreExchangedInOneStep) {
     ASSERT_FALSE(failure().has_value());
     EXPECT_TRUE(isNew());
     EXPECT_TRUE(isAlone());
+}
+
+TEST_F(UpdateReplacementTest, TheChangelogIsOnTheDiskBeforeTheNewBundleIsInPlace) {
+    LookingTools looking(BundleTools::Replacement::Done);
+    platform.bundleTools().real = &looking;
+    ASSERT_FALSE(failure().has_value());
+    EXPECT_TRUE(isNew());
+    EXPECT_EQ(looking.changelog, u"Più veloce."_s);
+    EXPECT_EQ(looking.flushes, 1);
+    EXPECT_EQ(stored(Settings::pendingChangelog), u"Più veloce."_s);
+}
+
+TEST_F(UpdateReplacementTest, TheChangelogStaysWhereTheCopyGoesOnWithoutTheProgram) {
+    LookingTools looking(BundleTools::Replacement::GoesOn);
+    platform.bundleTools().real = &looking;
+    ASSERT_FALSE(failure().has_value());
+    EXPECT_EQ(stored(Settings::pendingChangelog), u"Più veloce."_s);
+}
+
+TEST_F(UpdateReplacementTest, AFailureLeavesTheChangelogThatWasStored) {
+    LookingTools looking(BundleTools::Replacement::Failed);
+    platform.bundleTools().real = &looking;
+    ASSERT_TRUE(failure().has_value());
+    EXPECT_FALSE(stored(Settings::pendingChangelog).isValid());
+    store(Settings::pendingChangelog, u"Di prima."_s);
+    ASSERT_TRUE(failure().has_value());
+    EXPECT_EQ(stored(Settings::pendingChangelog), u"Di prima."_s);
 }
 
 TEST_F(UpdateReplacementTest, ItIsUnpackedAmongTheTemporaryFilesWhereTheUserCannotWriteBesideTheBundle) {

@@ -422,6 +422,7 @@ class KillTest(InterruptedCase):
         for step in ("Parlivo:mkdir:Parlivo.app/Contents/Resources/s", "Parlivo:exchange:Parlivo.app"):
             program = self.halt(site, step)
             self.assertEqual(len(self.kill(program)), 2, "the archive and what it holds")
+            self.assertEqual(settings().get("pendingChangelog"), NEWS if "exchange" in step else None)
             self.assert_the_old_version_starts(site, before)
 
     def test_quit_while_downloading_unpacking_and_replacing(self):
@@ -453,6 +454,10 @@ class KillTest(InterruptedCase):
         for process in windows.halted("sh"):
             os.kill(process, signal.SIGKILL)
         self.assertEqual(digest(self.bundle), digest(self.expected))
+        program = self.start(site.address)
+        wait_for("the notes", lambda: NEWS in labels(program.pid))
+        quit_program()
+        program.wait(TIMEOUT)
         self.assert_it_starts_and_cleans_up(site, self.newer)
 
 
