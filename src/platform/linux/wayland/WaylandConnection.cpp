@@ -153,15 +153,18 @@ bool WaylandConnection::handleEvents() {
     while (wl_display_prepare_read(display_.get()) != 0) {
         if (wl_display_dispatch_pending(display_.get()) < 0) return false;
     }
-    wl_display_flush(display_.get());
-    waitForInput();
+    const bool socketFull = wl_display_flush(display_.get()) < 0 && errno == EAGAIN;
+    waitForEvents(socketFull ? Unsent::Some : Unsent::None);
     return wl_display_dispatch_pending(display_.get()) >= 0 && wl_display_get_error(display_.get()) == 0;
 }
 
-/// Between wl_display_prepare_read and the dispatch.
-void WaylandConnection::waitForInput() {
-    std::vector<pollfd> descriptors{{wl_display_get_fd(display_.get()), POLLIN, 0},
-                                    {wakeUp_.get(), POLLIN, 0}};
+/// Between wl_display_prepare_read and the dispatch. A compositor that is slow to read takes the unsent
+/// requests later.
+void WaylandConnection::waitForEvents(Unsent unsent) {
+    constexpr short both = POLLIN | POLLOUT;
+    std::vector<pollfd> descriptors{
+        {wl_display_get_fd(display_.get()), unsent == Unsent::Some ? both : short{POLLIN}, 0},
+        {wakeUp_.get(), POLLIN, 0}};
     for (const Transfer& transfer : transfers_) descriptors.push_back({transfer.pipe.get(), POLLOUT, 0});
     constexpr int forever = -1;
     poll(descriptors.data(), descriptors.size(), forever);

@@ -99,7 +99,8 @@ class WaylandConnection {
     bool handleEvents();
     void runJobs();
     void wake() const;
-    void waitForInput();
+    enum class Unsent { None, Some };
+    void waitForEvents(Unsent unsent);
     void continueTransfers();
     void globalAdded(std::uint32_t name, const char* interface, std::uint32_t version);
     void globalRemoved(std::uint32_t name);
