@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/StaleFiles.h"
+#include "input/HotKeyChoice.h"
 #include "input/HotKeyStatus.h"
 #include "models/ModelPaths.h"
 #include "models/ModelsMove.h"
@@ -99,8 +100,8 @@ void AppDelegate::applicationWillTerminate() {
 }
 
 void AppDelegate::installHotKey() {
-    hotKey_.onKeyDown = [this] { keyDown(); };
-    hotKey_.onKeyUp = [this] { keyUp(); };
+    hotKey_.onKeyDown = [this] { keyDown(HotKeyChoice::modeInForce()); };
+    hotKey_.onKeyUp = [this] { keyUp(HotKeyChoice::modeInForce()); };
     connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, this, [this] { showHotKeyStatus(); });
     hotKey_.applyCurrentPreset();
     connect(&SettingsNotifier::shared(), &SettingsNotifier::pvHotkeyChanged, this, [this] {
@@ -145,17 +146,17 @@ void AppDelegate::warmUp() {
     });
 }
 
-void AppDelegate::keyDown() {
-    if (Config::get(Settings::dictationMode) == DictationMode::Toggle) {
+void AppDelegate::keyDown(DictationMode mode) {
+    if (mode == DictationMode::Toggle) {
         toggle();
     } else {
         startRecording();
     }
 }
 
-void AppDelegate::keyUp() {
+void AppDelegate::keyUp(DictationMode mode) {
     // An unknown mode starts a recording on the key press and never ends it by key; that is intended.
-    if (Config::get(Settings::dictationMode) == DictationMode::PushToTalk) stopAndProcess();
+    if (mode == DictationMode::PushToTalk) stopAndProcess();
 }
 
 void AppDelegate::toggle() {
@@ -169,9 +170,10 @@ void AppDelegate::toggle() {
 void AppDelegate::perform(RemoteCommand command) {
     switch (command) {
         case RemoteCommand::Press:
-            return keyDown();
+            // Who sends this tells of the release, too, whatever the system does for the hot key.
+            return keyDown(Config::get(Settings::dictationMode));
         case RemoteCommand::Release:
-            return keyUp();
+            return keyUp(Config::get(Settings::dictationMode));
         case RemoteCommand::Toggle:
             return toggle();
         case RemoteCommand::ShowSettings:

@@ -65,8 +65,8 @@ class AppDelegate : public QObject {
     enum class FirstRun { OnScreen, PutOff };
     void showPutOffFirstRun(FirstRun firstRun);
     void showSettings();
-    void keyDown();
-    void keyUp();
+    void keyDown(DictationMode mode);
+    void keyUp(DictationMode mode);
     void toggle();
     void warmUp();
     void chooseMicrophone();

@@ -72,8 +72,11 @@ std::variant<CommandLine, CommandLineError> parseCommandLine(const QStringList& 
 
 QString commandLineHelp() {
     QString text = Texts::tr("Uso: Parlivo [opzioni]\n\n");
-    text += withHotKeyTitle(
-        Texts::tr("Tieni premuto ⌥Spazio, parla, rilascia: il testo appare dove stai scrivendo.\n"));
+    text += hotKeySentence(
+        {.held = Texts::tr("Tieni premuto ⌥Spazio, parla, rilascia: il testo appare dove stai scrivendo.\n"),
+         .pressed = Texts::tr("Premi %1, parla, ripremi: il testo appare dove stai scrivendo.\n"),
+         .none = Texts::tr(
+             "Questa sessione non ha tasti globali: nelle impostazioni del desktop assegna un tasto al comando parlivo --toggle.\n")});
     text += Texts::tr("Senza opzioni avvia Parlivo; se è già in esecuzione ne apre le impostazioni.\n\n");
     text += Texts::tr("Per l'istanza in esecuzione:\n");
     for (const Option& option : options) {

@@ -43,7 +43,13 @@ const Row& rowOf(State state) {
 }  // namespace
 
 QString statusText(State state) {
-    return withHotKeyTitle(QCoreApplication::translate(context, rowOf(state).text));
+    const QString text = QCoreApplication::translate(context, rowOf(state).text);
+    if (state != State::idle) return text;
+    return hotKeySentence(
+        {.held = text,
+         .pressed = QCoreApplication::translate("parlivo::State", "Pronto — premi %1 per dettare"),
+         .none =
+             QCoreApplication::translate("parlivo::State", "Pronto — assegna un tasto a parlivo --toggle")});
 }
 
 std::optional<State> stateOf(const QString& text) {

@@ -66,6 +66,11 @@ void store(KeyCode key, HotKeyModifiers modifiers) {
     Config::set(Settings::hotkeyPreset, ownId());
 }
 
+DictationMode modeInForce() {
+    const bool toldOfReleases = Platform::current().hotKeys().edges() == HotKeyService::Edges::Both;
+    return toldOfReleases ? Config::get(Settings::dictationMode) : DictationMode::Toggle;
+}
+
 QString titleOf(KeyCode key, HotKeyModifiers modifiers) {
     struct Name {
         HotKeyModifiers modifier;

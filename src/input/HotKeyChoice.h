@@ -2,6 +2,7 @@
 #pragma once
 
 #include "input/HotKeyPresets.h"
+#include "settings/Settings.h"
 
 #include <QString>
 
@@ -24,6 +25,10 @@ bool isAllowed(KeyCode key, HotKeyModifiers modifiers);
 bool hasOwn();
 /// Makes it the chosen one, without announcing it.
 void store(KeyCode key, HotKeyModifiers modifiers);
+
+/// What the hot key does: what the settings choose, or to start and stop by presses where the system tells of
+/// nothing else.
+DictationMode modeInForce();
 
 /// "Ctrl+Alt+F9", with what the layout prints on the key.
 QString titleOf(KeyCode key, HotKeyModifiers modifiers);

@@ -56,6 +56,10 @@ HotKeyManager::~HotKeyManager() {
 }
 
 void HotKeyManager::applyCurrentPreset() {
+    if (Platform::current().hotKeys().edges() == HotKeyService::Edges::None) {
+        Log::info(QStringLiteral("questa sessione non ha tasti globali"));
+        return report(std::nullopt);
+    }
     hotKeyRef_.reset();
     installHandler();
     report(registerAny());

@@ -31,7 +31,7 @@ class HotKeyManager {
     /// Registers the hot key that the settings name, in place of the present one. If the system refuses it,
     /// this is logged and there is no hot key. Where other programs commonly hold combinations, the first
     /// free preset is then taken and stored for a user who never chose one; otherwise the refused one is
-    /// tried again whenever it may have become free.
+    /// tried again whenever it may have become free. Where the system has no hot keys, none is tried.
     void applyCurrentPreset();
 
     /// Why the hot key does not work, or not under all lock keys: the system refused it, at its registration

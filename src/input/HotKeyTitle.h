@@ -19,4 +19,13 @@ QString hotKeyTitle();
 /// whatever is chosen.
 QString withHotKeyTitle(QString text);
 
+/// One sentence on the hot key, for each kind of system.
+struct HotKeySentence {
+    QString held;     ///< where it is held while the user speaks
+    QString pressed;  ///< where the system tells of presses only
+    QString none;     ///< where the system has no hot keys
+};
+/// The one that is true here, with the chosen keys.
+QString hotKeySentence(const HotKeySentence& sentence);
+
 }  // namespace parlivo

@@ -87,6 +87,14 @@ class HotKeyService {
     /// Takes the combination from every other application. A refused one leaves nothing registered.
     virtual Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) = 0;
 
+    /// Which edges of a hot key the system tells of.
+    enum class Edges {
+        Both,
+        PressesOnly,  ///< `released` follows at once, if at all: one press starts, the next one stops
+        None,         ///< there are no hot keys; the user may bind a key to a command of this program's
+    };
+    virtual Edges edges() const { return Edges::Both; }
+
     /// How often other programs hold the combination that the user would like.
     enum class Contention {
         Rare,    ///< a refusal is an accident; the user chooses one of the presets

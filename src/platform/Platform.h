@@ -13,6 +13,7 @@
 #include "platform/Pasteboard.h"
 #include "platform/Permissions.h"
 #include "platform/RemoteControl.h"
+#include "platform/SessionHint.h"
 #include "platform/Sounds.h"
 #include "platform/StatusItemHost.h"
 #include "platform/SystemLog.h"
@@ -27,6 +28,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace parlivo {
 
@@ -63,6 +65,9 @@ class Platform {
     virtual QString desktopSummary() = 0;
     /// The same for the settings window; nullopt where it goes without saying what works.
     virtual std::optional<QString> sessionNote() { return std::nullopt; }
+    /// What the user should know of this session, or has to do once; empty where all works. What was done is
+    /// gone at the next question, which may come once a second. Main thread.
+    virtual std::vector<SessionHint> sessionHints() { return {}; }
     /// What a child process does between fork and exec (ChildProcess::setChildSetup).
     virtual std::function<void()> childSetup() = 0;
     /// The environment of the programs that this one starts: the one it was started with, without the

@@ -113,6 +113,7 @@ class HotKeys : public parlivo::HotKeyService {
     QString keyLabel(KeyCode key) override { return printed.contains(key) ? printed[key] : QString(); }
 
     Contention contention() const override { return contended; }
+    Edges edges() const override { return told; }
     std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
     void watchRefused(std::function<void()> newMayBeFree) override { mayBeFree = std::move(newMayBeFree); }
 
@@ -127,6 +128,7 @@ class HotKeys : public parlivo::HotKeyService {
     /// Combinations that another program holds: refused with status 10, whatever `refuseWith` says.
     std::set<std::pair<KeyCode, HotKeyModifiers>> taken;
     Contention contended = Contention::Rare;
+    Edges told = Edges::Both;
     std::function<void()> mayBeFree;  ///< set while refused combinations are watched
     /// By native scan codes.
     std::map<std::uint32_t, KeyCode> positions;
@@ -420,6 +422,7 @@ class FakePlatform : public Platform {
     fake::Workspace& workspace() override { return workspace_; }
     std::optional<QString> startProblem() override { return std::nullopt; }
     QString desktopSummary() override { return QStringLiteral("finto"); }
+    std::vector<SessionHint> sessionHints() override { return hints; }
     std::function<void()> childSetup() override { return {}; }
     QProcessEnvironment childEnvironment() override {
         return QProcessEnvironment(QProcessEnvironment::InheritFromParent);
@@ -429,6 +432,7 @@ class FakePlatform : public Platform {
     }
 
     std::function<void()> terminationRequested;
+    std::vector<SessionHint> hints;
 
   private:
     fake::AudioInput audioInput_;

@@ -132,6 +132,36 @@ TEST_F(AppDelegateTest, ToggleStartsOnOnePressAndStopsOnTheNext) {
     EXPECT_TRUE(calls().contains(line(u"type Ciao a tutti.")));
 }
 
+TEST_F(AppDelegateTest, WhereOnlyPressesAreToldTheKeyTogglesWhateverIsChosen) {
+    platform.hotKeys().told = HotKeyService::Edges::PressesOnly;
+    store(Settings::dictationMode, line(u"ptt"));
+    launch();
+    platform.hotKeys().press();
+    platform.hotKeys().release();  // as some systems do at once
+    ageRecording(1s);
+    EXPECT_EQ(delegate->state(), State::recording);
+    platform.hotKeys().press();
+    EXPECT_EQ(delegate->state(), State::transcribing);
+    answer();
+    spinUntil([this] { return delegate->state() == State::idle; });
+    EXPECT_EQ(delegate->statusLine(), line(u"Pronto — premi ⌥ Spazio per dettare"));
+    delegate->perform(RemoteCommand::Press);
+    ageRecording(1s);
+    delegate->perform(RemoteCommand::Release);
+    EXPECT_EQ(delegate->state(), State::transcribing) << "a script tells of both";
+    answer();
+    spinUntil([this] { return delegate->state() == State::idle; });
+}
+
+TEST_F(AppDelegateTest, WithoutHotKeysTheIdleTextSaysWhatToBind) {
+    platform.hotKeys().told = HotKeyService::Edges::None;
+    launch();
+    EXPECT_EQ(delegate->statusLine(), line(u"Pronto — assegna un tasto a parlivo --toggle"));
+    EXPECT_TRUE(platform.hotKeys().registered.empty());
+    delegate->perform(RemoteCommand::Toggle);
+    EXPECT_EQ(delegate->state(), State::recording);
+}
+
 TEST_F(AppDelegateTest, AnUnknownModeStartsAndIsNeverEndedByTheKey) {
     store(Settings::dictationMode, line(u"hold"));
     launch();

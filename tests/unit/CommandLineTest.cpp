@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/CommandLine.h"
+#include "support/FakePlatform.h"
 
 #include <gtest/gtest.h>
 
@@ -51,10 +52,12 @@ TEST(CommandLineTest, AnUnknownOptionIsNamed) {
 }
 
 TEST(CommandLineTest, TheHelpNamesEveryOption) {
+    FakePlatform::install();
     for (const char* option :
          {"--press", "--release", "--toggle", "--settings", "--feedback", "--quit", "--version", "--help"}) {
         EXPECT_TRUE(commandLineHelp().contains(QString::fromLatin1(option))) << option;
     }
+    FakePlatform::uninstall();
 }
 
 }  // namespace

@@ -223,8 +223,9 @@ void StatusMenu::setTitle(const QString& title) {
 
 QString StatusMenu::toolTip() const {
     QString text = programName + QLatin1Char('\n') + title_;
+    const bool hasKey = Platform::current().hotKeys().edges() != HotKeyService::Edges::None;
     const QString key = hotKeyTitle();
-    if (!title_.contains(key)) text += QLatin1Char('\n') + key;
+    if (hasKey && !title_.contains(key)) text += QLatin1Char('\n') + key;
     return text;
 }
 

@@ -58,6 +58,7 @@ class LinuxPlatform : public Platform {
     std::optional<QString> startProblem() override { return desktop().startProblem(); }
     QString desktopSummary() override { return desktop().summary(); }
     std::optional<QString> sessionNote() override { return desktop().sessionNote(); }
+    std::vector<SessionHint> sessionHints() override { return desktop().sessionHints(); }
     std::function<void()> childSetup() override;
     QProcessEnvironment childEnvironment() override;
     void onTerminationRequest(std::function<void()> requested) override;

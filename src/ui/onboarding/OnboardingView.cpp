@@ -5,8 +5,10 @@
 #include "settings/Config.h"
 #include "support/Clock.h"
 #include "support/MainQueue.h"
+#include "ui/SessionHints.h"
 #include "ui/onboarding/DownloadPage.h"
 #include "ui/onboarding/FolderPage.h"
+#include "ui/onboarding/InkColour.h"
 #include "ui/onboarding/MicrophoneMeter.h"
 #include "ui/onboarding/OnboardingWindow.h"
 #include "ui/onboarding/PermissionPage.h"
@@ -162,6 +164,8 @@ QWidget* OnboardingView::makeAccessibilityPage() {
         },
         this);
     permissionPage_->setGranted(axGranted_);
+    permissionPage_->add(new SessionHints(
+        SessionHint::Topic::Text, {TextStyle::Body, inkColour, Qt::AlignHCenter, {}}, *permissionPage_));
     return permissionPage_;
 }
 

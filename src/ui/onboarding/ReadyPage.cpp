@@ -2,6 +2,7 @@
 #include "ui/onboarding/ReadyPage.h"
 
 #include "input/HotKeyStatus.h"
+#include "ui/SessionHints.h"
 #include "ui/onboarding/InkColour.h"
 #include "ui/onboarding/TextPages.h"
 #include "ui/views/Form.h"
@@ -14,6 +15,8 @@ ReadyPage::ReadyPage(const std::function<void()>& chooseHotKey, QWidget* parent)
     warning_ = new Label({}, TextStyle::Body, inkColour, this);
     choose_ = makeButton(tr("Scegli la scorciatoia…"), chooseHotKey, this);
     add(field_);
+    add(new SessionHints(SessionHint::Topic::HotKey, {TextStyle::Body, inkColour, Qt::AlignHCenter, {}},
+                         *this));
     warning_->setAlignment(Qt::AlignHCenter);
     add(warning_);
     add(choose_);

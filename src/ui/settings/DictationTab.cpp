@@ -8,6 +8,7 @@
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/SettingsNotifier.h"
+#include "ui/SessionHints.h"
 #include "ui/TierPicker.h"
 #include "ui/settings/MicrophonePicker.h"
 #include "ui/settings/OwnHotKey.h"
@@ -24,6 +25,10 @@ std::vector<Option> hotKeyOptions() {
     std::vector<Option> options;
     for (const Preset& preset : HotKeyManager::presets()) options.push_back({hotKeyTitle(preset), preset.id});
     return options;
+}
+
+HotKeyService::Edges hotKeyEdges() {
+    return Platform::current().hotKeys().edges();
 }
 
 bool anyCombinationGoes() {
@@ -43,17 +48,7 @@ Binding<QString> hotKeyPreset() {
 
 DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : FormPage(parent) {
     Form form(contents());
-    form.heading(tr("Tasto"));
-    if (anyCombinationGoes()) {
-        addHotKeys(form);
-    } else {
-        form.picker(tr("Scorciatoia"), hotKeyOptions(), hotKeyPreset());
-    }
-    form.unlabelledRadioGroup(
-        tr("Modalità di dettatura"),
-        {{tr("Tieni premuto per parlare (push-to-talk)"), wordOf(DictationMode::PushToTalk)},
-         {tr("Premi per iniziare, ripremi per fermare"), wordOf(DictationMode::Toggle)}},
-        bindingTo(Settings::dictationMode));
+    addKey(form);
     form.divider();
     form.heading(tr("Voce"));
     form.picker(
@@ -73,7 +68,35 @@ DictationTab::DictationTab(const SettingsActions& actions, QWidget* parent) : Fo
         actions.fetchModel));
 }
 
+void DictationTab::addKey(Form& form) {
+    form.heading(tr("Tasto"));
+    if (hotKeyEdges() == HotKeyService::Edges::None) {
+        // The desktop's own settings are the place to choose one.
+    } else if (anyCombinationGoes()) {
+        addHotKeys(form);
+    } else {
+        form.picker(tr("Scorciatoia"), hotKeyOptions(), hotKeyPreset());
+    }
+    form.add(new SessionHints(SessionHint::Topic::HotKey, {.margins = Form::headingMargins()}, contents()));
+    mode_ = &form.unlabelledRadioGroup(
+        tr("Modalità di dettatura"),
+        {{tr("Tieni premuto per parlare (push-to-talk)"), wordOf(DictationMode::PushToTalk)},
+         {tr("Premi per iniziare, ripremi per fermare"), wordOf(DictationMode::Toggle)}},
+        bindingTo(Settings::dictationMode));
+    pressesOnly_ = &form.caption(tr(
+        "In questa sessione si sa solo quando il tasto viene premuto: premi per iniziare, ripremi per fermare."));
+    showMode();
+}
+
+/// Push-to-talk is not offered where no release is told.
+void DictationTab::showMode() {
+    const bool toldOfReleases = hotKeyEdges() == HotKeyService::Edges::Both;
+    mode_->setVisible(toldOfReleases);
+    pressesOnly_->setVisible(!toldOfReleases);
+}
+
 void DictationTab::showEvent(QShowEvent* event) {
+    showMode();
     FormPage::showEvent(event);
     if (microphone_) microphone_->refresh();
 }

@@ -8,6 +8,7 @@ namespace parlivo {
 
 class MicrophonePicker;
 class OwnHotKey;
+class RadioGroup;
 
 /// The hot key, the language, the microphone and the recognition model.
 class DictationTab : public FormPage {
@@ -20,10 +21,14 @@ class DictationTab : public FormPage {
     void showEvent(QShowEvent* event) override;
 
   private:
+    void addKey(Form& form);
     void addHotKeys(Form& form);
+    void showMode();
 
     MicrophonePicker* microphone_ = nullptr;  ///< null where the system offers no choice
-    OwnHotKey* ownHotKey_ = nullptr;          ///< where the system lets the user choose any combination
+    RadioGroup* mode_ = nullptr;
+    Label* pressesOnly_ = nullptr;    ///< in its place
+    OwnHotKey* ownHotKey_ = nullptr;  ///< where the system lets the user choose any combination
 };
 
 }  // namespace parlivo

@@ -5,6 +5,7 @@
 #include "settings/Config.h"
 #include "settings/Log.h"
 #include "support/Error.h"
+#include "ui/SessionHints.h"
 #include "ui/views/Dialogs.h"
 #include "ui/views/Windows.h"
 
@@ -52,6 +53,7 @@ GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
     form.divider();
     addProgram(form);
     if (const auto note = Platform::current().sessionNote()) form.caption(*note);
+    form.add(new SessionHints(SessionHint::Topic::Text, {.margins = Form::headingMargins()}, contents()));
 }
 
 void GeneralTab::setLaunchAtLogin(bool wanted) {

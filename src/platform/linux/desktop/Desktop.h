@@ -5,6 +5,7 @@
 #include "platform/HotKeyService.h"
 #include "platform/KeyboardSynthesizer.h"
 #include "platform/Pasteboard.h"
+#include "platform/SessionHint.h"
 #include "platform/StatusItemHost.h"
 #include "platform/linux/desktop/TrayWatch.h"
 
@@ -14,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace parlivo {
 
@@ -42,6 +44,8 @@ class Desktop {
     virtual QString summary() = 0;
     /// The same for the settings window, in a session where it is not a matter of course what works.
     virtual std::optional<QString> sessionNote() { return std::nullopt; }
+    /// As Platform::sessionHints.
+    virtual std::vector<SessionHint> sessionHints() { return {}; }
 };
 
 }  // namespace parlivo

@@ -10,9 +10,16 @@ namespace parlivo {
 /// Refuses every hot key.
 class NullHotKeyService : public HotKeyService {
   public:
+    /// `edges` is what it tells of them: None where the user may bind a key in another way.
+    explicit NullHotKeyService(Edges edges = Edges::Both) : edges_(edges) {}
+
     std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
     /// The status is ENOTSUP.
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+    Edges edges() const override { return edges_; }
+
+  private:
+    const Edges edges_;
 };
 
 /// Has no way to type.

@@ -68,7 +68,8 @@ WaylandDesktop::~WaylandDesktop() = default;
 const HotKeyWay& WaylandDesktop::hotKey() {
     std::call_once(hotKeySought_, [this] {
         hotKey_ = findHotKey_();
-        if (!hotKey_.service) hotKey_.service = std::make_unique<NullHotKeyService>();
+        if (!hotKey_.service)
+            hotKey_.service = std::make_unique<NullHotKeyService>(HotKeyService::Edges::None);
     });
     return hotKey_;
 }
@@ -82,6 +83,10 @@ std::optional<QString> WaylandDesktop::startProblem() {
     return QCoreApplication::translate(
         "parlivo::WaylandDesktop",
         "le finestre non possono essere mostrate in questa sessione Wayland: manca il plugin di Qt per Wayland (pacchetto qt6-wayland)");
+}
+
+std::vector<SessionHint> WaylandDesktop::sessionHints() {
+    return hotKey().hints ? hotKey().hints() : std::vector<SessionHint>();
 }
 
 QString WaylandDesktop::summary() {

@@ -14,6 +14,8 @@ namespace parlivo {
 struct HotKeyWay {
     std::unique_ptr<HotKeyService> service;
     QString name;  ///< in Italian, for the user
+    /// What the user should know of it, or has to do once; null for nothing. As Platform::sessionHints.
+    std::function<std::vector<SessionHint>()> hints = {};
 };
 
 /// A session of a Wayland compositor. There applications may neither grab keys nor send them to others, nor
@@ -40,6 +42,7 @@ class WaylandDesktop : public Desktop {
     std::optional<QString> startProblem() override;
     QString summary() override;
     std::optional<QString> sessionNote() override { return summary(); }
+    std::vector<SessionHint> sessionHints() override;
 
   private:
     bool canPaste() const { return hasDataControl_ && keyboard_->canPressKeys(); }
