@@ -131,7 +131,6 @@ class Studio {
         compareRibbon();
         if (scale_ > 1) return;
         takeDesktop();
-        takeDictation();
         drawSymbols();
     }
 
@@ -185,40 +184,6 @@ class Studio {
             indicators.perform(QString::fromLatin1(line));
         letPass(2000ms);
         save(picture(QRect(QPoint(), screenSize)), QStringLiteral("desktop"));
-    }
-
-    /// One dictation from the key to the text, a picture each tenth of a second.
-    void takeDictation() {
-        const TrayHost tray(TrayHost::Panel::Dark, inPixels(trayPlace));
-        const Backdrop backdrop(tray.ground());
-        Letter letter;
-        IndicatorProcess indicators;
-        require(waitFor([&] { return tray.icon().has_value(); }), "no icon came to the tray");
-        int number = 0;
-        const auto take = [&](int count) {
-            for (int i = 0; i < count; ++i) {
-                letPass(100ms);
-                save(picture(QRect(190, 0, 900, 800)),
-                     QStringLiteral("dictation-%1").arg(number++, 3, 10, QLatin1Char('0')));
-            }
-        };
-        take(6);
-        for (const char* line : {"icon mic.fill red", "show"}) indicators.perform(QString::fromLatin1(line));
-        for (const char* level : {"0.1", "0.7", "0.9", "0.5", "0.8", "0.2", "0.6", "0.9", "0.4", "0.1"}) {
-            indicators.perform(QStringLiteral("level ") + QLatin1String(level));
-            take(2);
-        }
-        for (const char* line : {"icon waveform orange", "rest"})
-            indicators.perform(QString::fromLatin1(line));
-        take(12);
-        for (const char* line : {"icon keyboard blue", "hide"}) indicators.perform(QString::fromLatin1(line));
-        const QStringList words = QStringLiteral("e fuori dal finestrino vedo già il mare.").split(u' ');
-        for (const QString& word : words) {
-            letter.insertPlainText(word + u' ');
-            take(1);
-        }
-        indicators.perform(QStringLiteral("icon mic none"));
-        take(12);
     }
 
     void takeOverlay() {
