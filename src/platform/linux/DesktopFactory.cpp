@@ -2,6 +2,8 @@
 #include "platform/linux/DesktopFactory.h"
 
 #include "platform/linux/desktop/NullDesktop.h"
+#include "platform/linux/gnome/RemoteKeys.h"
+#include "platform/linux/gnome/RemotePasteboard.h"
 #include "platform/linux/kde/KdeHotKeyService.h"
 #include "platform/linux/session/SessionKind.h"
 #include "platform/linux/sway/SwayHotKeyService.h"
@@ -29,6 +31,14 @@ HotKeyWay hotKeyWay() {
     return {};
 }
 
+PasteWay pasteWay() {
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!gnome::RemoteSession::isOffered(bus)) return {};
+    const auto desktop = std::make_shared<gnome::RemoteDesktop>(bus);
+    return {std::make_unique<gnome::RemoteKeys>(desktop), std::make_unique<gnome::RemotePasteboard>(desktop),
+            Texts::tr("incolla per mezzo di GNOME")};
+}
+
 }  // namespace
 
 std::unique_ptr<Desktop> makeDesktop() {
@@ -37,7 +47,7 @@ std::unique_ptr<Desktop> makeDesktop() {
         case SessionKind::X11:
             return std::make_unique<X11Desktop>();
         case SessionKind::Wayland:
-            return std::make_unique<WaylandDesktop>(hotKeyWay);
+            return std::make_unique<WaylandDesktop>(OwnWays{.findHotKey = hotKeyWay, .findPaste = pasteWay});
         case SessionKind::None:
             break;
     }

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/wayland/DataControlPasteboard.h"
 
+#include "platform/linux/wayland/ClipboardText.h"
 #include "support/Clock.h"
 
 #include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
 #include <wlr-data-control-client.h>
 
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <utility>
 
@@ -21,31 +19,8 @@ using namespace std::chrono_literals;
 
 /// How long the owner of a clipboard may take to give its text.
 constexpr auto ownerTimeout = 1000ms;
-/// How often the end of the program is looked for meanwhile.
-constexpr auto pollInterval = 50ms;
 
 constexpr std::array everyPlace{PasteboardPlace::Clipboard, PasteboardPlace::PrimarySelection};
-
-/// The types of plain text, the best first. All are UTF-8.
-constexpr std::array textTypes{"text/plain;charset=utf-8", "UTF8_STRING", "text/plain", "TEXT", "STRING"};
-
-/// What Klipper and most other clipboard managers leave out of their history.
-constexpr const char* secretHint = "x-kde-passwordManagerHint";
-
-/// All that comes until the other end is closed; nullopt if that takes too long or the program ends.
-std::optional<QString> readText(const UniqueFd& pipe, const Clock::Deadline& deadline) {
-    QByteArray bytes;
-    std::array<char, 65536> buffer{};
-    while (!deadline.passed() && !Clock::interrupted()) {
-        pollfd descriptor{pipe.get(), POLLIN, 0};
-        if (poll(&descriptor, 1, static_cast<int>(pollInterval.count())) <= 0) continue;
-        const ssize_t count = read(pipe.get(), buffer.data(), buffer.size());
-        if (count == 0) return QString::fromUtf8(bytes);
-        if (count < 0 && errno != EINTR && errno != EAGAIN) return std::nullopt;
-        if (count > 0) bytes.append(buffer.data(), count);
-    }
-    return std::nullopt;
-}
 
 }  // namespace
 
@@ -114,7 +89,7 @@ class DataControlPasteboard::Source {
   private:
     void send(QByteArrayView type, UniqueFd pipe) const {
         const bool isHint = type == secretHint;
-        const QByteArray bytes = isHint ? QByteArrayLiteral("secret") : text_.toUtf8();
+        const QByteArray bytes = isHint ? QByteArray(secretHintValue) : text_.toUtf8();
         if (!isHint) ++pasteboard_.timesRead_;
         pasteboard_.connection_->send(std::move(pipe), bytes);
     }

@@ -49,8 +49,8 @@ std::unique_ptr<wayland::WaylandKeyboard> keyboardOn(wayland::WaylandConnection*
 
 }  // namespace
 
-WaylandDesktop::WaylandDesktop(std::function<HotKeyWay()> findHotKey)
-    : findHotKey_(std::move(findHotKey)),
+WaylandDesktop::WaylandDesktop(OwnWays ways)
+    : ways_(std::move(ways)),
       connection_(wayland::WaylandConnection::open()),
       keyboard_(keyboardOn(connection_.get())),
       pasteboard_(wayland::DataControlPasteboard::open()),
@@ -67,15 +67,41 @@ WaylandDesktop::~WaylandDesktop() = default;
 
 const HotKeyWay& WaylandDesktop::hotKey() {
     std::call_once(hotKeySought_, [this] {
-        hotKey_ = findHotKey_();
+        hotKey_ = ways_.findHotKey();
         if (!hotKey_.service)
             hotKey_.service = std::make_unique<NullHotKeyService>(HotKeyService::Edges::None);
     });
     return hotKey_;
 }
 
+void WaylandDesktop::seekPaste() {
+    std::call_once(pasteSought_, [this] {
+        if (hasDataControl_ && keyboard_->canPressKeys()) {
+            pasteName_ =
+                QCoreApplication::translate("parlivo::WaylandDesktop", "incolla da tastiera virtuale");
+            return;
+        }
+        PasteWay way = ways_.findPaste();
+        if (!way.keys || !way.pasteboard) return;
+        keyboard_->useKeys(std::move(way.keys));
+        ownPasteboard_ = std::move(way.pasteboard);
+        pasteName_ = way.name;
+    });
+}
+
+KeyboardSynthesizer& WaylandDesktop::keyboard() {
+    seekPaste();
+    return *keyboard_;
+}
+
+Pasteboard& WaylandDesktop::pasteboard() {
+    seekPaste();
+    return ownPasteboard_ ? *ownPasteboard_ : *pasteboard_;
+}
+
 bool WaylandDesktop::canDeliverText() {
-    return canPaste() || keyboard_->canCommitText();
+    seekPaste();
+    return !pasteName_.isEmpty() || keyboard_->canCommitText();
 }
 
 std::optional<QString> WaylandDesktop::startProblem() {
@@ -93,8 +119,8 @@ QString WaylandDesktop::summary() {
     QStringList text;
     if (keyboard_->canCommitText())
         text << QCoreApplication::translate("parlivo::WaylandDesktop", "testo dal metodo di inserimento");
-    if (canPaste())
-        text << QCoreApplication::translate("parlivo::WaylandDesktop", "incolla da tastiera virtuale");
+    seekPaste();
+    if (!pasteName_.isEmpty()) text << pasteName_;
     if (text.isEmpty()) text << QCoreApplication::translate("parlivo::WaylandDesktop", "testo negli appunti");
     const QString key = !hotKey().name.isEmpty()
                             ? hotKey().name

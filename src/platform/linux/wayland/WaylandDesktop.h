@@ -18,21 +18,34 @@ struct HotKeyWay {
     std::function<std::vector<SessionHint>()> hints = {};
 };
 
+/// How one kind of compositor lets text be pasted that has no protocols for it.
+struct PasteWay {
+    std::unique_ptr<wayland::ChordKeys> keys;
+    std::unique_ptr<Pasteboard> pasteboard;
+    QString name;  ///< in Italian, for the user
+};
+
+/// What single kinds of compositors add to Wayland's protocols. Each is asked for when it is needed, after
+/// the toolkit has started; null members of its answer stand for none.
+struct OwnWays {
+    std::function<HotKeyWay()> findHotKey;
+    std::function<PasteWay()> findPaste;  ///< asked only where the protocols do not suffice
+};
+
 /// A session of a Wayland compositor. There applications may neither grab keys nor send them to others, nor
 /// place a window, unless the compositor has a protocol for it; each facility goes the way that this one
 /// offers. Where there is none for text, what is dictated goes to the clipboard.
 class WaylandDesktop : public Desktop {
   public:
-    /// `findHotKey` is asked when the hot key is, after the toolkit has started; a null service stands for
-    /// none. Main thread, before the toolkit starts: may choose the way in which it shows its windows.
-    explicit WaylandDesktop(std::function<HotKeyWay()> findHotKey);
+    /// Main thread, before the toolkit starts: may choose the way in which it shows its windows.
+    explicit WaylandDesktop(OwnWays ways);
     ~WaylandDesktop() override;
     WaylandDesktop(const WaylandDesktop&) = delete;
     WaylandDesktop& operator=(const WaylandDesktop&) = delete;
 
     HotKeyService& hotKeys() override { return *hotKey().service; }
-    KeyboardSynthesizer& keyboard() override { return *keyboard_; }
-    Pasteboard& pasteboard() override { return *pasteboard_; }
+    KeyboardSynthesizer& keyboard() override;
+    Pasteboard& pasteboard() override;
     FloatingPanels& floatingPanels() override { return *panels_; }
     std::unique_ptr<TrayWatch> watchTray(std::function<void()>) override { return nullptr; }
     StatusItemPlace::Foreground foregroundAt(const QRect&) override {
@@ -45,17 +58,20 @@ class WaylandDesktop : public Desktop {
     std::vector<SessionHint> sessionHints() override;
 
   private:
-    bool canPaste() const { return hasDataControl_ && keyboard_->canPressKeys(); }
-
     const HotKeyWay& hotKey();
+    /// Decides how text is delivered.
+    void seekPaste();
 
-    const std::function<HotKeyWay()> findHotKey_;
+    const OwnWays ways_;
     std::once_flag hotKeySought_;
     HotKeyWay hotKey_;
+    std::once_flag pasteSought_;
+    QString pasteName_;                                       // empty where nothing can be pasted
     std::unique_ptr<wayland::WaylandConnection> connection_;  // the keyboard's
     std::unique_ptr<wayland::WaylandKeyboard> keyboard_;
     std::unique_ptr<Pasteboard> pasteboard_;
     std::unique_ptr<FloatingPanels> panels_;
+    std::unique_ptr<Pasteboard> ownPasteboard_;  // of `ways_`: goes before the toolkit's
     bool hasDataControl_ = false;
     bool hasLayers_ = false;
 };

@@ -6,6 +6,7 @@
 #include "platform/linux/wayland/InputMethod.h"
 
 #include <memory>
+#include <utility>
 
 namespace parlivo::wayland {
 
@@ -23,6 +24,8 @@ class WaylandKeyboard : public KeyboardSynthesizer {
     std::unique_ptr<KeyEventSource> makeSource(QStringView text) override;
     std::unique_ptr<KeyEventSource> makeShortcutSource() override;
 
+    /// Takes other keys. Before the first source is made.
+    void useKeys(std::unique_ptr<ChordKeys> keys) { keys_ = std::move(keys); }
     bool canPressKeys() const { return keys_ != nullptr; }
     /// Any thread.
     bool canCommitText() const;

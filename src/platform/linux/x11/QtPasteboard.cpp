@@ -6,7 +6,6 @@
 
 #include <QGuiApplication>
 
-#include <array>
 #include <memory>
 
 namespace parlivo {
@@ -16,8 +15,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto ownerTimeout = 1000ms;
-
-constexpr std::array everyPlace{PasteboardPlace::Clipboard, PasteboardPlace::PrimarySelection};
 
 QClipboard::Mode mode(PasteboardPlace place) {
     return place == PasteboardPlace::Clipboard ? QClipboard::Clipboard : QClipboard::Selection;
@@ -30,13 +27,28 @@ void markAsSecret(QMimeData& data) {
 
 }  // namespace
 
+/// A text that counts how often it is asked for.
+class QtPasteboard::Content : public QMimeData {
+  public:
+    explicit Content(std::atomic<int>& givenCount) : givenCount_(givenCount) {}
+
+  protected:
+    QVariant retrieveData(const QString& type, QMetaType wanted) const override {
+        if (type.startsWith(QLatin1String("text/plain"))) ++givenCount_;
+        return QMimeData::retrieveData(type, wanted);
+    }
+
+  private:
+    std::atomic<int>& givenCount_;
+};
+
 PasteboardTexts QtPasteboard::texts() {
     PasteboardTexts texts;
     QList<PasteboardPlace> others;
     // Qt is asked only for what this program put there: it notices a new owner late, and would wait for that
     // one's contents on the main thread.
     const bool alive = MainQueue::sync([&] {
-        for (const PasteboardPlace place : everyPlace) {
+        for (const PasteboardPlace place : places_) {
             if (isOurs(place)) {
                 texts.insert(place, put_.at(place)->text());
             } else {
@@ -53,7 +65,7 @@ void QtPasteboard::setText(const QString& text, History history) {
     // Lines end with a line feed in X selections: a terminal takes a carriage return for one more.
     const QString lines = QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     MainQueue::sync([&] {
-        for (const PasteboardPlace place : everyPlace) put(place, lines, history);
+        for (const PasteboardPlace place : places_) put(place, lines, history);
     });
 }
 
@@ -67,7 +79,7 @@ void QtPasteboard::restore(const PasteboardTexts& texts) {
 }
 
 void QtPasteboard::put(PasteboardPlace place, const QString& text, History history) {
-    auto data = std::make_unique<QMimeData>();
+    auto data = std::make_unique<Content>(givenCount_);
     data->setText(text);
     if (history == History::Omit) markAsSecret(*data);
     put_[place] = data.get();

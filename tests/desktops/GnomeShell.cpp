@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "desktops/GnomeShell.h"
+
+#include "platform/linux/wayland/ClipboardText.h"
+#include "support/Error.h"
+#include "support/Waiting.h"
+
+#include <QDBusInterface>
+#include <QDBusReply>
+#include <QProcess>
+
+#include <linux/input-event-codes.h>
+
+#include <ranges>
+
+namespace parlivo::desktop::gnome {
+
+namespace {
+
+using namespace std::chrono_literals;
+using parlivo::gnome::RemoteSession;
+
+[[noreturn]] void fail(const QString& what) {
+    throw Error(QStringLiteral("desktop test"), 7, what);
+}
+
+QString run(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, arguments);
+    if (!waitFor([&] { return process.state() == QProcess::NotRunning; }) || process.exitCode() != 0)
+        fail(program + QLatin1Char(' ') + arguments.join(QLatin1Char(' ')));
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+}  // namespace
+
+Hands::Hands() : session_(RemoteSession::open(QDBusConnection::sessionBus())) {
+    if (!session_) fail(QStringLiteral("no remote session"));
+    tap(KEY_LEFTSHIFT);
+}
+
+void Hands::press(std::initializer_list<std::uint32_t> keys) {
+    for (const auto key : keys) session_->notifyKey(key, RemoteSession::KeyState::Down);
+}
+
+void Hands::release(std::initializer_list<std::uint32_t> keys) {
+    for (const auto key : keys) session_->notifyKey(key, RemoteSession::KeyState::Up);
+}
+
+void Hands::tap(std::uint32_t key) {
+    press({key});
+    release({key});
+}
+
+std::optional<QString> Hands::clipboard() {
+    if (session_->isOwner()) return session_->offered();
+    const UniqueFd pipe = session_->receiveText();
+    if (!pipe) return std::nullopt;
+    return wayland::readText(pipe, Clock::Deadline(10s));
+}
+
+void Hands::copy(const QString& text) {
+    bool taken = false;
+    QObject::connect(session_.get(), &RemoteSession::textTaken, session_.get(), [&taken] { taken = true; });
+    session_->offer(text, Pasteboard::History::Keep);
+    if (!waitFor([&] { return taken; })) fail(QStringLiteral("the shell does not take a copy"));
+    session_->disconnect(SIGNAL(textTaken()));
+}
+
+int remoteSessions() {
+    QDBusInterface node(QStringLiteral("org.gnome.Mutter.RemoteDesktop"),
+                        QStringLiteral("/org/gnome/Mutter/RemoteDesktop/Session"),
+                        QStringLiteral("org.freedesktop.DBus.Introspectable"));
+    const QDBusReply<QString> description(node.call(QStringLiteral("Introspect")));
+    return static_cast<int>(description.value().count(QLatin1String("<node name=")));
+}
+
+QString inShell(const QString& expression) {
+    QDBusInterface shell(QStringLiteral("org.gnome.Shell"), QStringLiteral("/org/gnome/Shell"),
+                         QStringLiteral("org.gnome.Shell"));
+    const QDBusMessage reply = shell.call(QStringLiteral("Eval"), expression);
+    if (!reply.arguments().value(0).toBool()) fail(expression);
+    return reply.arguments().value(1).toString();
+}
+
+QString setting(const QString& schema, const QString& key) {
+    return run(QStringLiteral("gsettings"), {QStringLiteral("get"), schema, key});
+}
+
+void changeSetting(const QString& schema, const QString& key, const QString& value) {
+    run(QStringLiteral("gsettings"), {QStringLiteral("set"), schema, key, value});
+}
+
+}  // namespace parlivo::desktop::gnome
