@@ -8,6 +8,7 @@
 #include "platform/linux/session/SessionKind.h"
 #include "platform/linux/sway/SwayHotKeyService.h"
 #include "platform/linux/sway/SwayIpc.h"
+#include "platform/linux/wayland/NoOpKey.h"
 #include "platform/linux/wayland/WaylandDesktop.h"
 #include "platform/linux/x11/X11Desktop.h"
 
@@ -21,11 +22,20 @@ class Texts {
     Q_DECLARE_TR_FUNCTIONS(parlivo::DesktopFactory)
 };
 
+/// Does nothing where the compositor does not let programs press keys.
+std::function<void()> tapNoOpKey() {
+    const std::shared_ptr<wayland::NoOpKey> key = wayland::NoOpKey::make();
+    return [key] {
+        if (key) key->tap();
+    };
+}
+
 /// By what answers in the session, not by the desktop's name.
 HotKeyWay hotKeyWay() {
     const QString swaySocket = qEnvironmentVariable("SWAYSOCK");
     if (sway::SwayIpc::connect(swaySocket))
-        return {std::make_unique<sway::SwayHotKeyService>(swaySocket), Texts::tr("tasto globale di sway")};
+        return {std::make_unique<sway::SwayHotKeyService>(swaySocket, tapNoOpKey()),
+                Texts::tr("tasto globale di sway")};
     if (kde::KdeHotKeyService::isOffered())
         return {std::make_unique<kde::KdeHotKeyService>(), Texts::tr("tasto globale di KDE")};
     return {};

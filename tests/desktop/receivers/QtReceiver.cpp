@@ -2,8 +2,7 @@
 
 // usage: receiver_qt TITLE FILE
 // A window with a menu bar and a text field, whose text is kept in FILE; FILE is made when the field has the
-// focus. Ctrl+L empties the field without selecting anything. With RECEIVER_WITHOUT_MENU in the environment
-// there is no menu bar, which a tap of Alt would open.
+// focus. Ctrl+L empties the field without selecting anything.
 
 #include <QApplication>
 #include <QMainWindow>
@@ -34,8 +33,7 @@ int main(int argc, char** argv) {
     QMainWindow window;
     window.setWindowTitle(arguments.at(1));
     window.resize(600, 300);
-    if (!qEnvironmentVariableIsSet("RECEIVER_WITHOUT_MENU"))
-        window.menuBar()->addMenu(QStringLiteral("&File"))->addAction(QStringLiteral("&Open"));
+    window.menuBar()->addMenu(QStringLiteral("&File"))->addAction(QStringLiteral("&Open"));
     auto* const field = new QPlainTextEdit(&window);
     window.setCentralWidget(field);
     QObject::connect(new QShortcut(Qt::CTRL | Qt::Key_L, field), &QShortcut::activated, field,

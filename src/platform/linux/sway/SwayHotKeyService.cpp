@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/sway/SwayHotKeyService.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -33,8 +34,8 @@ class SwayHotKeyService::Registration : public HotKeyRegistration {
     const Binding binding_;
 };
 
-SwayHotKeyService::SwayHotKeyService(QString socketPath)
-    : socketPath_(std::move(socketPath)), record_(socketPath_) {}
+SwayHotKeyService::SwayHotKeyService(QString socketPath, std::function<void()> tapNoOpKey)
+    : socketPath_(std::move(socketPath)), tapNoOpKey_(std::move(tapNoOpKey)), record_(socketPath_) {}
 
 SwayHotKeyService::~SwayHotKeyService() = default;
 
@@ -119,11 +120,16 @@ void SwayHotKeyService::handle(const Message& event) {
         return;
     }
     if (event.type != MessageType::bindingEvent) return;
-    const QString command = content.value(QLatin1String("binding"))[QLatin1String("command")].toString();
-    if (command.endsWith(QLatin1String(pressMark)))
+    const QJsonObject binding = content.value(QLatin1String("binding")).toObject();
+    const QString command = binding.value(QLatin1String("command")).toString();
+    if (command.endsWith(QLatin1String(pressMark))) {
+        // First: a quick user lets go of Alt while the press is dealt with.
+        if (binding.value(QLatin1String("event_state_mask")).toArray().contains(QLatin1String("Mod1")))
+            tapNoOpKey_();
         edges_.press();
-    else if (command.endsWith(QLatin1String(releaseMark)))
+    } else if (command.endsWith(QLatin1String(releaseMark))) {
         edges_.release();
+    }
 }
 
 /// After a reload only the bindings of the configuration are left.

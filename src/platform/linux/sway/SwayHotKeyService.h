@@ -10,6 +10,7 @@
 #include <QSocketNotifier>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -25,7 +26,10 @@ namespace parlivo::sway {
 class SwayHotKeyService : public HotKeyService {
   public:
     /// For the sway that listens on this socket (variable SWAYSOCK). It is asked at the first registration.
-    explicit SwayHotKeyService(QString socketPath);
+    /// `tapNoOpKey` is called at each press of a hot key with Alt: the focused window sees Alt go down and up
+    /// with no key between, which opens the menu bar of many programs.
+    explicit SwayHotKeyService(
+        QString socketPath, std::function<void()> tapNoOpKey = [] {});
     ~SwayHotKeyService() override;
     SwayHotKeyService(const SwayHotKeyService&) = delete;
     SwayHotKeyService& operator=(const SwayHotKeyService&) = delete;
@@ -50,6 +54,7 @@ class SwayHotKeyService : public HotKeyService {
     void conversationEnded();
 
     const QString socketPath_;
+    const std::function<void()> tapNoOpKey_;
     const BindingRecord record_;
     // Replies and events come on connections of their own, so that waiting for one delays none of the other.
     std::optional<SwayIpc> commands_;

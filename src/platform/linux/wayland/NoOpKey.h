@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/wayland/ChordKeys.h"
+#include "platform/linux/wayland/WaylandConnection.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+namespace parlivo::wayland {
+
+/// A key that enters nothing and means nothing, to let the focused window know that a key was pressed. On a
+/// connection of its own, so that nothing else keeps it waiting.
+class NoOpKey {
+  public:
+    /// Null if the compositor lets programs press no keys.
+    static std::unique_ptr<NoOpKey> make();
+
+    /// Presses and releases it. Any thread; about a millisecond.
+    void tap() { keys_->press(noKey); }
+
+  private:
+    /// The kernel gives its code 0 (KEY_RESERVED) to no key.
+    static constexpr std::array<std::uint32_t, 1> noKey{0};
+
+    NoOpKey(std::unique_ptr<WaylandConnection> connection, std::unique_ptr<ChordKeys> keys)
+        : connection_(std::move(connection)), keys_(std::move(keys)) {}
+
+    std::unique_ptr<WaylandConnection> connection_;
+    std::unique_ptr<ChordKeys> keys_;
+};
+
+}  // namespace parlivo::wayland
