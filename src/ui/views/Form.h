@@ -21,6 +21,7 @@ namespace parlivo {
 
 /// A page that shows its contents from top to bottom, scrolling when they are longer than the page.
 class FormPage : public QScrollArea {
+    Q_OBJECT
   public:
     explicit FormPage(QWidget* parent = nullptr);
     QWidget& contents() const { return *widget(); }
