@@ -34,6 +34,7 @@ GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
     form.toggle(tr("Suoni di inizio/fine registrazione"), bindingTo(Settings::soundsEnabled));
     form.toggle(tr("Mostra il riquadro con la waveform"), bindingTo(Settings::overlayEnabled));
     form.toggle(tr("Notifiche degli errori"), bindingTo(Settings::notificationsEnabled));
+    form.divider();
     form.radioGroup(tr("Velocità di scrittura"),
                     {{tr("Istantanea (incolla tutto insieme)"), wordOf(TypingSpeed::Instant)},
                      {tr("Veloce (~285 caratteri/s)"), wordOf(TypingSpeed::Fast)},

@@ -3,8 +3,10 @@
 
 #include "ui/views/ChoiceRow.h"
 #include "ui/views/Labels.h"
+#include "ui/views/OutlinedBox.h"
 #include "ui/views/RowLook.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QShowEvent>
 #include <QSignalBlocker>
@@ -19,7 +21,7 @@ namespace parlivo {
 
 namespace {
 
-constexpr int fieldMargin = 3;
+constexpr QMargins fieldMargins{6, 5, 6, 5};
 
 /// Scrolling a page with the mouse over a control must not change the control.
 bool acceptsWheel(const QWidget& control, QWheelEvent& wheel) {
@@ -154,13 +156,28 @@ void Picker::wheelEvent(QWheelEvent* event) {
 TextField::TextField(const QString& name, const QString& placeholder, QWidget* parent) : QLineEdit(parent) {
     setAccessibleName(name);
     setPlaceholderText(placeholder);
-    setTextMargins(fieldMargin, fieldMargin, fieldMargin, fieldMargin);
+    setFrame(false);
+    setTextMargins(fieldMargins);
+    applyColours();
+}
+
+void TextField::applyColours() {
     applyPlaceholderColour(*this);
+    if (palette().color(QPalette::Base).alpha() == 0) return;
+    QPalette own = palette();
+    own.setColor(QPalette::Base, Qt::transparent);
+    setPalette(own);
 }
 
 void TextField::changeEvent(QEvent* event) {
     QLineEdit::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) applyPlaceholderColour(*this);
+    if (event->type() == QEvent::PaletteChange) applyColours();
+}
+
+void TextField::paintEvent(QPaintEvent* event) {
+    const QPalette surroundings = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    drawField(*this, surroundings, hasFocus() ? FieldFocus::Here : FieldFocus::None);
+    QLineEdit::paintEvent(event);
 }
 
 Stepper::Stepper(const QString& name, Steps steps, Binding<int> value, QWidget* parent)

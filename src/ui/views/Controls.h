@@ -86,6 +86,11 @@ class TextField : public QLineEdit {
 
   protected:
     void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    /// The style paints no ground, because that would be square.
+    void applyColours();
 };
 
 /// A number, changed in steps only.

@@ -4,6 +4,7 @@
 #include "ui/views/Contrast.h"
 #include "ui/views/Labels.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
@@ -12,9 +13,25 @@ namespace parlivo {
 namespace {
 
 constexpr double cornerRadius = 6;
+constexpr qreal focusWidth = 1.6;
 constexpr float outlineOpacity = 0.3F;
 
 }  // namespace
+
+void drawField(QWidget& canvas, const QPalette& surroundings, FieldFocus focus) {
+    QColor pale = secondaryColour(surroundings);
+    if (focus == FieldFocus::None) pale.setAlphaF(pale.alphaF() * outlineOpacity);
+    const QColor ground = surroundings.color(QPalette::Window);
+    const QColor outline = legible(composited(pale, ground), ground, drawingContrast);
+    const qreal width = focus == FieldFocus::None ? 1 : focusWidth;
+    QPainter painter(&canvas);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(outline, width));
+    painter.setBrush(surroundings.color(QPalette::Base));
+    const qreal inside = width / 2;
+    painter.drawRoundedRect(QRectF(canvas.rect()).adjusted(inside, inside, -inside, -inside), cornerRadius,
+                            cornerRadius);
+}
 
 OutlinedBox::OutlinedBox(QWidget* parent) : QWidget(parent) {
     auto* column = new QVBoxLayout(this);
@@ -23,18 +40,17 @@ OutlinedBox::OutlinedBox(QWidget* parent) : QWidget(parent) {
 
 void OutlinedBox::fill(QWidget* content) {
     layout()->addWidget(content);
+    content->installEventFilter(this);
+}
+
+bool OutlinedBox::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) update();
+    return QWidget::eventFilter(watched, event);
 }
 
 void OutlinedBox::paintEvent(QPaintEvent*) {
-    QColor pale = secondaryColour(palette());
-    pale.setAlphaF(pale.alphaF() * outlineOpacity);
-    const QColor ground = palette().color(QPalette::Window);
-    const QColor outline = legible(composited(pale, ground), ground, drawingContrast);
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(outline, 1));
-    painter.setBrush(palette().color(QPalette::Base));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+    const QWidget* const content = layout()->count() > 0 ? layout()->itemAt(0)->widget() : nullptr;
+    drawField(*this, palette(), content && content->hasFocus() ? FieldFocus::Here : FieldFocus::None);
 }
 
 }  // namespace parlivo

@@ -19,7 +19,6 @@
 #include <QLinearGradient>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QTextEdit>
 #include <QWidget>
 
 #include <array>
@@ -107,20 +106,6 @@ QImage sideBySide(const std::vector<QImage>& pictures) {
     return row;
 }
 
-/// A page that somebody writes on.
-class Letter : public QTextEdit {
-  public:
-    Letter() {
-        setGeometry(260, 90, 760, 460);
-        setFrameShape(QFrame::NoFrame);
-        setFont(QFont(QStringLiteral("DejaVu Serif"), 13));
-        document()->setDocumentMargin(48);
-        setPlainText(QStringLiteral("Cara Anna,\n\ngrazie della tua lettera. Ti scrivo dal treno, "));
-        moveCursor(QTextCursor::End);
-        show();
-    }
-};
-
 class Studio {
   public:
     Studio(QString folder, int scale) : folder_(std::move(folder)), scale_(scale) {}
@@ -130,7 +115,6 @@ class Studio {
         takeOverlay();
         compareRibbon();
         if (scale_ > 1) return;
-        takeDesktop();
         drawSymbols();
     }
 
@@ -169,21 +153,14 @@ class Studio {
         const int last = indicators.perform(QStringLiteral("lines")).last().section(u' ', 1, 1).toInt();
         screen_.movePointer(QPoint(2, 790) * scale_);
         letPass(500ms);
-        save(picture(QRect(screenSize.width() - 440, 0, 440, last + 30)),
-             QStringLiteral("menu-") + nameOf(panel));
-    }
-
-    /// Somebody dictates.
-    void takeDesktop() {
-        const TrayHost tray(TrayHost::Panel::Dark, inPixels(trayPlace));
-        const Backdrop backdrop(tray.ground());
-        const Letter letter;
-        IndicatorProcess indicators;
-        require(waitFor([&] { return tray.icon().has_value(); }), "no icon came to the tray");
-        for (const char* line : {"icon mic.fill red", "level 0.6", "show"})
-            indicators.perform(QString::fromLatin1(line));
-        letPass(2000ms);
-        save(picture(QRect(QPoint(), screenSize)), QStringLiteral("desktop"));
+        const QRect area(screenSize.width() - 440, 0, 440, last + 30);
+        save(picture(area), QStringLiteral("menu-") + nameOf(panel));
+        for (const char* line :
+             {"title ⚠️ Impossibile avviare la registrazione: Microfono non disponibile", "mic denied",
+              "trusted no", "update 1.1"})
+            indicators.perform(QString::fromUtf8(line));
+        letPass(500ms);
+        save(picture(area.adjusted(0, 0, 0, 40)), QStringLiteral("menu-error-") + nameOf(panel));
     }
 
     void takeOverlay() {

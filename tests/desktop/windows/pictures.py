@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Takes pictures of the windows of the real program, led through its states over the accessibility bus.
 
-usage: pictures.py PARLIVO FOLDER light|dark|refused SCALE
+usage: pictures.py PARLIVO FOLDER light|dark|large|small|refused SCALE
+
+light and dark are the desktop's colours, large is a font of 14 points, small is for a small screen.
 
 Run by tools/screenshots, on a desktop of its own.
 """
@@ -15,6 +17,8 @@ import sys
 import threading
 
 import windows
+from held_keys import PRESETS, HeldKeys
+from strict_display import StrictDisplay
 from windows import Atspi, Program, models_folder, store, wait_for
 
 _, PARLIVO, FOLDER, MANNER, SCALE = sys.argv
@@ -27,6 +31,7 @@ SIZES = {
 }
 BEST = "ggml-large-v3-turbo-q8_0.bin"
 FULL = "gemma-3-4b-it-Q4_K_M.gguf"
+KEY_TAKEN = "Alt+Spazio è già usata da un altro programma: scegli un'altra scorciatoia"
 SHARE = 0.38  # where a download stands in its picture
 PIECE = bytes(1 << 20)
 
@@ -50,6 +55,12 @@ ForegroundNormal=255,255,255
 BackgroundNormal=62,62,68
 ForegroundNormal=235,235,240
 """
+
+
+DESKTOPS = {
+    "dark": DARK,
+    "large": "[General]\nwidgetStyle=Fusion\nfont=DejaVu Sans,14,-1,5,50,0,0,0,0,0\n",
+}
 
 
 class Web(http.server.ThreadingHTTPServer):
@@ -91,7 +102,7 @@ class Handler(windows.Handler):
 class Session:
     """One run of the program, from an empty home."""
 
-    def __init__(self, settings, *arguments, models=(), display=None):
+    def __init__(self, settings, *arguments, models=(), display=None, **environment):
         self.web = Web()
         subprocess.run(["rm", "-rf", str(windows.data_folder())], check=True)
         store(settings)
@@ -99,7 +110,8 @@ class Session:
         for name in models:
             with open(models_folder() / name, "wb") as file:
                 file.truncate(SIZES[name])
-        environment = {"DISPLAY": display} if display else {}
+        if display:
+            environment["DISPLAY"] = display
         self.display = display
         self.program = Program(self.web, *arguments, **environment)
 
@@ -110,11 +122,11 @@ class Session:
         self.program.end()
         self.web.shutdown()
 
-    def picture(self, name, window):
+    def picture(self, name, window, number=None):
         """Takes a picture of a window once it has stopped changing."""
         environment = dict(os.environ, **({"DISPLAY": self.display} if self.display else {}))
-        path = f"{FOLDER}/{name}{'-dark' if MANNER == 'dark' else ''}{'@2x' if SCALE == '2' else ''}.png"
-        number = wait_for(window, lambda: subprocess.run(
+        path = f"{FOLDER}/{name}{'' if MANNER in ('light', 'refused') else '-' + MANNER}{'@2x' if SCALE == '2' else ''}.png"
+        number = number or wait_for(window, lambda: subprocess.run(
             ["xdotool", "search", "--onlyvisible", "--name", f"^{window}$"], capture_output=True, text=True,
             env=environment, check=False).stdout.split())[-1]
         before = None
@@ -136,6 +148,14 @@ class Session:
         subprocess.run(["convert", path, "-strip", "+dither", "-colors", "255", f"PNG8:{path}"], check=True)
         print(path)
 
+
+    def alert(self, name, button):
+        """Takes a picture of the alert with this button."""
+        self.program.explained("the alert's button to have the keyboard", lambda: self.program.find(button))
+        number = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=True).stdout
+        title = subprocess.run(["xdotool", "getwindowname", number.strip()], capture_output=True, text=True,
+                               check=True).stdout.strip()
+        self.picture(name, title, number.strip())
 
     def describe(self, path, corner):
         """Notes where the controls are in a picture of the window at this corner, for tools/contrast."""
@@ -188,6 +208,11 @@ def first_run():
         program.press("Continua")
         program.wait("38%  ·  316 / 833 MB")
         session.picture("onboarding-4-download", "Parlivo")
+        program.wait("La connessione è ferma: non arriva nulla da più di 10 secondi")
+        session.picture("onboarding-4-download-stalled", "Parlivo")
+        windows.key("Escape")
+        program.wait("Più tardi")
+        session.alert("onboarding-alert", "Più tardi")
     with Session({}) as session:
         session.web.broken = True
         go_to_download(session.program)
@@ -205,6 +230,36 @@ def first_run():
             session.picture(f"onboarding-{name}", "Parlivo")
 
 
+    refused_key()
+
+
+def refused_key():
+    """The last page when another program has every key."""
+    held = HeldKeys(PRESETS)
+    with Session({}, models=(BEST, FULL)) as session:
+        go_to_download(session.program)
+        for title in ("Permesso Microfono", "Permesso Accessibilità", "Tutto pronto"):
+            session.program.press("Continua")
+            session.program.wait(title)
+        session.program.wait(KEY_TAKEN)
+        session.picture("onboarding-7-ready-key-taken", "Parlivo")
+    held.let_go()
+    stored = {"onboardingDone": True, "hotkeyPreset": "opt-space"}
+    held = HeldKeys(PRESETS[:1])
+    with Session(stored, "--settings", models=(BEST, FULL)) as session:
+        session.program.wait("Impostazioni Parlivo")
+        open_tab(session.program, "Dettatura")
+        session.program.wait(KEY_TAKEN)
+        session.picture("settings-2-dictation-key-taken", "Impostazioni Parlivo")
+    held.let_go()
+    with Session({**stored, "hotkeyPreset": "own", "hotkeyCode": 101, "hotkeyModifiers": 4096}, "--settings",
+                 models=(BEST, FULL)) as session:
+        session.program.wait("Impostazioni Parlivo")
+        open_tab(session.program, "Dettatura")
+        session.program.wait("La tua scorciatoia è Ctrl+F9")
+        session.picture("settings-2-dictation-own-key", "Impostazioni Parlivo")
+
+
 def go_to_download(program):
     for page in ("Just talk. It types.", "Dove salvo i modelli AI?", "Scegli il livello di efficacia"):
         program.wait(page)
@@ -214,21 +269,19 @@ def go_to_download(program):
 
 def refused_permissions():
     """The pages that still ask: without a sound server, and on a display that lets nobody type."""
-    server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp",
-                               "-extension", "XTEST"], stdout=subprocess.PIPE, text=True)
-    display = ":" + server.stdout.readline().strip()
-    with Session({}, models=(BEST, FULL), display=display) as session:
+    display = StrictDisplay()
+    with Session({}, models=(BEST, FULL), display=display.name) as session:
         program = session.program
         go_to_download(program)
         program.wait("Tutto scaricato e verificato")
         program.press("Continua")
-        program.wait("Consenti microfono")
+        program.press("Consenti microfono")
+        program.wait("Impostazioni audio")
         session.picture("onboarding-5-microphone-refused", "Parlivo")
         program.press("Continua")
         program.wait("Apri la guida")
         session.picture("onboarding-6-accessibility-refused", "Parlivo")
-    server.terminate()
-    server.wait()
+    display.end()
 
 
 def open_tab(program, name):
@@ -301,9 +354,9 @@ def main():
     subprocess.run(["xdotool", "mousemove", "0", "0"], check=True)
     if MANNER != "refused":  # whose pages show no folder
         move_home()
-    if MANNER == "dark":
+    if MANNER in DESKTOPS:
         pathlib.Path(os.environ["XDG_CONFIG_HOME"]).mkdir(parents=True, exist_ok=True)
-        pathlib.Path(os.environ["XDG_CONFIG_HOME"], "kdeglobals").write_text(DARK)
+        pathlib.Path(os.environ["XDG_CONFIG_HOME"], "kdeglobals").write_text(DESKTOPS[MANNER])
         os.environ.update(XDG_CURRENT_DESKTOP="KDE", KDE_SESSION_VERSION="5", QT_QPA_PLATFORMTHEME="kde")
     with subprocess.Popen([windows.LAUNCHER, "--launch-immediately"]) as launcher:
         try:
@@ -313,8 +366,10 @@ def main():
                 refused_permissions()
                 return
             # The first run has colours of its own and looks the same in the dark.
-            if MANNER == "light":
+            if MANNER != "dark":
                 first_run()
+            else:
+                refused_key()
             settings_window()
             feedback_window()
         finally:
