@@ -1,80 +1,17 @@
 // SPDX-License-Identifier: MIT
+#include "OnboardingFixture.h"
 #include "input/HotKeyStatus.h"
 #include "settings/Config.h"
-#include "support/WindowTest.h"
-#include "ui/onboarding/OnboardingDownloads.h"
-#include "ui/onboarding/OnboardingView.h"
-#include "ui/onboarding/OnboardingWindowController.h"
 #include "ui/views/ChoiceRow.h"
-#include "ui/views/SymbolView.h"
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QProgressBar>
 #include <QTest>
-
-#include <optional>
-#include <vector>
 
 namespace parlivo {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-class OnboardingTest : public WindowTest {
-  protected:
-    OnboardingTest() {
-        platform.permissions().trusted = false;
-        platform.permissions().microphoneStatus = MicrophoneStatus::Denied;
-        controller.onFinished = [this] { ++finished; };
-        controller.onPutOff = [this] { ++putOff; };
-        controller.chooseHotKey = [this] { ++keyChoices; };
-    }
-
-    QWidget& window() const { return *controller.window(); }
-    Step step() const { return window().findChild<OnboardingView*>()->step(); }
-    void next() { click(window(), u"Continua"_s); }
-    void goTo(Step wanted) {
-        if (!controller.window()) controller.show();
-        while (step() != wanted) {
-            if (step() == Step::download) downloadAll();
-            next();
-        }
-    }
-    void downloadAll() {
-        while (!mainButton()->isEnabled()) fetch.succeed();
-    }
-    QAbstractButton* mainButton() const {
-        auto* inner = button(window(), u"Continua"_s);
-        return inner ? inner : button(window(), u"Inizia a dettare"_s);
-    }
-    QStringList symbols() const {
-        QStringList names;
-        for (const auto* widget : window().findChildren<QWidget*>()) {
-            const auto* symbol = dynamic_cast<const SymbolView*>(widget);
-            if (symbol && symbol->isVisible()) names.append(symbol->symbol());
-        }
-        return names;
-    }
-    /// As a user does who does not look where the focus is.
-    void pressWhereTheFocusIs() const {
-        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Enter}) {
-            QWidget* focus = window().focusWidget();
-            if (focus) {
-                EXPECT_TRUE(focus->isVisible()) << "the focus is on a hidden control";
-            }
-            QTest::keyClick(focus ? focus : &window(), key);
-        }
-    }
-    void expectWords(const QStringList& expected) const { EXPECT_EQ(words(window()), expected); }
-
-    ScriptedFetch fetch;
-    int finished = 0;
-    int putOff = 0;
-    int keyChoices = 0;
-    std::optional<qint64> room = qint64{1} << 40;
-    OnboardingWindowController controller{fetch.fetch(), [this](const QString&) { return room; }};
-};
 
 TEST_F(OnboardingTest, TheWindowIsBuiltOnceInItsStatedSize) {
     controller.show();
@@ -129,30 +66,6 @@ TEST_F(OnboardingTest, WhatIsPutOffGoesOnWhereItWas) {
     EXPECT_FALSE(controller.resume());
 }
 
-TEST_F(OnboardingTest, AFailedDownloadCanBePutOff) {
-    goTo(Step::download);
-    fetch.fail(u"rete"_s);
-    click(window(), u"Più tardi"_s);
-    EXPECT_FALSE(window().isVisible());
-    EXPECT_EQ(putOff, 1);
-    EXPECT_TRUE(dialogs->alerts.empty()) << "the button is the answer";
-    EXPECT_TRUE(controller.resume());
-    click(window(), u"Riprova"_s);
-    EXPECT_EQ(fetch.started, QStringList({u"best"_s, u"best"_s}));
-}
-
-TEST_F(OnboardingTest, WithoutRoomOnTheDiskNoByteIsFetched) {
-    room = qint64{100} << 20;
-    goTo(Step::download);
-    EXPECT_TRUE(fetch.started.isEmpty());
-    EXPECT_TRUE(shows(window(), u"Spazio insufficiente sul disco: servono 3209 MB, liberi 100 MB"_s))
-        << words(window()).join(u'|').toStdString();
-    EXPECT_FALSE(mainButton()->isEnabled());
-    room = std::nullopt;  // a disk that does not tell
-    click(window(), u"Riprova"_s);
-    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
-}
-
 TEST_F(OnboardingTest, TheLastPageHasAFieldForTheFirstDictation) {
     goTo(Step::ready);
     auto* field = qobject_cast<QLineEdit*>(window().focusWidget());
@@ -178,42 +91,6 @@ TEST_F(OnboardingTest, TheLastPageSaysThatTheKeyIsTakenAndLeadsToTheChoice) {
     HotKeyStatus::shared().set(std::nullopt);
     EXPECT_FALSE(isTold());
     EXPECT_EQ(button(window(), u"Scegli la scorciatoia…"_s), nullptr);
-}
-
-TEST_F(OnboardingTest, TheMicrophonePageShowsWhatIsHeard) {
-    platform.permissions().microphoneStatus = MicrophoneStatus::Authorised;
-    goTo(Step::microphone);
-    const QProgressBar* bar = nullptr;
-    for (const auto* one : window().findChildren<QProgressBar*>()) {
-        if (one->accessibleName() == u"Livello del microfono"_s) bar = one;
-    }
-    ASSERT_NE(bar, nullptr);
-    EXPECT_TRUE(bar->isVisible());
-    EXPECT_EQ(platform.audioInput().running, 1);
-    const auto heard = [&](float amplitude) {
-        const std::vector<float> sound(AudioCapture::blockFrames, amplitude);
-        return desktop::waitFor([&] {
-            platform.audioInput().speak(sound);
-            return bar->value() > bar->maximum() / 2;
-        });
-    };
-    EXPECT_TRUE(heard(0.5F));
-    next();
-    EXPECT_EQ(platform.audioInput().running, 0) << "nobody listens on other pages";
-}
-
-TEST_F(OnboardingTest, WithoutAMicrophoneThePageSaysWhyUntilOneIsThere) {
-    Clock::setScale(0.01);
-    platform.permissions().microphoneStatus = MicrophoneStatus::Authorised;
-    platform.audioInput().present = false;
-    goTo(Step::microphone);
-    const QString reason = u"Nessun microfono trovato: collegane uno, o attivalo nelle impostazioni audio"_s;
-    EXPECT_TRUE(shows(window(), reason)) << words(window()).join(u'|').toStdString();
-    click(window(), u"Impostazioni audio"_s);
-    EXPECT_EQ(platform.workspace().panes, std::vector{PrivacyPane::Microphone});
-    platform.audioInput().present = true;
-    EXPECT_TRUE(desktop::waitFor([&] { return platform.audioInput().running == 1; }));
-    EXPECT_FALSE(shows(window(), reason));
 }
 
 TEST_F(OnboardingTest, TheEndOfTheProgramClosesItAllTheSame) {
@@ -286,26 +163,6 @@ TEST_F(OnboardingTest, TheLastPageFinishesOnce) {
     EXPECT_FALSE(window().isVisible());
 }
 
-TEST_F(OnboardingTest, SkippingIsOfferedForThePermissionsOnly) {
-    controller.show();
-    for (int page = 0; page < stepCount; ++page) {
-        const auto wanted = static_cast<Step>(page);
-        goTo(wanted);
-        const bool permission = wanted == Step::microphone || wanted == Step::accessibility;
-        EXPECT_EQ(button(window(), u"Salta"_s) != nullptr, permission) << page;
-    }
-}
-
-TEST_F(OnboardingTest, SkippingOnlyGoesOn) {
-    goTo(Step::microphone);
-    click(window(), u"Salta"_s);
-    EXPECT_EQ(step(), Step::accessibility);
-    click(window(), u"Salta"_s);
-    EXPECT_EQ(step(), Step::ready);
-    EXPECT_TRUE(platform.permissions().microphoneRequests.empty());
-    EXPECT_EQ(platform.permissions().prompts, 0);
-}
-
 TEST_F(OnboardingTest, TheFolderIsStoredOnLeavingItsPage) {
     goTo(Step::folder);
     const QString before = Config::modelsDir();
@@ -357,147 +214,6 @@ TEST_F(OnboardingTest, TheTiersAreStoredOnLeavingTheirPage) {
     EXPECT_EQ(stored(Settings::asrTier), u"fast"_s);
     EXPECT_EQ(stored(Settings::cleanupTier), u"light"_s);
     EXPECT_EQ(fetch.started, QStringList(u"fast"_s));
-}
-
-TEST_F(OnboardingTest, DownloadsRunOneAfterTheOtherAndThenThePageIsLeft) {
-    goTo(Step::download);
-    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
-    expectWords({u"Scarico i motori scelti"_s, u"1 di 2: Precisa — ggml-large-v3-turbo-q8_0.bin"_s,
-                 u"0%  ·  0 / 833 MB"_s});
-    EXPECT_FALSE(mainButton()->isEnabled());
-    fetch.progress(0.375, 327'820'528, 874'188'075);
-    EXPECT_TRUE(shows(window(), u"38%  ·  312 / 833 MB"_s)) << words(window()).join(u'|').toStdString();
-    fetch.succeed();
-    EXPECT_EQ(fetch.started, QStringList({u"best"_s, u"full"_s}));
-    EXPECT_TRUE(shows(window(), u"2 di 2: Completa — gemma-3-4b-it-Q4_K_M.gguf"_s));
-    EXPECT_TRUE(shows(window(), u"0%  ·  0 / 2374 MB"_s));
-    EXPECT_FALSE(mainButton()->isEnabled());
-    fetch.succeed();
-    expectWords({u"Scarico i motori scelti"_s, u"Tutto scaricato e verificato"_s});
-    EXPECT_EQ(symbols(), QStringList(u"checkmark.circle.fill"_s));
-    EXPECT_TRUE(mainButton()->isEnabled());
-}
-
-TEST_F(OnboardingTest, ReturnDoesNotLeaveARunningDownload) {
-    goTo(Step::download);
-    QTest::keyClick(&window(), Qt::Key_Return);
-    EXPECT_EQ(step(), Step::download);
-}
-
-TEST_F(OnboardingTest, KeysDoNotStartARunningDownloadAgain) {
-    goTo(Step::download);
-    pressWhereTheFocusIs();
-    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
-    fetch.progress(0.55, 480'000'000, 874'188'075);
-    pressWhereTheFocusIs();
-    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
-    EXPECT_TRUE(shows(window(), u"55%  ·  457 / 833 MB"_s)) << words(window()).join(u'|').toStdString();
-}
-
-TEST_F(OnboardingTest, ADownloadThatRunsIsNotStartedAgain) {
-    int changes = 0;
-    OnboardingDownloads downloads(
-        fetch.fetch(), [&] { ++changes; }, [this](const QString&) { return room; });
-    downloads.startDownloads();
-    fetch.progress(0.5, 1, 2);
-    const int before = changes;
-    downloads.startDownloads();
-    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
-    EXPECT_EQ(downloads.state().progress, 0.5);
-    EXPECT_EQ(changes, before);
-}
-
-TEST_F(OnboardingTest, KeysDoNotStartASecondAttemptAgain) {
-    goTo(Step::download);
-    fetch.fail(u"rete"_s);
-    EXPECT_EQ(window().focusWidget(), button(window(), u"Riprova"_s));
-    click(window(), u"Riprova"_s);
-    pressWhereTheFocusIs();
-    EXPECT_EQ(fetch.started, QStringList({u"best"_s, u"best"_s})) << "the failed one and the second attempt";
-}
-
-TEST_F(OnboardingTest, AFailureOffersToTryAgainAndSkipsWhatIsThere) {
-    goTo(Step::download);
-    fetch.succeed();
-    fetch.fail(u"Download incompleto (312MB su 2374MB)"_s);
-    expectWords({u"Scarico i motori scelti"_s, u"Download incompleto (312MB su 2374MB)"_s});
-    EXPECT_FALSE(mainButton()->isEnabled());
-    click(window(), u"Riprova"_s);
-    EXPECT_EQ(fetch.started, QStringList({u"best"_s, u"full"_s, u"full"_s}));
-    expectWords({u"Scarico i motori scelti"_s, u"1 di 1: Completa — gemma-3-4b-it-Q4_K_M.gguf"_s,
-                 u"0%  ·  0 / 2374 MB"_s});
-    fetch.succeed();
-    EXPECT_TRUE(mainButton()->isEnabled());
-}
-
-TEST_F(OnboardingTest, AfterAFailureOfTheFirstTheSecondIsNotTried) {
-    goTo(Step::download);
-    fetch.fail(u"rete"_s);
-    EXPECT_EQ(fetch.started, QStringList(u"best"_s));
-}
-
-TEST_F(OnboardingTest, WhatIsThereAlreadyIsNotDownloaded) {
-    makeModel(ModelCatalog::asrTier(u"best"_s));
-    makeModel(ModelCatalog::cleanupTier(u"full"_s));
-    goTo(Step::download);
-    EXPECT_TRUE(fetch.started.isEmpty());
-    expectWords({u"Scarico i motori scelti"_s, u"Tutto scaricato e verificato"_s});
-    EXPECT_TRUE(mainButton()->isEnabled());
-}
-
-TEST_F(OnboardingTest, WithoutCleanupThereIsOneDownloadAtMost) {
-    goTo(Step::quality);
-    click(window(), u"Nessuna"_s);
-    next();
-    EXPECT_TRUE(shows(window(), u"1 di 1: Precisa — ggml-large-v3-turbo-q8_0.bin"_s));
-    fetch.succeed();
-    EXPECT_TRUE(mainButton()->isEnabled());
-}
-
-TEST_F(OnboardingTest, TheMicrophoneIsAskedForAndItsAnswerShown) {
-    goTo(Step::microphone);
-    click(window(), u"Consenti microfono"_s);
-    EXPECT_EQ(platform.permissions().microphoneRequests, std::vector{MicrophoneCheck::ByRecording});
-    desktop::letPass(std::chrono::milliseconds(20));
-    EXPECT_FALSE(shows(window(), u"Permesso concesso"_s)) << "refused";
-    platform.permissions().microphoneStatus = MicrophoneStatus::Authorised;
-    click(window(), u"Consenti microfono"_s);
-    EXPECT_TRUE(desktop::waitFor([&] { return shows(window(), u"Permesso concesso"_s); }));
-    EXPECT_EQ(button(window(), u"Consenti microfono"_s), nullptr);
-    EXPECT_EQ(symbols(), QStringList({u"mic.fill"_s, u"checkmark.circle.fill"_s}));
-}
-
-TEST_F(OnboardingTest, AMicrophoneThatIsAllowedAlreadyIsNotAskedFor) {
-    platform.permissions().microphoneStatus = MicrophoneStatus::Authorised;
-    goTo(Step::microphone);
-    EXPECT_TRUE(shows(window(), u"Permesso concesso"_s));
-}
-
-TEST_F(OnboardingTest, AnAnswerAboutTheMicrophoneThatComesLaterIsShown) {
-    goTo(Step::microphone);
-    EXPECT_FALSE(shows(window(), u"Permesso concesso"_s));
-    platform.permissions().setMicrophone(MicrophoneStatus::Authorised);
-    EXPECT_TRUE(shows(window(), u"Permesso concesso"_s));
-    platform.permissions().setMicrophone(MicrophoneStatus::Denied);
-    EXPECT_FALSE(shows(window(), u"Permesso concesso"_s));
-    next();
-    platform.permissions().setMicrophone(MicrophoneStatus::Authorised);
-    EXPECT_FALSE(shows(window(), u"Permesso concesso"_s)) << "that is another page's";
-}
-
-TEST_F(OnboardingTest, TheAccessibilityPageTurnsByItself) {
-    Clock::setScale(0.01);
-    goTo(Step::accessibility);
-    click(window(), u"Apri Impostazioni"_s);
-    EXPECT_EQ(platform.permissions().prompts, 1);
-    EXPECT_EQ(platform.workspace().panes, std::vector{PrivacyPane::Accessibility});
-    EXPECT_FALSE(shows(window(), u"Permesso concesso"_s));
-    platform.permissions().trusted = true;
-    EXPECT_TRUE(desktop::waitFor([&] { return shows(window(), u"Permesso concesso"_s); }));
-    EXPECT_EQ(button(window(), u"Apri Impostazioni"_s), nullptr);
-    platform.permissions().trusted = false;
-    EXPECT_TRUE(desktop::waitFor([&] { return !shows(window(), u"Permesso concesso"_s); }));
-    EXPECT_EQ(platform.permissions().prompts, 1) << "looking does not prompt";
 }
 
 TEST_F(OnboardingTest, TheDotsTellTheStep) {

@@ -7,8 +7,11 @@
 #include "support/Waiting.h"
 
 #include <gtest/gtest.h>
+#include <xcb/xproto.h>
 
+#include <array>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,6 +24,10 @@ inline constexpr std::chrono::milliseconds repeatDelay{150};
 inline constexpr std::chrono::milliseconds repeatInterval{15};
 /// Long enough for some ten of them.
 inline constexpr std::chrono::milliseconds longHold{300};
+
+inline constexpr std::uint16_t numLock = XCB_MOD_MASK_2;
+inline constexpr std::array<std::uint16_t, 4> allLocks{0, XCB_MOD_MASK_LOCK, numLock,
+                                                       XCB_MOD_MASK_LOCK | numLock};
 
 /// The hot-key service alone, with a real keyboard.
 class HotKeyTest : public testing::Test {
