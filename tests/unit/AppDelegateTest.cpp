@@ -93,7 +93,7 @@ TEST_F(AppDelegateTest, AFirstRunThatEndsAfterTheProgramDoesNothing) {
     EXPECT_FALSE(calls().contains(line(u"ensureTranscriber")));
 }
 
-TEST_F(AppDelegateTest, PushToTalkGoesRoundTheStates) {
+TEST_F(AppDelegateTest, PushToTalkPassesThroughEveryState) {
     launch();
     dictate(line(u"Ciao a tutti."));
     EXPECT_EQ(platform.remoteControl().announced,
@@ -252,7 +252,7 @@ TEST_F(AppDelegateTest, AnErrorIsCutAtEightyCharacters) {
     EXPECT_EQ(delegate->statusLine(), line(u"⚠️ ") + accent.repeated(80));
 }
 
-TEST_F(AppDelegateTest, AnErrorGivesWayToTheIdleTextAfterEightSeconds) {
+TEST_F(AppDelegateTest, TheIdleTextReplacesAnErrorAfterEightSeconds) {
     Clock::setScale(0.002);  // 8 s are 16 ms
     launch();
     delegate->showError(line(u"qualcosa"));
@@ -318,7 +318,7 @@ TEST_F(AppDelegateTest, CommandsFromOutsideAreTheKeysEdges) {
     EXPECT_EQ(calls().mid(calls().size() - 2), Strings({line(u"settings"), line(u"feedback")}));
 }
 
-TEST_F(AppDelegateTest, TheEndWhileRecordingLeavesNoRecording) {
+TEST_F(AppDelegateTest, QuittingWhileRecordingLeavesNoRecording) {
     launch();
     platform.hotKeys().press();
     ageRecording(1s);
@@ -330,7 +330,7 @@ TEST_F(AppDelegateTest, TheEndWhileRecordingLeavesNoRecording) {
     EXPECT_EQ(platform.audioInput().running, 0);
 }
 
-TEST_F(AppDelegateTest, TheEndWhileTranscribingWaitsForNobodyAndLeavesNoFile) {
+TEST_F(AppDelegateTest, QuittingWhileTranscribingWaitsForNothingAndLeavesNoFile) {
     launch();
     platform.hotKeys().press();
     ageRecording(1s);

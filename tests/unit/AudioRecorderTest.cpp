@@ -199,7 +199,7 @@ TEST_F(AudioRecorderTest, AFullDiskDoesNotStopTheCapture) {
     EXPECT_THAT(kept, testing::Each(0.5F));
 }
 
-TEST_F(AudioRecorderTest, TheRecordersDeathEndsTheCapture) {
+TEST_F(AudioRecorderTest, DestroyingTheRecorderEndsTheCapture) {
     {
         AudioRecorder other;
         other.start();
@@ -234,7 +234,7 @@ TEST_F(AudioRecorderTest, AnInterruptionOfAnEndedRecordingDoesNotReachTheNext) {
     EXPECT_EQ(reports, 0);
 }
 
-TEST_F(AudioRecorderTest, AnInterruptionAfterTheRecordersDeathDoesNothing) {
+TEST_F(AudioRecorderTest, AnInterruptionAfterTheRecordersDestructionDoesNothing) {
     int reports = 0;
     {
         AudioRecorder other;

@@ -74,7 +74,7 @@ TEST_F(CleanerTest, OnlyTextsLongerThanTheMinimumAreCleaned) {
     EXPECT_EQ(ollama.requests().size(), 3U);
 }
 
-TEST_F(CleanerTest, TheRequestToOllamaIsTheOneAgreed) {
+TEST_F(CleanerTest, TheRequestToOllamaIsExact) {
     store(Settings::cleanupMinChars, 0);
     Cleaner::clean(QStringLiteral("Allora, ehm, «perché» no?\tDisse: \"{TEXT}\" \\ 👍"));
     const auto requests = ollama.requests("/api/generate");
@@ -113,7 +113,7 @@ TEST_F(CleanerTest, AUsersPromptWithoutPlaceholderIsSentAsItIs) {
     EXPECT_EQ(promptForOllama(), QStringLiteral("Saluta."));
 }
 
-TEST_F(CleanerTest, ADictatedPlaceholderStaysWhatWasDictated) {
+TEST_F(CleanerTest, ADictatedPlaceholderIsNotReplaced) {
     const QString raw = QStringLiteral("metti {TEXT} qui e poi ancora {TEXT} là, come ti dicevo prima");
     Cleaner::clean(raw);
     EXPECT_EQ(promptForOllama().count(QStringLiteral("{TEXT}")), 2);
@@ -198,7 +198,7 @@ TEST_F(CleanerTest, WhenNobodyAnswersTheRawTextComesBack) {
     }
 }
 
-TEST_F(CleanerTest, HangingEnginesCostTheirDeadlinesOnly) {
+TEST_F(CleanerTest, EnginesThatHangAreGivenUpAtTheirDeadlines) {
     llamaSays({});
     llama.on("/v1/chat/completions", silence());
     ollama.on("/api/generate", silence());

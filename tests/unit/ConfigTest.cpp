@@ -94,7 +94,7 @@ TEST_F(ConfigTest, TheDictionaryKnowsEveryLineEndAndKeepsDuplicates) {
     EXPECT_EQ(Config::dictionary().join(QLatin1Char('|')), QStringLiteral("a b|c|d|a b|e|f"));
 }
 
-TEST_F(ConfigTest, HalfACharacterInTheDictionarySpoilsItsOwnTermAlone) {
+TEST_F(ConfigTest, HalfACharacterInTheDictionaryChangesItsOwnTermOnly) {
     const QString half = QStringLiteral("Ross") + QChar(0xd800) + QLatin1Char('i');
     store(Settings::dictionary,
           QString(QStringLiteral("Kubernetes\n ") + half + QStringLiteral(" \nGiulia")));

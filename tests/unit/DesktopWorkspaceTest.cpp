@@ -111,7 +111,7 @@ TEST_F(DesktopWorkspaceTest, ShowsHelpWhereThereIsNothingToSet) {
         << "no sound settings at all";
 }
 
-TEST_F(DesktopWorkspaceTest, NotesWhatCannotBeDone) {
+TEST_F(DesktopWorkspaceTest, LogsWhatCannotBeOpened) {
     workspace_.open(QUrl(u"https://parlivo.example/"_s));
     EXPECT_EQ(log_.lines(), QStringList{u"impossibile avviare xdg-open"_s});
     bundle_.resources.clear();

@@ -76,7 +76,7 @@ TEST_F(DialogsTest, TheMessageIsBoldBesideTheProgramsIcon) {
     });
 }
 
-TEST_F(DialogsTest, KeysOfSomebodyWhoIsTypingDoNotAnswerAnUnbiddenAlert) {
+TEST_F(DialogsTest, KeysTypedInAnotherProgramDoNotAnswerAnAlert) {
     bool stillOpen = false;
     QTimer::singleShot(0, [&] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());

@@ -37,7 +37,7 @@ TEST_P(CutConnection, IsTriedAgainFromTheBeginning) {
     for (const auto& request : server.requests(path)) EXPECT_EQ(request.header("Range"), QByteArray());
 }
 
-TEST_P(CutConnection, FourTimesIsTheEnd) {
+TEST_P(CutConnection, IsGivenUpAfterFourAttempts) {
     server.on(path, cutAt(GetParam()));
     EXPECT_FALSE(fetch());
     EXPECT_EQ(failure(), u"connessione interrotta dal server"_s);
@@ -107,7 +107,7 @@ TEST_F(DownloaderTest, ASlowServerIsNotGivenUp) {
     EXPECT_EQ(server.requests(path).size(), 1U);
 }
 
-TEST_F(DownloaderTest, NobodyListening) {
+TEST_F(DownloaderTest, WithoutAServerTheDownloadFails) {
     ModelCatalog::Entry nowhere = entry();
     nowhere.url.setPort(1);
     EXPECT_FALSE(fetch(nowhere));
@@ -222,7 +222,7 @@ TEST_F(DownloaderTest, ARedirectionIsFollowed) {
     EXPECT_EQ(progress.back().total, fileSize);
 }
 
-TEST_F(DownloaderTest, ARedirectionInACircleEnds) {
+TEST_F(DownloaderTest, ACircularRedirectionIsAFailure) {
     server.on(path, StubReply{"HTTP/1.1 302 Found\r\nLocation: " + path + "\r\nContent-Length: 0\r\n\r\n",
                               Manner::Whole,
                               {}});

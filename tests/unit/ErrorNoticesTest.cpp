@@ -77,7 +77,7 @@ TEST_F(ErrorNoticesTest, WithoutAModelTheDownloadHelps) {
     EXPECT_TRUE(calls().contains(QStringLiteral("recognisers")));
 }
 
-TEST_F(ErrorNoticesTest, NoWordOfADictationIsEverShown) {
+TEST_F(ErrorNoticesTest, NoDictatedTextIsShown) {
     launch();
     dictate(line(u"una frase riservata"));
     platform.permissions().trusted = false;
@@ -102,7 +102,7 @@ TEST_F(ErrorNoticesTest, ARefusedHotKeyIsSeenInTheMenuAndLeadsToTheChoice) {
     EXPECT_TRUE(calls().contains(QStringLiteral("hotKeyChoice")));
 }
 
-TEST_F(ErrorNoticesTest, OnceTheKeyIsFreeNothingIsSaidAnyMore) {
+TEST_F(ErrorNoticesTest, TheWarningGoesWhenTheKeyIsFree) {
     contend({"opt-space"});
     store(Settings::hotkeyPreset, line(u"opt-space"));
     launch();
@@ -125,7 +125,7 @@ TEST_F(ErrorNoticesTest, AnErrorInItsPlaceIsNotTakenBackWithTheKeys) {
     EXPECT_EQ(notifications().last->text, line(u"qualcosa"));
 }
 
-TEST_F(ErrorNoticesTest, AnErrorGivesWayToTheRefusedKeyAgain) {
+TEST_F(ErrorNoticesTest, TheRefusedKeyIsShownAgainAfterAnError) {
     Clock::setScale(0.002);
     contend({"opt-space"});
     store(Settings::hotkeyPreset, line(u"opt-space"));

@@ -260,7 +260,7 @@ TEST_F(ContendedHotKeyTest, AKeyThatBecomesFreeIsTakenWhenTheSystemSaysSo) {
     EXPECT_FALSE(keys().mayBeFree) << "nothing is watched once it works";
 }
 
-TEST_F(ContendedHotKeyTest, AKeyThatBecomesFreeWithoutAWordIsTakenSomeTimeLater) {
+TEST_F(ContendedHotKeyTest, AKeyThatBecomesFreeWithoutAnEventIsTakenLater) {
     Clock::setScale(0.002);  // 3 s are 6 ms
     manager = std::make_unique<HotKeyManager>();
     manager->onKeyDown = [this] { ++downs; };

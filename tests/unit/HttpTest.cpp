@@ -268,7 +268,7 @@ TEST_F(HttpTest, AReceiverThatHasEnoughEndsTheRequest) {
 }
 
 /// A job that its Worker cannot end, as a disk that does not answer makes them.
-TEST(WorkerTest, AJobThatIsHeldUpHoldsNobodyElseUp) {
+TEST(WorkerTest, ABlockedJobDoesNotBlockOthers) {
     struct Gate {
         std::atomic<bool> entered = false;
         std::atomic<bool> open = false;
@@ -292,7 +292,7 @@ TEST(WorkerTest, AJobThatIsHeldUpHoldsNobodyElseUp) {
     EXPECT_TRUE(gate.left);
 }
 
-TEST(WorkerTest, WhatAJobHoldsGoesWithItsEnd) {
+TEST(WorkerTest, AJobsVariablesAreDestroyedAtItsEnd) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> watch = held;
     const Worker worker(QStringLiteral("test"), [held = std::move(held)](const StopToken&) {});

@@ -371,7 +371,7 @@ TEST(PaceTest, ALateStepDoesNotDelayTheFollowing) {
     for (int i = 1; i < 100; ++i) EXPECT_EQ(pace.after(start + 200ms), start + i * 10ms);
 }
 
-TEST(PaceTest, AStandstillIsNotMadeUpForWithABurst) {
+TEST(PaceTest, StepsMissedInAPauseAreNotMadeUpFor) {
     const Clock::TimePoint start{};
     Pace pace(10ms, start);
     EXPECT_EQ(pace.after(start + 5s), start + 5s + 10ms);

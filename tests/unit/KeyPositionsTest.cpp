@@ -9,13 +9,13 @@
 namespace parlivo {
 namespace {
 
-TEST(KeyPositionsTest, ThePresetsKeysAreWhereTheyAre) {
+TEST(KeyPositionsTest, ThePresetsKeysHaveTheirKeycodes) {
     EXPECT_EQ(KeyPositions::kernelCodeOf(VirtualKey::space), KEY_SPACE);
     EXPECT_EQ(KeyPositions::kernelCodeOf(VirtualKey::grave), KEY_GRAVE);
     EXPECT_EQ(KeyPositions::kernelCodeOf(VirtualKey::returnKey), KEY_ENTER);
 }
 
-TEST(KeyPositionsTest, EveryKeyOfAKeyboardGoesThereAndBack) {
+TEST(KeyPositionsTest, EveryKeyOfAKeyboardConvertsBothWays) {
     std::set<KeyCode> seen;
     for (std::uint32_t code = 0; code < 300; ++code) {
         const auto key = KeyPositions::keyCodeOf(code);

@@ -61,7 +61,7 @@ class KilledWriteTest : public testing::Test {
     QTemporaryDir folder_;
 };
 
-TEST_F(KilledWriteTest, TheFileIsAlwaysWholeAndOfOneMoment) {
+TEST_F(KilledWriteTest, TheFileIsAlwaysWholeAndConsistent) {
     store().setValue(u"onboardingDone"_s, true);
     store().setValue(u"n"_s, 0);
     const auto seed = std::random_device()();
@@ -82,7 +82,7 @@ TEST_F(KilledWriteTest, TheFileIsAlwaysWholeAndOfOneMoment) {
     EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files | QDir::Hidden), QStringList(u"Parlivo.json"_s));
 }
 
-TEST_F(KilledWriteTest, ALockWithoutAnOwnersNameBlocksNobody) {
+TEST_F(KilledWriteTest, ALockWithoutAnOwnersNameDoesNotBlock) {
     QFile lock(file() + u".lock"_s);
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
     // Otherwise its age would free the way in the end.

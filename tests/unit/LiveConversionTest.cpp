@@ -82,7 +82,7 @@ TEST_F(LiveConversionTest, AFailedStartLeavesNoFile) {
     EXPECT_THAT(files(), testing::IsEmpty());
 }
 
-TEST_F(LiveConversionTest, AWavThatNobodyAsksForIsDeleted) {
+TEST_F(LiveConversionTest, AnUnusedWavIsDeleted) {
     {
         AudioRecorder other([this] { return now; });
         other.start();
@@ -96,7 +96,7 @@ TEST_F(LiveConversionTest, AWavThatNobodyAsksForIsDeleted) {
     EXPECT_EQ(wavs().size(), 1) << "that of the earlier recording";
 }
 
-TEST_F(LiveConversionTest, AWavThatWasAskedForIsTheCallers) {
+TEST_F(LiveConversionTest, AWavThatWasAskedForBelongsToTheCaller) {
     QString wav;
     {
         AudioRecorder other([this] { return now; });

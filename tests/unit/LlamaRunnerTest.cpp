@@ -30,7 +30,7 @@ class LlamaRunnerTest : public EngineTest {
         QStringLiteral("llama-server avviato (%1)").arg(llamaModelName(QStringLiteral("light")));
 };
 
-TEST_F(LlamaRunnerTest, TheRequestIsTheOneAgreed) {
+TEST_F(LlamaRunnerTest, TheRequestIsExact) {
     QString prompt = Config::builtinPrompt(CleanupLevel::Medium);
     prompt.replace(QStringLiteral("{TEXT}"),
                    QStringLiteral("Allora, ehm, «perché» no?\tDisse: \"{TEXT}\" \\ 👍"));

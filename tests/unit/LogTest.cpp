@@ -80,7 +80,7 @@ TEST_F(LogTest, AMessageWithALineFeedSpreadsOverTwoLines) {
     EXPECT_TRUE(contents().endsWith(QStringLiteral("] uno\ndue\n")));
 }
 
-TEST_F(LogTest, AFolderInTheFilesPlaceIsSwallowed) {
+TEST_F(LogTest, AFolderInTheFilesPlaceIsNoFailure) {
     QDir().mkpath(Log::path());
     Log::info(QStringLiteral("perso"));
     Log::flush();

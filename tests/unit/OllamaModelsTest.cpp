@@ -39,7 +39,7 @@ TEST_F(OllamaModelsTest, TheNamesComeInAscendingOrder) {
     EXPECT_EQ(ollama.requests("/api/tags").front().method, "GET");
 }
 
-TEST_F(OllamaModelsTest, AnAnswerOfAnotherShapeTellsNothing) {
+TEST_F(OllamaModelsTest, AnAnswerOfAnotherShapeGivesNoNames) {
     for (const char* const answer : {"", "[]", "{}", "{\"models\": 3}", "<html>"}) {
         EXPECT_EQ(OllamaModels::names(answer), std::nullopt) << answer;
     }
@@ -48,7 +48,7 @@ TEST_F(OllamaModelsTest, AnAnswerOfAnotherShapeTellsNothing) {
               QStringList(QStringLiteral("a")));
 }
 
-TEST_F(OllamaModelsTest, AnOwnerThatIsGoneIsToldNothing) {
+TEST_F(OllamaModelsTest, ADestroyedOwnerIsNotCalled) {
     ollama.on("/api/tags", StubReply::json(offering({QStringLiteral("mistral")})));
     fetch();
     owner.reset();

@@ -216,7 +216,7 @@ TEST_F(OnboardingTest, TheTiersAreStoredOnLeavingTheirPage) {
     EXPECT_EQ(fetch.started, QStringList(u"fast"_s));
 }
 
-TEST_F(OnboardingTest, TheDotsTellTheStep) {
+TEST_F(OnboardingTest, TheDotsShowTheStep) {
     goTo(Step::quality);
     bool told = false;
     for (const auto* widget : window().findChildren<QWidget*>())

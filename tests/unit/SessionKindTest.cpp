@@ -22,7 +22,7 @@ SessionKind chosen(const char* wanted, bool x11, bool wayland) {
     return chooseSession(QString::fromLatin1(wanted), servers(x11, wayland)).kind;
 }
 
-TEST(SessionKindTest, TakesWhatAnswersAndWaylandFirst) {
+TEST(SessionKindTest, TriesWaylandBeforeX11) {
     EXPECT_EQ(chosen("", true, false), SessionKind::X11);
     EXPECT_EQ(chosen("", false, true), SessionKind::Wayland);
     EXPECT_EQ(chosen("", true, true), SessionKind::Wayland) << "the X server reaches X11 windows only";

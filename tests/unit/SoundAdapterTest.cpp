@@ -58,7 +58,7 @@ TEST_F(BlockAssemblerTest, NothingGivesNoBlock) {
     EXPECT_TRUE(blocks.empty());
 }
 
-TEST_F(BlockAssemblerTest, AHoleIsSilence) {
+TEST_F(BlockAssemblerTest, AGapIsFilledWithSilence) {
     auto assembler = make(2);
     const auto spoken = ramp(200);
     assembler.append(spoken.data(), 100);
@@ -123,7 +123,7 @@ TEST_F(ArrivalClockTest, BeforeTheBeginningThereIsNoFrame) {
     EXPECT_EQ(clock.framesBefore(beginning - 1s), 0U);
 }
 
-TEST_F(ArrivalClockTest, ADriftingCrystalIsFollowed) {
+TEST_F(ArrivalClockTest, ADriftingClockIsFollowed) {
     // 300 parts in a million too slow: 180 ms in ten minutes, of which two seconds may still count.
     std::uint64_t frames = 0;
     Clock::TimePoint now = beginning;
@@ -209,7 +209,7 @@ TEST_F(MicrophoneChoiceTest, TheOneThatIsChosenByNameIsTakenWhileItIsThere) {
     EXPECT_EQ(chooseMicrophone(std::vector{mute, source("built-in")}, defaults, "mute")->name, "built-in");
 }
 
-TEST_F(MicrophoneChoiceTest, TheEnvironmentsWordCountsMoreThanTheSettings) {
+TEST_F(MicrophoneChoiceTest, TheEnvironmentVariableOverridesTheSetting) {
     const std::vector sources{source("usb"), source("built-in")};
     const auto taken = chooseMicrophone(sources, {"built-in", "out", SoundDefaults::ChosenBy::User}, "usb");
     ASSERT_TRUE(taken);

@@ -110,7 +110,7 @@ TEST_F(StaleFilesTest, ARecordingThatWaitsToBeRecognisedStays) {
     EXPECT_EQ(files(), QStringList(wav));
 }
 
-TEST_F(StaleFilesTest, ADeletedFileIsHeldOpenByNobody) {
+TEST_F(StaleFilesTest, ADeletedFileIsNotKeptOpen) {
     ScopedFile file(make(recording(u"caf"_s)));
     file.remove();
     for (const QString& descriptor : QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System))
@@ -136,7 +136,7 @@ TEST_F(StaleFilesTest, TheFilesOfAKilledProcessAreFree) {
     EXPECT_FALSE(QFile::exists(path(name)));
 }
 
-TEST_F(StaleFilesTest, NoneIsLostThatIsMadeWhileOthersClean) {
+TEST_F(StaleFilesTest, AFileMadeDuringACleanUpIsKept) {
     std::atomic<bool> done = false;
     std::jthread other([&] {
         while (!done) removeStaleFiles();

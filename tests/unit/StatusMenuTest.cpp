@@ -155,7 +155,7 @@ TEST_F(StatusMenuTest, KeyEquivalentsWorkWhileTheMenuIsOpen) {
     EXPECT_THAT(chosen, ElementsAre(QStringLiteral("settings"), QStringLiteral("quit")));
 }
 
-TEST_F(StatusMenuTest, ShowsTitlesLetterForLetter) {
+TEST_F(StatusMenuTest, ShowsTitlesUnchanged) {
     const auto title = QStringLiteral("⚠️ R&D: a_b.wav");
     menu.setTitle(title);
     EXPECT_EQ(menu.title(), title);
@@ -235,7 +235,7 @@ TEST_F(StatusMenuTest, ASymbolOnAPanelOfUnknownColourCanBeSeenOnAny) {
     }
 }
 
-TEST_F(StatusMenuTest, APanelThatLeavesBothButtonsToUsShowsOurMenuLetterForLetter) {
+TEST_F(StatusMenuTest, APanelThatLeavesBothButtonsToUsShowsOurTitlesUnchanged) {
     platform.statusItems().report(StatusItemPlace{Foreground::Light, Menus::OpenedByUs});
     menu.setTitle(QStringLiteral("⚠️ R&D: a_b.wav"));
     EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ R&&D: a_b.wav"));

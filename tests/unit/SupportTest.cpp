@@ -140,7 +140,7 @@ TEST(SerialQueueTest, AFinishingQueueEndsOnlyWhenAllHasRun) {
     EXPECT_EQ(ran, 100);
 }
 
-TEST(SerialQueueTest, AJobsVariablesDieBeforeTheNextJobRuns) {
+TEST(SerialQueueTest, AJobsVariablesAreDestroyedBeforeTheNextJobRuns) {
     SerialQueue queue(QStringLiteral("prova"));
     auto held = std::make_shared<int>(0);
     const std::weak_ptr<int> watched = held;
@@ -182,7 +182,7 @@ TEST(MainQueueTest, AJobRunsBeforeThePaintingThatWaits) {
     EXPECT_TRUE(window.painted);
 }
 
-TEST(MainQueueTest, ADeadOwnersJobsDoNothing) {
+TEST(MainQueueTest, JobsOfADestroyedOwnerDoNothing) {
     int ran = 0;
     auto owner = std::make_unique<Lifetime>();
     MainQueue::async(owner->token(), [&] { ran += 1; });

@@ -7,7 +7,7 @@
 namespace parlivo {
 namespace {
 
-TEST(TransferRateTest, TellsBytesASecondOfTheLastSeconds) {
+TEST(TransferRateTest, IsBytesPerSecondOfTheLastSeconds) {
     TransferRate rate;
     const Clock::TimePoint start{};
     using std::chrono::seconds;

@@ -347,7 +347,7 @@ TEST_F(UpdateInstallerTest, WhereTheProgramStandsWithoutABundleNothingIsReplaced
 }
 
 /// The shell gets the bundle's path as one word, whatever is in it.
-TEST(RelaunchTest, NoPathIsACommand) {
+TEST(RelaunchTest, APathIsNeverRunAsACommand) {
     const QTemporaryDir folder;
     const QString shell = folder.filePath(u"sh"_s);
     const QString heard = folder.filePath(u"heard"_s);

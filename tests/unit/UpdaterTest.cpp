@@ -81,7 +81,7 @@ TEST_F(UpdaterTest, ANewerVersionIsAvailable) {
     EXPECT_EQ(logged(), QStringList(u"aggiornamento disponibile: 1.3 (attuale 1.2.3)"_s));
 }
 
-TEST_F(UpdaterTest, TheSameOrAnOlderVersionIsNotAndTakesAnOfferBack) {
+TEST_F(UpdaterTest, TheSameOrAnOlderVersionWithdrawsAnOffer) {
     for (const QString& version : {u"1.2.3"_s, u"1.2"_s, QString(10'000, u'9')}) {
         publish(feed(u"1.3"_s));
         ASSERT_TRUE(check());
@@ -123,7 +123,7 @@ TEST_F(UpdaterTest, ASiteThatCannotBeReachedChangesNothing) {
     EXPECT_TRUE(check());
 }
 
-TEST_F(UpdaterTest, ChecksAtTheStartAndAgainAndAgain) {
+TEST_F(UpdaterTest, ChecksAtTheStartAndPeriodically) {
     publish(feed(u"1.3"_s));
     Updater often({}, std::chrono::milliseconds(20));
     int found = 0;
@@ -188,7 +188,7 @@ TEST_F(UpdaterTest, AnUpdateIsInstalledAndTheProgramStartedAgain) {
     EXPECT_EQ(dialogs->alerts.size(), 1U);
 }
 
-TEST_F(UpdaterTest, AnAddressThatIsNoneDoesNothingAtAll) {
+TEST_F(UpdaterTest, AnInvalidAddressDoesNothing) {
     for (const QString& url : {u""_s, u"http://[oops"_s, u"http://a b/c"_s}) {
         QJsonObject object = feed(u"1.3"_s);
         object[u"url"_s] = url;

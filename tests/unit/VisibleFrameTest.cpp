@@ -50,7 +50,7 @@ TEST(VisibleFrameTest, SeveralDocksAtOneEdgeCountOnce) {
     EXPECT_EQ(visibleFrame(leftMonitor, wholeScreen, {high, narrow}), QRect(0, 0, 1920, 1150));
 }
 
-TEST(VisibleFrameTest, NonsenseThatLeavesNoRoomIsIgnored) {
+TEST(VisibleFrameTest, ReservedSpaceThatLeavesNoRoomIsIgnored) {
     const Strut everything{.bottom = 1200, .bottomStart = 0, .bottomEnd = 3199};
     EXPECT_EQ(visibleFrame(leftMonitor, wholeScreen, {everything}), leftMonitor);
 }

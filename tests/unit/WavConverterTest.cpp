@@ -98,7 +98,7 @@ TEST_F(WavConverterTest, AToneComesThroughAtItsPitchAndLoudness) {
     }
 }
 
-TEST_F(WavConverterTest, ATimeStaysWhereItWas) {
+TEST_F(WavConverterTest, SamplesKeepTheirTime) {
     const Samples out =
         convert(capture(48'000, 1, 48'000, [](int frame, int) { return frame == 24'000 ? 0.9F : 0.0F; }));
     const auto loudest = std::max_element(out.begin(), out.end()) - out.begin();
@@ -134,7 +134,7 @@ TEST_F(WavConverterTest, SoundBeyondFullScaleIsSaturated) {
     EXPECT_LT(steepest, 12'000);
 }
 
-TEST_F(WavConverterTest, ABrokenSampleDoesNotSpoilTheRest) {
+TEST_F(WavConverterTest, AnInvalidSampleDoesNotChangeTheOthers) {
     const auto speech = tone(1'000, 48'000, 0.25F);
     for (const float broken :
          {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),

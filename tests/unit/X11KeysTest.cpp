@@ -77,7 +77,7 @@ TEST(KeySymbolsTest, AnEmojiGivesAllItsCodePoints) {
     EXPECT_EQ(keySymbols(u"🧑🏿‍💻"), (Symbols{0x0101f9d1, 0x0101f3ff, 0x0100200d, 0x0101f4bb}));
 }
 
-TEST(KeySymbolsTest, BothNamesOfACharacterAreOne) {
+TEST(KeySymbolsTest, BothKeysymsOfACharacterAreEqual) {
     EXPECT_EQ(canonical(0x01000000 | u'è'), KeySymbol{XKB_KEY_egrave});
     EXPECT_EQ(canonical(XKB_KEY_egrave), KeySymbol{XKB_KEY_egrave});
     EXPECT_EQ(canonical(XKB_KEY_Return), KeySymbol{XKB_KEY_Return});
@@ -134,7 +134,7 @@ TEST(LayoutMapTest, LeavesThirdLevelsOut) {
     EXPECT_FALSE(LayoutMap(map, {}, {}).find(XKB_KEY_EuroSign));
 }
 
-TEST(LayoutMapTest, NumLockTurnsKeypadKeysRound) {
+TEST(LayoutMapTest, NumLockInvertsTheLevelOfKeypadKeys) {
     const KeyMap map = mapOf({oneGroup(Type::keypad, {XKB_KEY_Insert, XKB_KEY_period})});
     EXPECT_EQ(LayoutMap(map, {0, 0}, {}).find(XKB_KEY_period), (KeyStroke{10, true}));
     EXPECT_EQ(LayoutMap(map, {0, numLock}, {}).find(XKB_KEY_period), (KeyStroke{10, false}));
@@ -166,7 +166,7 @@ TEST(KeyPoolTest, WhatIsThereAlreadyChangesNothing) {
     EXPECT_EQ(pool.assign({103, 101}), std::set<xcb_keycode_t>{});
 }
 
-TEST(KeyPoolTest, TheLeastRecentlyUsedGivesWay) {
+TEST(KeyPoolTest, TheLeastRecentlyUsedIsReplaced) {
     KeyPool pool;
     pool.reconcile(spareKeys(2));
     pool.assign({101, 102});
@@ -177,7 +177,7 @@ TEST(KeyPoolTest, TheLeastRecentlyUsedGivesWay) {
     EXPECT_TRUE(pool.find(101) && pool.find(103) && pool.find(104) && pool.find(105));
 }
 
-TEST(KeyPoolTest, OfOneCallTheLastGivesWayFirst) {
+TEST(KeyPoolTest, OfOneCallTheLastIsReplacedFirst) {
     KeyPool pool;
     pool.reconcile(spareKeys(1));
     pool.assign({101, 102});
@@ -186,7 +186,7 @@ TEST(KeyPoolTest, OfOneCallTheLastGivesWayFirst) {
     EXPECT_FALSE(pool.find(102));
 }
 
-TEST(KeyPoolTest, WhatATextNeedsNeverGivesWayToWhatElseItNeeds) {
+TEST(KeyPoolTest, NoCharacterOfATextReplacesAnotherOfIt) {
     KeyPool pool;
     pool.reconcile(spareKeys(2));
     pool.assign({101, 102, 103, 104});

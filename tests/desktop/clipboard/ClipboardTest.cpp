@@ -169,7 +169,7 @@ INSTANTIATE_TEST_SUITE_P(All, PasteInto,
                                          Receiver::Kind::Qt, Receiver::Kind::Chromium),
                          [](const auto& kind) { return nameOf(kind.param); });
 
-TEST_F(ClipboardTest, AnImageGivesWayToThePastedText) {
+TEST_F(ClipboardTest, ThePastedTextReplacesAnImage) {
     const SelectionOwner editor(clipboard, Manner::Image, "\x89PNG");
     const SelectionOwner terminal(primary, Manner::Text, "evidenziato");
     const Receiver receiver(Receiver::Kind::Qt);

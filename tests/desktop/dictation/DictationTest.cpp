@@ -52,7 +52,7 @@ TEST_F(DictationTest, WithADictionaryOfTenThousandTermsTheRealEngineStillAnswers
         << qPrintable(receiver.text()) << qPrintable(program.statusText());
 }
 
-TEST_F(DictationTest, DictatedTextIsNowhereAfterwards) {
+TEST_F(DictationTest, DictatedTextIsInNoFileAfterwards) {
     home::provideModels();
     home::settle();
     const Program program;
@@ -91,7 +91,7 @@ TEST_F(DictationTest, InToggleModeOnePressStartsAndTheNextStops) {
     expectNothingLeft(program);
 }
 
-TEST_F(DictationTest, AnUnknownModeStartsAndIsEndedByNoKeyUntilTheModeIsChanged) {
+TEST_F(DictationTest, AnUnknownModeIsNotEndedByAKeyUntilTheModeIsChanged) {
     home::settle({{QStringLiteral("dictationMode"), QStringLiteral("hold")}});
     StubRecogniser stub(QStringLiteral("finalmente"));
     const Program program;
@@ -134,7 +134,7 @@ TEST_F(DictationTest, TheKeyDoesNothingWhileTheProgramIsBusy) {
     EXPECT_EQ(program.states().count(QStringLiteral("recording")), 1);
 }
 
-TEST_F(DictationTest, ATapIsNoDictation) {
+TEST_F(DictationTest, AShortPressStartsNoDictation) {
     constexpr std::chrono::milliseconds tap{290};
     home::settle();
     StubRecogniser stub(QStringLiteral("di troppo"));

@@ -95,7 +95,7 @@ TEST_F(HotKeyGrabTest, TheSamePresetAgainWhileTheKeyIsHeldStartsNothingNew) {
     EXPECT_TRUE(edges(2, 2)) << seen();
 }
 
-TEST_F(HotKeyGrabTest, UnderAnotherClientsGrabNothingHappensAndAfterItAllDoes) {
+TEST_F(HotKeyGrabTest, DuringAnotherClientsGrabNothingIsReportedAndAfterItEverythingIs) {
     take("opt-space");
     OtherClient other;
     ASSERT_TRUE(other.grabKeyboard());

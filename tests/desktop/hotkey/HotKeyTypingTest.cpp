@@ -73,7 +73,7 @@ TEST_F(HotKeyTypingTest, WaitsForTheKeyWhenItsModifierIsUp) {
     EXPECT_TRUE(edges(1, 1)) << seen();
 }
 
-TEST_F(HotKeyTypingTest, EndsAHoldThatDoesNotEnd) {
+TEST_F(HotKeyTypingTest, ReleasesAKeyThatIsHeldTooLong) {
     take("opt-space");
     pressHotKey();
     ASSERT_TRUE(edges(1, 0)) << seen();

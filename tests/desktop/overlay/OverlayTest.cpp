@@ -116,7 +116,7 @@ TEST_F(OverlayTest, LetsClicksThrough) {
     EXPECT_TRUE(waitFor([&] { return sheet.clicks == 3; })) << sheet.clicks;
 }
 
-TEST_F(OverlayTest, LiesAboveWindowsThatComeLater) {
+TEST_F(OverlayTest, IsAboveWindowsThatOpenLater) {
     const QRect area = shownPlace();
     const Sheet sheet(QRect(400, 500, 480, 300));
     ASSERT_TRUE(waitFor([&] { return screen.pixel({420, 520}) == sheetColour; }));

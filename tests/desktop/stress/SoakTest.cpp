@@ -156,7 +156,7 @@ class StubSoak : public Soak {
     StubEngines engines_;
 };
 
-TEST_F(StubSoak, NothingIsWrongAndNothingPilesUp) {
+TEST_F(StubSoak, EveryDictationSucceedsAndNoResourceGrows) {
     const int count = countFrom("PARLIVO_SOAK_STUB", 2 * static_cast<int>(manners.size()) + 1);
     // Everything has happened at least once.
     const int warm = std::max(static_cast<int>(manners.size()), count / 10);

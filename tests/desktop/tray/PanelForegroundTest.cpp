@@ -83,7 +83,7 @@ class XfcePanelTest : public PanelForegroundTest {
     XfcePanelTest() : PanelForegroundTest("XFCE") {}
 };
 
-TEST_F(GnomePanelTest, IsWrittenOnInLightWhateverTheApplicationsLookLike) {
+TEST_F(GnomePanelTest, HasLightTextWhateverTheApplicationsTheme) {
     const DesktopPortal portal(DesktopPortal::Scheme::Light);
     const PanelForeground panel([] { FAIL() << "nothing changes"; });
     EXPECT_EQ(panel.value(), Foreground::Light);
