@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "input/Injector.h"
-#include "input/Pace.h"
 #include "support/AskedWaits.h"
 #include "support/MainQueue.h"
 #include "support/PlatformTest.h"
@@ -137,6 +136,7 @@ TEST_F(InjectorTest, TheRestOfATextIsPastedWhenTheKeyboardLosesCharacters) {
     EXPECT_EQ(Injector::typeText(QStringLiteral("abcdef")), Injector::Outcome::LeftOnClipboard);
     EXPECT_EQ(platform.keyboard().typed(), QStringLiteral("abc"));
     EXPECT_EQ(clipboard(), QStringLiteral("def"));
+    EXPECT_EQ(platform.pasteboard().sets().back().history, Pasteboard::History::Omit) << "to be pasted";
     EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
 }
 
@@ -144,7 +144,9 @@ TEST_F(InjectorTest, ACharacterWithoutAKeyIsSkippedAndLogged) {
     platform.keyboard().skipped = u'\a';
     EXPECT_EQ(Injector::typeText(QStringLiteral("a\ab\ac")), Injector::Outcome::Delivered);
     EXPECT_EQ(platform.keyboard().typed(), QStringLiteral("abc"));
-    EXPECT_TRUE(logged().contains(QStringLiteral("caratteri senza un tasto, non digitati: 2")));
+    EXPECT_EQ(Injector::typeText(QStringLiteral("\ad")), Injector::Outcome::Delivered);
+    EXPECT_EQ(logged(), QStringList({QStringLiteral("caratteri senza un tasto, non digitati: 2"),
+                                     QStringLiteral("caratteri senza un tasto, non digitati: 1")}));
 }
 
 TEST_F(InjectorTest, ASourceOfPiecesGetsWholeCharactersAtThePaceAndInOrder) {
@@ -158,6 +160,15 @@ TEST_F(InjectorTest, ASourceOfPiecesGetsWholeCharactersAtThePaceAndInOrder) {
     EXPECT_GT(strokes.size(), 1);
     for (const QString& stroke : strokes) EXPECT_NE(stroke.at(1), QChar(0xd83c)) << "a skin tone alone";
     EXPECT_GE(Clock::now() - start, 180 * 3500us - 60ms) << "no faster than the pace";
+}
+
+TEST_F(InjectorTest, CharactersThatAreDueTogetherAreOnePiece) {
+    platform.keyboard().intake = TextIntake::Pieces;
+    platform.keyboard().beforeStroke = [] { Clock::sleepFor(20ms); };
+    const QString text = QStringLiteral("parola ").repeated(10);
+    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::Delivered);
+    EXPECT_EQ(platform.keyboard().typed(), text);
+    EXPECT_LT(platform.keyboard().strokes().size(), text.size() / 2);
 }
 
 TEST_F(InjectorTest, APieceIsNeverLongerThanItMayBe) {
@@ -187,6 +198,8 @@ TEST_F(InjectorTest, AReceiverThatTakesNothingMoreIsSentNoShortcutEither) {
     EXPECT_EQ(Injector::typeText(text), Injector::Outcome::LeftOnClipboard);
     EXPECT_EQ(platform.keyboard().typed() + clipboard(), text);
     EXPECT_EQ(platform.keyboard().strokes().size(), 1);
+    EXPECT_EQ(platform.pasteboard().sets().back().history, Pasteboard::History::Keep)
+        << "for the user to paste";
     EXPECT_EQ(platform.keyboard().sourcesAlive, 0);
 }
 
@@ -357,25 +370,12 @@ TEST_F(PasteTest, TheEndOfTheProgramSendsNoShortcut) {
     EXPECT_EQ(clipboard(), QStringLiteral("prima"));
 }
 
-TEST(PaceTest, StepsLieOnAGridWhateverEachStepTakes) {
-    const Clock::TimePoint start{};
-    Pace pace(10ms, start);
-    EXPECT_EQ(pace.after(start), start + 10ms);
-    EXPECT_EQ(pace.after(start + 12ms), start + 20ms);
-    EXPECT_EQ(pace.after(start + 20ms), start + 30ms);
-}
-
-TEST(PaceTest, ALateStepDoesNotDelayTheFollowing) {
-    const Clock::TimePoint start{};
-    Pace pace(10ms, start);
-    for (int i = 1; i < 100; ++i) EXPECT_EQ(pace.after(start + 200ms), start + i * 10ms);
-}
-
-TEST(PaceTest, StepsMissedInAPauseAreNotMadeUpFor) {
-    const Clock::TimePoint start{};
-    Pace pace(10ms, start);
-    EXPECT_EQ(pace.after(start + 5s), start + 5s + 10ms);
-    EXPECT_EQ(pace.after(start + 5s + 10ms), start + 5s + 20ms);
+TEST_F(PasteTest, AShortcutThatWasSentAtTheEndOfTheProgramIsDelivered) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    platform.keyboard().beforeStroke = [] { Clock::interruptAll(); };
+    EXPECT_EQ(Injector::paste(newText), Injector::Outcome::Delivered);
+    Injector::finishRestore();
+    EXPECT_EQ(clipboard(), QStringLiteral("prima"));
 }
 
 }  // namespace
