@@ -187,7 +187,7 @@ class UpdateCase(unittest.TestCase):
         plist.write_text(plist.read_text().replace(f"<string>{self.version}</string>",
                                                    f"<string>{self.newer}</string>"))
         self.change(contents)
-        subprocess.run(["zip", "-qry", "../newer.zip", "Parlivo.app"], cwd=folder, check=True)
+        subprocess.run(["zip", "-qry1", "../newer.zip", "Parlivo.app"], cwd=folder, check=True)
         self.expected = contents.parent
         return (self.scratch / "newer.zip").read_bytes()
 
