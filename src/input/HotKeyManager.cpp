@@ -25,6 +25,10 @@ bool keysAreContended() {
     return Platform::current().hotKeys().contention() == HotKeyService::Contention::Common;
 }
 
+bool canBeHad(const std::optional<HotKeyRefusal>& refusal) {
+    return !refusal || refusal->reason == HotKeyRefusal::Reason::NotSetUp;
+}
+
 bool userHasChosen() {
     return Config::string(Settings::hotkeyPreset.key).has_value();
 }
@@ -69,12 +73,14 @@ void HotKeyManager::applyCurrentPreset() {
 std::optional<HotKeyRefusal> HotKeyManager::registerAny() {
     const Preset chosen = HotKeyChoice::current();
     const auto refusal = registerHotKey(chosen.keyCode, chosen.modifiers);
-    if (!refusal || userHasChosen() || !keysAreContended()) return refusal;
+    if (canBeHad(refusal) || userHasChosen() || !keysAreContended()) return refusal;
     for (const Preset& other : presets()) {
-        if (other.id == chosen.id || registerHotKey(other.keyCode, other.modifiers)) continue;
+        if (other.id == chosen.id) continue;
+        const auto othersRefusal = registerHotKey(other.keyCode, other.modifiers);
+        if (!canBeHad(othersRefusal)) continue;
         Config::set(Settings::hotkeyPreset, other.id);
         Log::info(QStringLiteral("scorciatoia %1 occupata, scelta %2").arg(chosen.id, other.id));
-        return std::nullopt;
+        return othersRefusal;
     }
     return refusal;
 }
@@ -100,7 +106,9 @@ std::optional<HotKeyRefusal> HotKeyManager::registerHotKey(KeyCode keyCode, HotK
 
 void HotKeyManager::report(const std::optional<HotKeyRefusal>& outcome) {
     refusal_ = outcome;
-    if (outcome) {
+    if (outcome && canBeHad(outcome)) {
+        Log::info(QStringLiteral("la scorciatoia va ancora assegnata, nelle impostazioni"));
+    } else if (outcome) {
         Log::info(QStringLiteral("registrazione hotkey fallita (status %1) — probabilmente già in uso da "
                                  "un'altra app")
                       .arg(outcome->status));
@@ -111,7 +119,7 @@ void HotKeyManager::report(const std::optional<HotKeyRefusal>& outcome) {
 }
 
 void HotKeyManager::retryWhileRefused() {
-    const bool wanted = refusal_ && !hotKeyRef_ && keysAreContended();
+    const bool wanted = !canBeHad(refusal_) && !hotKeyRef_ && keysAreContended();
     if (wanted == watching_) return;
     watching_ = wanted;
     auto& service = Platform::current().hotKeys();

@@ -60,6 +60,7 @@ struct HotKeyRefusal {
     enum class Reason {
         Taken,     ///< another program holds it
         Unusable,  ///< the keyboard or the session has no such key
+        NotSetUp,  ///< it can be had, but the user has to allow it first (Platform::sessionHints)
     };
     int status = 0;  ///< the system's own number, not 0
     Reason reason = Reason::Taken;

@@ -149,7 +149,7 @@ HotKeys::Result HotKeys::registerHotKey(KeyCode key, HotKeyModifiers modifiers, 
     if (real) return real->registerHotKey(key, modifiers, identity);
     calls.append(QStringLiteral("register %1 %2").arg(key).arg(modifiers));
     if (taken.contains({key, modifiers})) return HotKeyRefusal{10};
-    if (refuseWith != 0) return HotKeyRefusal{refuseWith};
+    if (refuseWith != 0) return HotKeyRefusal{refuseWith, refusalReason};
     registered.push_back({key, modifiers, identity});
     return std::make_unique<AtEnd<HotKeyRegistration>>([this, key, modifiers] {
         calls.append(QStringLiteral("unregister"));

@@ -125,6 +125,7 @@ class HotKeys : public parlivo::HotKeyService {
     std::map<KeyCode, QString> printed;  ///< on the keys
     /// The status of the next registrations; 0 accepts.
     int refuseWith = 0;
+    HotKeyRefusal::Reason refusalReason = HotKeyRefusal::Reason::Taken;  ///< beside `refuseWith`
     /// Combinations that another program holds: refused with status 10, whatever `refuseWith` says.
     std::set<std::pair<KeyCode, HotKeyModifiers>> taken;
     Contention contended = Contention::Rare;

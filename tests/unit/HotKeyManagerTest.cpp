@@ -6,12 +6,15 @@
 #include "support/PlatformTest.h"
 #include "support/Waiting.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <vector>
 
 namespace parlivo {
 namespace {
+
+using namespace std::chrono_literals;
 
 class HotKeyManagerTest : public PlatformTest {
   protected:
@@ -218,6 +221,51 @@ TEST_F(ContendedHotKeyTest, AUserWhoNeverChoseGetsTheFirstFreePresetStored) {
     EXPECT_FALSE(manager->refusal());
     keys().press();
     EXPECT_EQ(downs, 1);
+}
+
+/// The system wants the user's consent first.
+class UnsetHotKeyTest : public ContendedHotKeyTest {
+  protected:
+    UnsetHotKeyTest() {
+        keys().refuseWith = 11;
+        keys().refusalReason = HotKeyRefusal::Reason::NotSetUp;
+    }
+};
+
+TEST_F(UnsetHotKeyTest, TheFirstThatCanBeHadIsChosenAndTheUserIsToldWhatIsMissing) {
+    take("opt-space");
+    manager->applyCurrentPreset();
+    EXPECT_EQ(chosen(), QStringLiteral("ctrl-opt-space"));
+    EXPECT_EQ(keys().calls.last(), QStringLiteral("register 49 6144")) << "and no other is tried";
+    EXPECT_EQ(warning(), QStringLiteral("⌃⌥ Spazio non è ancora attiva: va assegnata nelle impostazioni"));
+    EXPECT_EQ(logged(),
+              QStringList({QStringLiteral("scorciatoia opt-space occupata, scelta ctrl-opt-space"),
+                           QStringLiteral("la scorciatoia va ancora assegnata, nelle impostazioni")}));
+}
+
+TEST_F(UnsetHotKeyTest, NobodyWaitsForItByTheClock) {
+    Clock::setScale(0.002);  // 3 s are 6 ms
+    manager = std::make_unique<HotKeyManager>();
+    manager->applyCurrentPreset();
+    EXPECT_FALSE(keys().mayBeFree);
+    const auto calls = keys().calls;
+    desktop::letPass(50ms);
+    EXPECT_EQ(keys().calls, calls);
+}
+
+TEST_F(UnsetHotKeyTest, OnceSetUpItWorks) {
+    manager->applyCurrentPreset();
+    ASSERT_TRUE(warning());
+    keys().changed(std::nullopt);
+    EXPECT_FALSE(warning());
+    EXPECT_EQ(outcomes.back(), std::nullopt);
+}
+
+TEST_F(UnsetHotKeyTest, AnotherCombinationIsFree) {
+    manager->applyCurrentPreset();
+    using Verdict = HotKeyStatus::Verdict;
+    EXPECT_EQ(HotKeyStatus::shared().verdictOn(VirtualKey::space, HotKeyModifier::option), Verdict::Free);
+    EXPECT_EQ(HotKeyStatus::shared().verdictOn(VirtualKey::space, HotKeyModifier::command), Verdict::Free);
 }
 
 TEST_F(ContendedHotKeyTest, WithNothingTakenNothingIsStored) {

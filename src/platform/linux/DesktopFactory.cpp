@@ -2,6 +2,7 @@
 #include "platform/linux/DesktopFactory.h"
 
 #include "platform/linux/desktop/NullDesktop.h"
+#include "platform/linux/gnome/BoundHotKeyService.h"
 #include "platform/linux/gnome/RemoteKeys.h"
 #include "platform/linux/gnome/RemotePasteboard.h"
 #include "platform/linux/kde/KdeHotKeyService.h"
@@ -38,6 +39,12 @@ HotKeyWay hotKeyWay() {
                 Texts::tr("tasto globale di sway")};
     if (kde::KdeHotKeyService::isOffered())
         return {std::make_unique<kde::KdeHotKeyService>(), Texts::tr("tasto globale di KDE")};
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (gnome::BoundHotKeyService::isOffered(bus)) {
+        auto service = std::make_unique<gnome::BoundHotKeyService>(bus);
+        const auto hints = [service = service.get()] { return service->hints(); };
+        return {std::move(service), Texts::tr("scorciatoia personalizzata di GNOME"), hints};
+    }
     return {};
 }
 
