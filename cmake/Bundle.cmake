@@ -97,6 +97,8 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
                        COMMAND ${PARLIVO_LRELEASE} -silent -nounfinished ${catalogue} -qm ${target}
                        DEPENDS ${catalogue} VERBATIM)
     set_property(GLOBAL APPEND PROPERTY PARLIVO_BUNDLED ${target})
+    # macOS has all signs itself.
+    bundle_resource(${PROJECT_SOURCE_DIR}/resources/fonts/parlivo-signs.ttf fonts/parlivo-signs.ttf)
 endif()
 
 bundle_resource(${PROJECT_SOURCE_DIR}/LICENSE licenses/Parlivo/LICENSE)

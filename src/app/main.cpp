@@ -9,6 +9,7 @@
 #include "support/MainQueue.h"
 #include "support/Worker.h"
 #include "ui/views/AppIcon.h"
+#include "ui/views/Signs.h"
 #include "ui/views/Translation.h"
 
 #include <QApplication>
@@ -113,6 +114,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool w
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(appIcon());
     installTranslation();
+    installSigns();
     return application;
 }
 

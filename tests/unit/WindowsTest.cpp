@@ -6,12 +6,15 @@
 #include "ui/settings/SettingsWindowController.h"
 #include "ui/views/ChoiceRow.h"
 #include "ui/views/Contrast.h"
+#include "ui/views/Form.h"
 #include "ui/views/SymbolView.h"
 #include "update/feedback/FeedbackWindowController.h"
 #include "update/feedback/StarRating.h"
 
 #include <QApplication>
 #include <QLayout>
+#include <QScreen>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTest>
 
@@ -105,8 +108,29 @@ TEST_F(WindowsTest, TheFirstRun) {
     EXPECT_EQ(controls(*controller.window()), u"no title bar"_s);
     const QLayout* rows = controller.window()->findChild<OnboardingView*>()->layout();
     ASSERT_EQ(rows->count(), 2) << "the page and the footer";
-    EXPECT_EQ(rows->itemAt(0)->widget()->contentsMargins(), QMargins(30, 30, 30, 30));
+    const auto* pages = controller.window()->findChild<FormPage*>();
+    EXPECT_EQ(rows->itemAt(0)->widget(), pages);
+    EXPECT_EQ(pages->contents().layout()->itemAt(0)->widget()->contentsMargins(), QMargins(30, 30, 30, 30));
     EXPECT_EQ(rows->itemAt(1)->widget()->layout()->contentsMargins(), QMargins(20, 20, 20, 20));
+}
+
+TEST_F(WindowsTest, AFirstRunInLargeLettersScrollsAndKeepsItsButtons) {
+    const QFont before = QApplication::font();
+    QFont large = before;
+    large.setPointSizeF(36);
+    QApplication::setFont(large);
+    {
+        OnboardingWindowController controller(fetch.fetch(), [](const QString&) { return std::nullopt; });
+        controller.show();
+        const auto& pages = *controller.window()->findChild<FormPage*>();
+        QApplication::processEvents();
+        EXPECT_GT(pages.verticalScrollBar()->maximum(), 0) << "the page is higher than the screen";
+        const auto& footer = *controller.window()->findChild<StepDots*>()->parentWidget();
+        EXPECT_TRUE(controller.window()->rect().contains(
+            QRect(footer.mapTo(controller.window(), QPoint()), footer.size())));
+        EXPECT_LE(controller.window()->height(), QApplication::primaryScreen()->size().height());
+    }
+    QApplication::setFont(before);
 }
 
 TEST_F(WindowsTest, TheDotsOfTheFirstRun) {

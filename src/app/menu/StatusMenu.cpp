@@ -155,6 +155,8 @@ bool StatusMenu::eventFilter(QObject* watched, QEvent* event) {
         placeMenuBesideIcon();
     }
     if (event->type() == QEvent::Hide) drawTitles();
+    // A text that has just become longer must not lead it out of the screen.
+    if (event->type() == QEvent::Resize && menu_.isVisible()) placeMenuBesideIcon();
     if (event->type() == QEvent::KeyPress)
         return triggerShortcut(QKeySequence(static_cast<QKeyEvent*>(event)->keyCombination()));
     return false;

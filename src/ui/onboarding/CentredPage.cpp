@@ -38,8 +38,8 @@ Label& CentredPage::text(const QString& text) {
     return *label;
 }
 
-void CentredPage::add(QWidget* widget) {
-    column_->addWidget(widget);
+void CentredPage::add(QWidget* widget, Qt::Alignment alignment) {
+    column_->addWidget(widget, 0, alignment);
 }
 
 void CentredPage::gap(int points) {

@@ -18,7 +18,7 @@ class CentredPage : public QWidget {
     void symbol(const QString& name);
     void title(const QString& text);
     Label& text(const QString& text);
-    void add(QWidget* widget);
+    void add(QWidget* widget, Qt::Alignment alignment = {});
     void gap(int points);
 
   private:

@@ -51,10 +51,13 @@ OnboardingView::OnboardingView(Actions actions, ModelFetch fetchModel, FreeSpace
           std::move(fetchModel), [this] { showDownloads(); }, std::move(freeSpace)),
       microphone_(Platform::current().permissions().microphone()),
       axGranted_(isAccessibilityTrusted()),
-      column_(new QVBoxLayout(this)) {
-    column_->setContentsMargins(0, 0, 0, 0);
-    column_->setSpacing(0);
-    column_->addWidget(makeFooter());
+      pages_(new FormPage(this)) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    (new QVBoxLayout(&pages_->contents()))->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(pages_, 1);
+    column->addWidget(makeFooter());
     showStep();
     Platform::current().permissions().observeMicrophone(
         this, [this](MicrophoneStatus status) { showMicrophone(status); });
@@ -89,7 +92,7 @@ void OnboardingView::showStep() {
     page_ = makePage();
     page_->setContentsMargins(pagePadding, pagePadding, pagePadding, pagePadding);
     OnboardingWindow::applyStyle(*page_);
-    column_->insertWidget(0, page_, 1);
+    pages_->contents().layout()->addWidget(page_);
     page_->show();
     updateFooter();
     main_->setFocus();

@@ -13,11 +13,11 @@
 #include <functional>
 
 class QPushButton;
-class QVBoxLayout;
 
 namespace parlivo {
 
 class DownloadPage;
+class FormPage;
 class MicrophoneMeter;
 class PermissionPage;
 class StepDots;
@@ -65,7 +65,7 @@ class OnboardingView : public QWidget {
     bool axGranted_;
     QTimer axTimer_;
 
-    QVBoxLayout* column_;
+    FormPage* pages_;  ///< scrolls where the screen is too small for a page
     QWidget* page_ = nullptr;
     DownloadPage* downloadPage_ = nullptr;      ///< while it is shown
     PermissionPage* permissionPage_ = nullptr;  ///< while one of the two is shown

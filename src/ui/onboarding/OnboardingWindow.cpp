@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ui/onboarding/OnboardingWindow.h"
 
+#include "ui/views/Windows.h"
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMouseEvent>
@@ -60,8 +62,8 @@ QString styleSheetText() {
 OnboardingWindow::OnboardingWindow(std::function<void()> closeWanted)
     : QDialog(nullptr, Qt::Window | Qt::FramelessWindowHint), closeWanted_(std::move(closeWanted)) {
     setWindowTitle(u"Parlivo"_s);
-    setFixedSize(windowSize);
     setPalette(parlivo::palette());
+    fixSize(*this, windowSize);
     qApp->installEventFilter(this);
 }
 

@@ -19,7 +19,7 @@ ReadyPage::ReadyPage(const std::function<void()>& chooseHotKey, QWidget* parent)
                          *this));
     warning_->setAlignment(Qt::AlignHCenter);
     add(warning_);
-    add(choose_);
+    add(choose_, Qt::AlignHCenter);
     connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, this, [this] { showWarning(); });
     showWarning();
 }

@@ -5,6 +5,7 @@
 #include "input/HotKeyStatus.h"
 #include "ui/settings/KeyCaptureButton.h"
 #include "ui/views/Labels.h"
+#include "ui/views/RowLook.h"
 
 #include <QVBoxLayout>
 
@@ -19,7 +20,7 @@ OwnHotKey::OwnHotKey(std::function<void()> adopted, QWidget* parent)
       verdict_(new Label({}, TextStyle::Caption, secondaryColour, this)),
       warning_(new Label({}, TextStyle::Caption, errorColour, this)) {
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
+    column->setContentsMargins(RowLook::margin, 0, RowLook::margin, 0);
     column->setSpacing(4);
     column->addWidget(button_, 0, Qt::AlignRight);
     column->addWidget(verdict_);

@@ -102,7 +102,11 @@ void applyLook(QMessageBox& box) {
     const QIcon icon = appIcon();
     if (!icon.isNull()) box.setIconPixmap(icon.pixmap(QSize(iconSize, iconSize), box.devicePixelRatioF()));
     auto* message = box.findChild<QLabel*>(u"qt_msgbox_label"_s);
-    if (message) message->setFont(textFont(TextStyle::Headline));
+    if (!message) return;
+    message->setFont(textFont(TextStyle::Headline));
+    // The box makes itself as narrow as its title, and its explanation a column of single words.
+    constexpr int charactersALine = 44;
+    message->setMinimumWidth(charactersALine * message->fontMetrics().averageCharWidth());
 }
 
 int DesktopDialogs::ask(const Alert& alert) {

@@ -15,6 +15,7 @@
 #include "audio/overlay/DictationOverlay.h"
 #include "platform/Adapters.h"
 #include "platform/Platform.h"
+#include "ui/views/Signs.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -169,6 +170,7 @@ int main(int argc, char** argv) {
     parlivo::Platform::install(parlivo::makePlatform());
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    parlivo::installSigns();
     int result = 0;
     {
         parlivo::Indicators indicators;

@@ -122,7 +122,7 @@ class Session:
         self.program.end()
         self.web.shutdown()
 
-    def picture(self, name, window, number=None):
+    def picture(self, name, window, number=None, described=True):
         """Takes a picture of a window once it has stopped changing."""
         environment = dict(os.environ, **({"DISPLAY": self.display} if self.display else {}))
         path = f"{FOLDER}/{name}{'' if MANNER in ('light', 'refused') else '-' + MANNER}{'@2x' if SCALE == '2' else ''}.png"
@@ -142,7 +142,7 @@ class Session:
         where = subprocess.run(["xdotool", "getwindowgeometry", "--shell", number], check=True, capture_output=True,
                                text=True, env=environment).stdout
         corner = [int(line.partition("=")[2]) for line in where.split() if line.startswith(("X=", "Y="))]
-        if window != "Usa questa cartella":  # the toolkit's, or the desktop's
+        if described and window != "Usa questa cartella":  # the toolkit's, or the desktop's
             self.describe(pathlib.Path(path).with_suffix(".json"), corner)
         # Few colours are enough for flat drawings, and make small files.
         subprocess.run(["convert", path, "-strip", "+dither", "-colors", "255", f"PNG8:{path}"], check=True)
@@ -155,14 +155,14 @@ class Session:
         number = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=True).stdout
         title = subprocess.run(["xdotool", "getwindowname", number.strip()], capture_output=True, text=True,
                                check=True).stdout.strip()
-        self.picture(name, title, number.strip())
+        self.picture(name, title, number.strip(), described=False)
 
     def describe(self, path, corner):
         """Notes where the controls are in a picture of the window at this corner, for tools/contrast."""
         controls = []
         scale = int(SCALE)
         for item in self.program.everything():
-            if item.get_role_name() not in windows.CONTROLS | {"label"} or not item.get_name():
+            if item.get_role_name() not in windows.CONTROLS | {"label", "progress bar"} or not item.get_name():
                 continue
             place = extents(item)
             if is_cut_off(item, place):
