@@ -11,7 +11,7 @@ namespace parlivo {
 
 namespace {
 
-constexpr std::array<EventTypeSpec, 2> edges{
+constexpr std::array<EventTypeSpec, 2> keyEvents{
     {{kEventClassKeyboard, kEventHotKeyPressed}, {kEventClassKeyboard, kEventHotKeyReleased}}};
 
 std::optional<HotKeyIdentity> identityOf(EventRef event) {
@@ -29,8 +29,8 @@ class CarbonHotKeyService::Handler : public HotKeyHandler {
   public:
     Handler(CarbonHotKeyService& service, Edge pressed, Edge released)
         : service_(service), pressed_(std::move(pressed)), released_(std::move(released)) {
-        InstallEventHandler(GetApplicationEventTarget(), &Handler::handle, edges.size(), edges.data(), this,
-                            &reference_);
+        InstallEventHandler(GetApplicationEventTarget(), &Handler::handle, keyEvents.size(), keyEvents.data(),
+                            this, &reference_);
         service_.handler_ = this;
     }
     ~Handler() override {
