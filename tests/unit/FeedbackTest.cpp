@@ -3,6 +3,7 @@
 #include "support/AskedWaits.h"
 #include "support/StubServer.h"
 #include "support/WindowTest.h"
+#include "ui/views/SymbolView.h"
 #include "update/feedback/FeedbackWindowController.h"
 
 #include <QJsonDocument>
@@ -10,6 +11,8 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTest>
+
+#include <algorithm>
 
 namespace parlivo {
 namespace {
@@ -63,6 +66,26 @@ TEST_F(FeedbackTest, TheFormShowsTheStatedTexts) {
     EXPECT_EQ(text()->parentWidget()->height(), 120);
 }
 
+TEST_F(FeedbackTest, TheButtonsAreInTheLowerCorners) {
+    controller.show();
+    const auto placeOf = [this](const QAbstractButton* inner) {
+        return QRect(inner->mapTo(&window(), QPoint()), inner->size());
+    };
+    const QRect fields(text()->parentWidget()->mapTo(&window(), QPoint()), text()->parentWidget()->size());
+    const QRect cancel = placeOf(button(window(), u"Annulla"_s));
+    const QRect send = placeOf(sendButton());
+    EXPECT_EQ(cancel.left(), fields.left());
+    EXPECT_EQ(send.right(), fields.right());
+    EXPECT_EQ(send.center().y(), cancel.center().y());
+    EXPECT_GT(send.top(), email()->mapTo(&window(), QPoint()).y() + email()->height());
+}
+
+TEST_F(FeedbackTest, TheFieldsHaveNamesForScreenReaders) {
+    controller.show();
+    EXPECT_EQ(text()->accessibleName(), u"Cosa non va? Cosa miglioreresti?"_s);
+    EXPECT_EQ(email()->accessibleName(), u"Email"_s);
+}
+
 TEST_F(FeedbackTest, EverythingIsSentAsStated) {
     answerWith(StubReply::body("{}"));
     controller.show();
@@ -83,7 +106,7 @@ TEST_F(FeedbackTest, EverythingIsSentAsStated) {
 }
 
 TEST_F(FeedbackTest, WithoutAStarTheRatingIsZero) {
-    answerWith(StubReply::body({}, 204));
+    answerWith(StubReply::body({}, 299));
     send(u"ciao"_s);
     ASSERT_TRUE(waitForThanks());
     EXPECT_EQ(sent().value(u"rating"_s), 0);
@@ -169,6 +192,10 @@ TEST_F(FeedbackTest, ThanksStayAsLongAsTheWindow) {
     ASSERT_TRUE(waitForThanks());
     EXPECT_EQ(words(window()), QStringList({u"Grazie davvero."_s,
                                             u"Ogni feedback viene letto e orienta la prossima versione."_s}));
+    const auto symbols = window().findChildren<SymbolView*>();
+    const auto heart = std::ranges::find(symbols, u"heart.fill"_s, &SymbolView::symbol);
+    ASSERT_NE(heart, symbols.end());
+    EXPECT_EQ((*heart)->size(), QSize(36, 36));
     click(window(), u"Chiudi"_s);
     EXPECT_FALSE(window().isVisible());
     controller.show();
