@@ -5,6 +5,7 @@
 ///
 /// usage: dictation_bench BY-HAND [ROUNDS [LONG-ROUNDS]]     BY-HAND is the script that does it by hand
 
+#include "BenchMain.h"
 #include "Table.h"
 #include "desktop/dictation/Home.h"
 #include "desktop/dictation/Program.h"
@@ -16,11 +17,8 @@
 #include "support/Keyboard.h"
 #include "support/Waiting.h"
 
-#include <QApplication>
 #include <QProcess>
 #include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdio>
@@ -197,29 +195,16 @@ int run(const QString& script, int rounds, int longRounds) {
     return table.status();
 }
 
-int argument(std::span<char*> arguments, std::size_t at, int otherwise) {
-    return arguments.size() > at ? QByteArray(arguments[at]).toInt() : otherwise;
-}
-
 }  // namespace
 }  // namespace parlivo::bench
 
 int main(int argc, char** argv) {
     using namespace parlivo::bench;
-    // What the tests' own hands and eyes find wrong ends the measurement.
-    testing::InitGoogleTest(&argc, argv);
-    GTEST_FLAG_SET(throw_on_failure, true);
-    const QApplication application(argc, argv);
-    const std::span arguments(argv, static_cast<std::size_t>(argc));
-    if (arguments.size() < 2) {
+    return runBenchmark(argc, argv, [](std::span<char*> arguments) {
+        if (arguments.size() > 1)
+            return run(QString::fromLocal8Bit(arguments[1]), argument(arguments, 2, 20),
+                       argument(arguments, 3, 5));
         std::fputs("usage: dictation_bench BY-HAND [ROUNDS [LONG-ROUNDS]]\n", stderr);
         return 2;
-    }
-    try {
-        return run(QString::fromLocal8Bit(arguments[1]), argument(arguments, 2, 20),
-                   argument(arguments, 3, 5));
-    } catch (const std::exception& failure) {
-        std::fprintf(stderr, "dictation_bench: %s\n", failure.what());
-        return 2;
-    }
+    });
 }

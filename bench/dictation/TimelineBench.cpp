@@ -5,6 +5,7 @@
 ///
 /// usage: timeline_bench [ROUNDS [LONG-ROUNDS]]
 
+#include "BenchMain.h"
 #include "Table.h"
 #include "desktop/dictation/Home.h"
 #include "desktop/dictation/Program.h"
@@ -14,10 +15,7 @@
 #include "dictation/WithParlivo.h"
 #include "support/Keyboard.h"
 
-#include <QApplication>
 #include <QDir>
-
-#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <span>
@@ -96,24 +94,12 @@ int run(int rounds, int longRounds) {
     return 0;
 }
 
-int argument(std::span<char*> arguments, std::size_t at, int otherwise) {
-    return arguments.size() > at ? QByteArray(arguments[at]).toInt() : otherwise;
-}
-
 }  // namespace
 }  // namespace parlivo::bench
 
 int main(int argc, char** argv) {
     using namespace parlivo::bench;
-    // What the tests' own hands and eyes find wrong ends the measurement.
-    testing::InitGoogleTest(&argc, argv);
-    GTEST_FLAG_SET(throw_on_failure, true);
-    const QApplication application(argc, argv);
-    const std::span arguments(argv, static_cast<std::size_t>(argc));
-    try {
+    return runBenchmark(argc, argv, [](std::span<char*> arguments) {
         return run(argument(arguments, 1, 20), argument(arguments, 2, 3));
-    } catch (const std::exception& failure) {
-        std::fprintf(stderr, "timeline_bench: %s\n", failure.what());
-        return 2;
-    }
+    });
 }
