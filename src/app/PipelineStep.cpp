@@ -99,10 +99,6 @@ void PipelineStep::deliver(const QString& raw) {
 void PipelineStep::copyInsteadOfTyping(const QString& text) {
     Log::info(QStringLiteral("iniezione SALTATA: permesso accessibilità mancante"));
     onMain([text] { Platform::current().pasteboard().setText(text, Pasteboard::History::Keep); });
-    sayThatTextIsOnClipboard();
-}
-
-void PipelineStep::sayThatTextIsOnClipboard() {
     fail(tr("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"), Remedy::OpenLog);
     onMain([] { Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility); });
 }
@@ -121,7 +117,12 @@ void PipelineStep::inject(const QString& text) {
             return fail(tr("Dettatura interrotta"), Remedy::OpenLog);
         case Injector::Outcome::LeftOnClipboard:
             Log::info(QStringLiteral("iniezione NON RIUSCITA: testo negli appunti"));
-            return sayThatTextIsOnClipboard();
+            return fail(tr("Testo negli appunti — la finestra attiva non lo ha preso: incollalo tu"),
+                        Remedy::OpenLog);
+        case Injector::Outcome::RestOnClipboard:
+            Log::info(QStringLiteral("iniezione INTERROTTA: resto del testo negli appunti"));
+            return fail(tr("Il resto è negli appunti — la finestra attiva non lo ha preso: incollalo tu"),
+                        Remedy::OpenLog);
     }
 }
 

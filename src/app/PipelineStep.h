@@ -44,7 +44,6 @@ class PipelineStep {
     QString transcribe(ScopedFile& recording);
     void deliver(const QString& raw);
     void copyInsteadOfTyping(const QString& text);
-    void sayThatTextIsOnClipboard();
     void inject(const QString& text);
     void fail(const QString& message, Remedy remedy);
     void onMain(std::function<void()> job);

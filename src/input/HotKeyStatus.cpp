@@ -17,6 +17,8 @@ std::optional<QString> HotKeyStatus::warning() const {
     if (!refusal_ || !told) return std::nullopt;
     if (refusal_->reason == HotKeyRefusal::Reason::NotSetUp)
         return tr("%1 non è ancora attiva: va assegnata nelle impostazioni").arg(hotKeyTitle());
+    if (refusal_->reason == HotKeyRefusal::Reason::Unusable)
+        return tr("%1 non si può usare in questa sessione: scegli un'altra scorciatoia").arg(hotKeyTitle());
     return tr("%1 è già usata da un altro programma: scegli un'altra scorciatoia").arg(hotKeyTitle());
 }
 

@@ -18,7 +18,7 @@ class HotKeyStatus : public QObject {
     /// The one of the process.
     static HotKeyStatus& shared();
 
-    /// What the user is told while the chosen combination is refused, and may be held by another program;
+    /// What the user is told while the chosen combination is refused;
     /// nullopt while it works.
     std::optional<QString> warning() const;
     enum class Verdict {

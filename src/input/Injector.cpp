@@ -142,6 +142,16 @@ Outcome leaveOnClipboard(const QString& rest) {
     return Outcome::LeftOnClipboard;
 }
 
+/// By other means than those that failed after `progress`.
+Outcome deliverRest(const QString& text, const Progress& progress) {
+    const QString rest = text.sliced(progress.posted);
+    if (!progress.notTaken)
+        Log::info(QStringLiteral("tastiera cambiata durante la digitazione: il resto viene incollato"));
+    const Outcome outcome = progress.notTaken ? leaveOnClipboard(rest) : paste(rest);
+    const bool begun = progress.posted > 0;
+    return begun && outcome == Outcome::LeftOnClipboard ? Outcome::RestOnClipboard : outcome;
+}
+
 }  // namespace
 
 Clock::Duration pauseAfterCharacter(TypingSpeed speed) {
@@ -159,9 +169,7 @@ Outcome typeText(const QString& text) {
     if (progress.posted == text.size()) return Outcome::Delivered;
     if (Clock::interrupted()) return Outcome::CutOff;
     source.reset();  // the user's keyboard state is back before the shortcut
-    if (progress.notTaken) return leaveOnClipboard(text.sliced(progress.posted));
-    Log::info(QStringLiteral("tastiera cambiata durante la digitazione: il resto viene incollato"));
-    return paste(text.sliced(progress.posted));
+    return deliverRest(text, progress);
 }
 
 Outcome paste(const QString& text) {

@@ -15,7 +15,8 @@ namespace parlivo::Injector {
 enum class Outcome {
     Delivered,        ///< all of it is on its way to the focused window
     CutOff,           ///< the program's end came first: some of it, or nothing, was sent
-    LeftOnClipboard,  ///< the rest of it, or all, could not be sent and is on the pasteboard for the user
+    LeftOnClipboard,  ///< nothing of it could be sent: it is on the pasteboard for the user
+    RestOnClipboard,  ///< the same with all that follows what was sent
 };
 
 /// The pause after each character that a typing speed stands for.

@@ -60,8 +60,20 @@ TEST_F(DictationPipelineTest, ATextThatCouldNotBeSentIsAnnouncedOnTheClipboard) 
     dictate(line(u"Ciao."));
     settle();
     EXPECT_EQ(delegate->statusLine(),
-              line(u"⚠️ Testo copiato negli appunti — manca il permesso Accessibilità (menu)"));
+              line(u"⚠️ Testo negli appunti — la finestra attiva non lo ha preso: incollalo tu"));
+    EXPECT_TRUE(platform.workspace().panes.empty()) << "no permission is missing";
     EXPECT_FALSE(logged().join(u'\n').contains(line(u"iniezione completata")));
+    EXPECT_EQ(Config::get(Settings::dictationCount), 0);
+}
+
+TEST_F(DictationPipelineTest, ATextOfWhichTheRestCouldNotBeSentIsAnnouncedAsThat) {
+    injection = Injector::Outcome::RestOnClipboard;
+    launch();
+    dictate(line(u"Ciao."));
+    settle();
+    EXPECT_EQ(delegate->statusLine(),
+              line(u"⚠️ Il resto è negli appunti — la finestra attiva non lo ha preso: incollalo tu"));
+    EXPECT_TRUE(platform.workspace().panes.empty());
     EXPECT_EQ(Config::get(Settings::dictationCount), 0);
 }
 

@@ -133,7 +133,7 @@ TEST_F(InjectorTest, ATextThatTheKeyboardCannotHoldIsPasted) {
 TEST_F(InjectorTest, TheRestOfATextIsPastedWhenTheKeyboardLosesCharacters) {
     platform.keyboard().failsAfter = 3;
     platform.keyboard().canSendShortcuts = false;
-    EXPECT_EQ(Injector::typeText(QStringLiteral("abcdef")), Injector::Outcome::LeftOnClipboard);
+    EXPECT_EQ(Injector::typeText(QStringLiteral("abcdef")), Injector::Outcome::RestOnClipboard);
     EXPECT_EQ(platform.keyboard().typed(), QStringLiteral("abc"));
     EXPECT_EQ(clipboard(), QStringLiteral("def"));
     EXPECT_EQ(platform.pasteboard().sets().back().history, Pasteboard::History::Omit) << "to be pasted";
@@ -186,7 +186,7 @@ TEST_F(InjectorTest, APieceThatIsNotTakenGoesToThePasteboardWithAllThatFollows) 
     platform.keyboard().failsAfter = 1;
     platform.keyboard().canSendShortcuts = false;
     const QString text = QStringLiteral("0123456789").repeated(10);
-    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::LeftOnClipboard);
+    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::RestOnClipboard);
     EXPECT_EQ(platform.keyboard().typed() + clipboard(), text);
 }
 
@@ -195,7 +195,7 @@ TEST_F(InjectorTest, AReceiverThatTakesNothingMoreIsSentNoShortcutEither) {
     platform.keyboard().failsAfter = 1;
     platform.keyboard().failure = Posted::NotTaken;
     const QString text = QStringLiteral("0123456789").repeated(10);
-    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::LeftOnClipboard);
+    EXPECT_EQ(Injector::typeText(text), Injector::Outcome::RestOnClipboard);
     EXPECT_EQ(platform.keyboard().typed() + clipboard(), text);
     EXPECT_EQ(platform.keyboard().strokes().size(), 1);
     EXPECT_EQ(platform.pasteboard().sets().back().history, Pasteboard::History::Keep)

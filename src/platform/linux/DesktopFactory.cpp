@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/DesktopFactory.h"
 
+#include "platform/linux/base/XdgDirectories.h"
 #include "platform/linux/desktop/NullDesktop.h"
 #include "platform/linux/gnome/BoundHotKeyService.h"
 #include "platform/linux/gnome/RemoteKeys.h"
 #include "platform/linux/gnome/RemotePasteboard.h"
 #include "platform/linux/kde/KdeHotKeyService.h"
+#include "platform/linux/kde/KeyGrant.h"
 #include "platform/linux/session/SessionKind.h"
 #include "platform/linux/sway/SwayHotKeyService.h"
 #include "platform/linux/sway/SwayIpc.h"
+#include "platform/linux/wayland/FakeInput.h"
 #include "platform/linux/wayland/NoOpKey.h"
+#include "platform/linux/wayland/SeatKeymap.h"
 #include "platform/linux/wayland/WaylandDesktop.h"
 #include "platform/linux/x11/X11Desktop.h"
 
@@ -31,14 +35,25 @@ std::function<void()> tapNoOpKey() {
     };
 }
 
+/// Empty once KWin lets this program press keys.
+std::function<std::vector<SessionHint>()> kdeHints() {
+    const auto connection = wayland::WaylandConnection::open();
+    if (!connection || wayland::FakeInput::isOffered(*connection)) return nullptr;
+    const kde::KeyGrant grant(QCoreApplication::applicationFilePath(),
+                              XdgDirectories().applicationSupport() + QStringLiteral("/applications"));
+    return [grant] { return grant.hints(); };
+}
+
 /// By what answers in the session, not by the desktop's name.
 HotKeyWay hotKeyWay() {
     const QString swaySocket = qEnvironmentVariable("SWAYSOCK");
     if (sway::SwayIpc::connect(swaySocket))
-        return {std::make_unique<sway::SwayHotKeyService>(swaySocket, tapNoOpKey()),
-                Texts::tr("tasto globale di sway")};
+        return {
+            std::make_unique<sway::SwayHotKeyService>(swaySocket, tapNoOpKey(), wayland::SeatKeymap::open()),
+            Texts::tr("tasto globale di sway")};
     if (kde::KdeHotKeyService::isOffered())
-        return {std::make_unique<kde::KdeHotKeyService>(), Texts::tr("tasto globale di KDE")};
+        return {std::make_unique<kde::KdeHotKeyService>(wayland::SeatKeymap::open()),
+                Texts::tr("tasto globale di KDE"), kdeHints()};
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (gnome::BoundHotKeyService::isOffered(bus)) {
         auto service = std::make_unique<gnome::BoundHotKeyService>(bus);

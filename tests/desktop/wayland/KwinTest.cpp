@@ -5,6 +5,7 @@
 #include "input/Injector.h"
 #include "platform/linux/kde/KdeHotKeyService.h"
 #include "platform/linux/wayland/DataControlPasteboard.h"
+#include "platform/linux/wayland/SeatKeymap.h"
 #include "platform/linux/wayland/WaylandKeyboard.h"
 #include "support/Pipeline.h"
 #include "support/PlatformTest.h"
@@ -87,6 +88,46 @@ TEST_F(KdeHotKeyTest, AKeyThatKdeUsesIsRefused) {
     const auto result = service.registerHotKey(VirtualKey::grave, HotKeyModifier::option, identity);
     ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(result));
     EXPECT_EQ(std::get<HotKeyRefusal>(result).status, EBUSY);
+}
+
+TEST_F(KdeHotKeyTest, AnyCombinationOfTheLayoutWorks) {
+    kde::KdeHotKeyService named(wayland::SeatKeymap::open());
+    const auto own =
+        named.installHandler([this] { edges += u'+'; }, [this] { edges += u'-'; }, [](const auto&) {});
+    // The seat has a keyboard once a key was pressed.
+    hands.tap(KEY_LEFTSHIFT);
+    ASSERT_TRUE(waitFor([&] { return named.keyLabel(*named.keyCodeOf(KEY_E + 8)) == QStringLiteral("E"); }));
+    auto result = named.registerHotKey(*named.keyCodeOf(KEY_E + 8),
+                                       HotKeyModifier::control | HotKeyModifier::option, identity);
+    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<HotKeyRegistration>>(result));
+    hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_E});
+    hands.release({KEY_E, KEY_LEFTALT, KEY_LEFTCTRL});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
+}
+
+TEST_F(KdeHotKeyTest, ATrialOfAnotherCombinationLeavesTheHotKeyAlone) {
+    constexpr HotKeyIdentity trial{.signature = 1, .id = 2};
+    registerOption(VirtualKey::space);
+    auto free = service.registerHotKey(*service.keyCodeOf(KEY_F9 + 8), 0, trial);
+    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<HotKeyRegistration>>(free));
+    std::get<std::unique_ptr<HotKeyRegistration>>(free).reset();
+    const auto taken = service.registerHotKey(VirtualKey::grave, HotKeyModifier::option, trial);
+    ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(taken));
+    EXPECT_EQ(std::get<HotKeyRefusal>(taken).reason, HotKeyRefusal::Reason::Taken);
+    const auto unusable = service.registerHotKey(0x7fff, HotKeyModifier::option, trial);
+    ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(unusable));
+    EXPECT_EQ(std::get<HotKeyRefusal>(unusable).reason, HotKeyRefusal::Reason::Unusable);
+    hands.press({KEY_LEFTALT, KEY_SPACE});
+    hands.release({KEY_SPACE, KEY_LEFTALT});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
+    QDBusInterface component(QStringLiteral("org.kde.kglobalaccel"),
+                             QStringLiteral("/component/it_parlivo_Parlivo"),
+                             QStringLiteral("org.kde.kglobalaccel.Component"));
+    QDBusReply<QStringList> listed;
+    EXPECT_TRUE(waitFor([&] {
+        listed = component.call(QStringLiteral("shortcutNames"));
+        return !listed.value().contains(QStringLiteral("trial"));
+    })) << qPrintable(listed.value().join(u' '));
 }
 
 class EveryKwinReceiver : public PlatformTest, public testing::WithParamInterface<Kind> {};

@@ -3,12 +3,15 @@
 #include "desktop/wayland/Sway.h"
 #include "platform/linux/sway/BindingRecord.h"
 #include "platform/linux/sway/SwayHotKeyService.h"
+#include "platform/linux/wayland/NoOpKey.h"
+#include "platform/linux/wayland/SeatKeymap.h"
 #include "support/Waiting.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <optional>
+#include <tuple>
 
 namespace parlivo::desktop {
 namespace {
@@ -148,10 +151,66 @@ TEST_F(SwayHotKeyTest, WhatWasLeftInAnotherSwayIsNotUndoneHere) {
     EXPECT_TRUE(wasBound("Mod4+49"));
 }
 
+TEST_F(SwayHotKeyTest, AnyCombinationOfThePositionsWorks) {
+    const auto f9 = service->keyCodeOf(KEY_F9 + 8);
+    const auto semicolon = service->keyCodeOf(KEY_SEMICOLON + 8);
+    ASSERT_TRUE(f9 && semicolon);
+    EXPECT_EQ(service->keyCodeOf(KEY_LEFTALT + 8), std::nullopt);
+    auto result = service->registerHotKey(*f9, 0, identity);
+    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<HotKeyRegistration>>(result));
+    hands.tap(KEY_F9);
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
+    std::get<std::unique_ptr<HotKeyRegistration>>(result).reset();
+    result = service->registerHotKey(*semicolon, HotKeyModifier::control | HotKeyModifier::command, identity);
+    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<HotKeyRegistration>>(result));
+    hands.tap(KEY_F9);
+    hands.press({KEY_LEFTCTRL, KEY_LEFTMETA, KEY_SEMICOLON});
+    hands.release({KEY_SEMICOLON, KEY_LEFTMETA, KEY_LEFTCTRL});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-+-"))) << qPrintable(edges);
+}
+
+TEST_F(SwayHotKeyTest, ATrialOfAnotherCombinationLeavesTheHotKeyAlone) {
+    registerOption(VirtualKey::space);
+    constexpr HotKeyIdentity trial{.signature = 1, .id = 2};
+    std::ignore = service->registerHotKey(VirtualKey::grave, HotKeyModifier::option, trial);
+    EXPECT_FALSE(wasBound("Mod1+49"));
+    holdAndRelease();
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
+}
+
+TEST_F(SwayHotKeyTest, KeysAreNamedByTheLayoutInUse) {
+    SwayHotKeyService named(swaySocket(), nullptr, wayland::SeatKeymap::open());
+    hands.tap(KEY_LEFTSHIFT);
+    // The keyboard of these hands is an Italian one.
+    EXPECT_TRUE(waitFor([&] { return named.keyLabel(VirtualKey::grave) == QStringLiteral("\\"); }))
+        << qPrintable(named.keyLabel(VirtualKey::grave));
+    EXPECT_EQ(named.keyLabel(*service->keyCodeOf(KEY_SEMICOLON + 8)), QStringLiteral("Ò"));
+    // Our own keyboards are no user's.
+    const auto tap = wayland::NoOpKey::make();
+    ASSERT_TRUE(tap);
+    tap->tap();
+    letPass(100ms);
+    EXPECT_EQ(named.keyLabel(VirtualKey::grave), QStringLiteral("\\"));
+}
+
 TEST_F(SwayHotKeyTest, AKeyThatNoKeyboardHasIsRefused) {
     const auto result = service->registerHotKey(0x7fff, HotKeyModifier::option, identity);
     ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(result));
-    EXPECT_EQ(std::get<HotKeyRefusal>(result).status, EINVAL);
+    EXPECT_EQ(std::get<HotKeyRefusal>(result),
+              (HotKeyRefusal{.status = EINVAL, .reason = HotKeyRefusal::Reason::Unusable}));
+}
+
+TEST_F(SwayHotKeyTest, WhatTheConfigurationBindsIsTaken) {
+    // As tests/support/desktop writes it.
+    const auto f12 = service->keyCodeOf(KEY_F12 + 8);
+    const auto result = service->registerHotKey(*f12, HotKeyModifier::option, identity);
+    ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(result));
+    EXPECT_EQ(std::get<HotKeyRefusal>(result),
+              (HotKeyRefusal{.status = EBUSY, .reason = HotKeyRefusal::Reason::Taken}));
+    int mayBeFree = 0;
+    service->watchRefused([&] { ++mayBeFree; });
+    sway::command(QStringLiteral("reload"));
+    EXPECT_TRUE(waitFor([&] { return mayBeFree > 0; }));
 }
 
 TEST(SwayHotKeyWithoutSwayTest, IsRefused) {

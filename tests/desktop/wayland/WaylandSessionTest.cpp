@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 using Kind = WaylandReceiver::Kind;
 
 const QString onClipboard =
-    QStringLiteral("⚠️ Testo copiato negli appunti — manca il permesso Accessibilità (menu)");
+    QStringLiteral("⚠️ Testo negli appunti — la finestra attiva non lo ha preso: incollalo tu");
 const QString ownWindows = QStringLiteral("it.parlivo.Parlivo");
 const QString spoken = QStringLiteral("Perché no? «Sì» — 12 € 👍🏽");
 const QString recogniserUrl = QStringLiteral("http://127.0.0.1:8765/");
@@ -193,6 +193,94 @@ TEST_F(WaylandSessionTest, InToggleModeOnePressStartsAndTheNextStops) {
     press();
     EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
     release();
+}
+
+TEST_F(WaylandSessionTest, AnUnpluggedScreenTakesNothingAway) {
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk3);
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    startRecording(program);
+    EXPECT_TRUE(waitFor(isCardShown));
+    sway::command(QStringLiteral("output HEADLESS-1 disable"));
+    letPass(400ms);
+    EXPECT_EQ(program.state(), QStringLiteral("recording"));
+    sway::command(QStringLiteral("output HEADLESS-1 enable"));
+    receiver.focus();
+    release();
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
+    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
+    // The next one has its card again.
+    startRecording(program);
+    EXPECT_TRUE(waitFor(isCardShown));
+    letPass(400ms);
+    release();
+    EXPECT_TRUE(receiver.waitForText(spoken + spoken)) << qPrintable(receiver.text());
+}
+
+TEST_F(WaylandSessionTest, WithoutAScreenTheTextIsNotLost) {
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk3);
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    startRecording(program);
+    sway::command(QStringLiteral("output HEADLESS-1 disable"));
+    letPass(400ms);
+    release();
+    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
+    // sway may keep the focus of a window that nobody sees.
+    EXPECT_TRUE(waitFor([&] {
+        const bool told = program.statusText() == onClipboard && sway::clipboard() == spoken.toUtf8();
+        return receiver.text() == spoken || told;
+    })) << qPrintable(program.statusText())
+        << qPrintable(receiver.text());
+}
+
+TEST_F(WaylandSessionTest, BehindALockedScreenTheTextGoesToTheClipboardAndThatIsSaid) {
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk3);
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    startRecording(program);
+    // It returns when the screen is locked, and ends with the compositor.
+    ASSERT_EQ(QProcess::execute(QStringLiteral("swaylock"), {QStringLiteral("--daemonize")}), 0);
+    letPass(400ms);
+    release();
+    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
+    EXPECT_TRUE(waitFor([&] { return program.statusText() == onClipboard; }))
+        << qPrintable(program.statusText());
+    EXPECT_EQ(receiver.text(), QString());
+    EXPECT_EQ(sway::clipboard(), spoken.toUtf8());
+}
+
+TEST_F(WaylandSessionTest, TheFocusMayChangeWhileTheUserSpeaksAndWhileTheTextComes) {
+    const QString longText = (spoken + u' ').repeated(20).trimmed();
+    settle({{QStringLiteral("typingSpeed"), QStringLiteral("natural")}});
+    StubRecogniser stub(longText);
+    const WaylandReceiver first(Kind::Gtk3);
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    startRecording(program);
+    letPass(400ms);
+    const WaylandReceiver second(Kind::Gtk4);
+    release();
+    ASSERT_TRUE(waitFor([&] { return !second.text().isEmpty(); }));
+    first.focus();
+    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
+    EXPECT_TRUE(waitFor([&] { return second.text() + first.text() == longText; }))
+        << qPrintable(second.text()) << "\n---\n"
+        << qPrintable(first.text());
+}
+
+TEST_F(WaylandSessionTest, TheProgramEndsWithItsCompositor) {
+    Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    startRecording(program);
+    QFile pid(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/desktop/sway.pid"));
+    ASSERT_TRUE(pid.open(QIODevice::ReadOnly));
+    ASSERT_EQ(kill(pid.readAll().trimmed().toInt(), SIGKILL), 0);
+    program.waitForExit();
+    EXPECT_FALSE(program.isRunning());
 }
 
 TEST_F(WaylandSessionTest, TheWindowsWork) {

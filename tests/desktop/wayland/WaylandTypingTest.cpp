@@ -164,7 +164,7 @@ TEST_F(WaylandTypingTest, WhatAFrozenReceiverDoesNotTakeGoesToTheClipboard) {
     ASSERT_TRUE(waitFor([&] { return !receiver.text().isEmpty(); }));
     receiver.freeze();
     EXPECT_TRUE(pipeline_.finish());
-    EXPECT_EQ(outcome_, Injector::Outcome::LeftOnClipboard);
+    EXPECT_EQ(outcome_, Injector::Outcome::RestOnClipboard);
     const QString rest = QString::fromUtf8(sway::clipboard());
     EXPECT_FALSE(rest.isEmpty());
     receiver.thaw();

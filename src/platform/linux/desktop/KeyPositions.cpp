@@ -81,4 +81,8 @@ std::optional<KeyCode> keyCodeOf(std::uint32_t kernelCode) {
     return found == positions.end() ? VirtualKey::firstKernelCode + kernelCode : found->key;
 }
 
+std::optional<KeyCode> keyCodeOfDisplays(std::uint32_t displayCode) {
+    return displayCode < displayOffset ? std::nullopt : keyCodeOf(displayCode - displayOffset);
+}
+
 }  // namespace parlivo::KeyPositions

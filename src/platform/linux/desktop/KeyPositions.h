@@ -18,5 +18,7 @@ std::optional<std::uint32_t> kernelCodeOf(KeyCode key);
 /// The inverse. A key without a code of its own in the port counts from VirtualKey::firstKernelCode on.
 /// nullopt for modifiers and locks, which can be no hot key.
 std::optional<KeyCode> keyCodeOf(std::uint32_t kernelCode);
+/// The same from the code that X or Wayland's keymaps count by.
+std::optional<KeyCode> keyCodeOfDisplays(std::uint32_t displayCode);
 
 }  // namespace parlivo::KeyPositions

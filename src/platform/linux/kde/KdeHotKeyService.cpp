@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/kde/KdeHotKeyService.h"
 
+#include "platform/linux/desktop/KeyPositions.h"
 #include "platform/linux/kde/KdeKeys.h"
 
 #include <QDBusConnectionInterface>
@@ -23,8 +24,12 @@ const QString interface = QStringLiteral("org.kde.KGlobalAccel");
 const QString componentInterface = QStringLiteral("org.kde.kglobalaccel.Component");
 
 /// Name and title of the component and of the action, as the desktop's settings list them.
-const QStringList action{QStringLiteral("it.parlivo.Parlivo"), QStringLiteral("dictate"),
-                         QStringLiteral("Parlivo"), QStringLiteral("Detta")};
+const QStringList dictate{QStringLiteral("it.parlivo.Parlivo"), QStringLiteral("dictate"),
+                          QStringLiteral("Parlivo"), QStringLiteral("Detta")};
+/// For a moment, to see whether a combination can be had.
+const QStringList trial{QStringLiteral("it.parlivo.Parlivo"), QStringLiteral("trial"),
+                        QStringLiteral("Parlivo"), QStringLiteral("Prova")};
+constexpr std::uint32_t dictateId = 1;
 
 /// KGlobalAccel's flags of setShortcut.
 constexpr unsigned setPresent = 2;
@@ -48,16 +53,18 @@ QList<int> keysOf(const QDBusMessage& reply) {
 
 class KdeHotKeyService::Registration : public HotKeyRegistration {
   public:
-    explicit Registration(KdeHotKeyService& service) : service_(service) {}
+    Registration(KdeHotKeyService& service, QStringList action)
+        : service_(service), action_(std::move(action)) {}
     ~Registration() override {
-        service_.giveUp();
-        service_.edges_.release();
+        service_.giveUp(action_);
+        if (action_ == dictate) service_.edges_.release();
     }
     Registration(const Registration&) = delete;
     Registration& operator=(const Registration&) = delete;
 
   private:
     KdeHotKeyService& service_;
+    const QStringList action_;
 };
 
 bool KdeHotKeyService::isOffered() {
@@ -65,7 +72,8 @@ bool KdeHotKeyService::isOffered() {
     return names && names->isServiceRegistered(service).value();
 }
 
-KdeHotKeyService::KdeHotKeyService() : bus_(QDBusConnection::sessionBus()) {
+KdeHotKeyService::KdeHotKeyService(std::unique_ptr<KeyLayout> layout)
+    : layout_(std::move(layout)), bus_(QDBusConnection::sessionBus()) {
     qDBusRegisterMetaType<QList<int>>();
 }
 
@@ -76,16 +84,30 @@ std::unique_ptr<HotKeyHandler> KdeHotKeyService::installHandler(Edge pressed, Ed
 }
 
 HotKeyService::Result KdeHotKeyService::registerHotKey(KeyCode key, HotKeyModifiers modifiers,
-                                                       HotKeyIdentity) {
-    const auto combination = combinationOf(key, modifiers);
-    if (!combination) return HotKeyRefusal{EINVAL};
-    if (const int error = take(*combination); error != 0) return HotKeyRefusal{error};
-    return std::make_unique<Registration>(*this);
+                                                       HotKeyIdentity identity) {
+    const auto position = KeyPositions::kernelCodeOf(key);
+    const char32_t printed = layout_ && position ? layout_->character(*position) : 0;
+    const auto combination = combinationOf(key, modifiers, printed);
+    if (!combination) return HotKeyRefusal{EINVAL, HotKeyRefusal::Reason::Unusable};
+    const QStringList& action = identity.id == dictateId ? dictate : trial;
+    const int error = take(action, *combination);
+    if (error == ENOTCONN) return HotKeyRefusal{error, HotKeyRefusal::Reason::Unusable};
+    if (error != 0) return HotKeyRefusal{error};
+    return std::make_unique<Registration>(*this, action);
+}
+
+std::optional<KeyCode> KdeHotKeyService::keyCodeOf(std::uint32_t nativeScanCode) const {
+    return KeyPositions::keyCodeOfDisplays(nativeScanCode);
+}
+
+QString KdeHotKeyService::keyLabel(KeyCode key) {
+    const auto position = KeyPositions::kernelCodeOf(key);
+    return layout_ && position ? layout_->label(*position) : QString();
 }
 
 /// The default is what was chosen here. As long as that stays, what the user chose in the desktop's settings
 /// instead goes before it.
-int KdeHotKeyService::take(int combination) {
+int KdeHotKeyService::take(const QStringList& action, int combination) {
     const QList<int> wanted{combination};
     if (ask(bus_, QStringLiteral("doRegister"), {action}).type() != QDBusMessage::ReplyMessage)
         return ENOTCONN;
@@ -97,19 +119,22 @@ int KdeHotKeyService::take(int combination) {
     set(isDefault);
     const QList<int> taken = set(sameAsBefore ? setPresent : setPresent | noAutoloading);
     if (taken.isEmpty() || taken.first() == 0 || !listen()) {
-        giveUp();
+        giveUp(action);
         return EBUSY;
     }
     return 0;
 }
 
-void KdeHotKeyService::giveUp() {
-    ask(bus_, QStringLiteral("setInactive"), {action});
+void KdeHotKeyService::giveUp(const QStringList& action) {
+    if (action == dictate)
+        ask(bus_, QStringLiteral("setInactive"), {action});
+    else
+        ask(bus_, QStringLiteral("unregister"), {action.at(0), action.at(1)});
 }
 
 bool KdeHotKeyService::listen() {
     if (!component_.isEmpty()) return true;
-    const QDBusReply<QDBusObjectPath> path(ask(bus_, QStringLiteral("getComponent"), {action.first()}));
+    const QDBusReply<QDBusObjectPath> path(ask(bus_, QStringLiteral("getComponent"), {dictate.first()}));
     if (!path.isValid()) return false;
     component_ = path.value().path();
     return bus_.connect(service, component_, componentInterface, QStringLiteral("globalShortcutPressed"),
@@ -119,11 +144,11 @@ bool KdeHotKeyService::listen() {
 }
 
 void KdeHotKeyService::pressed(const QString&, const QString& name, qlonglong) {
-    if (name == action.at(1)) edges_.press();
+    if (name == dictate.at(1)) edges_.press();
 }
 
 void KdeHotKeyService::released(const QString&, const QString& name, qlonglong) {
-    if (name == action.at(1)) edges_.release();
+    if (name == dictate.at(1)) edges_.release();
 }
 
 }  // namespace parlivo::kde

@@ -3,12 +3,15 @@
 
 #include "platform/HotKeyService.h"
 #include "platform/linux/desktop/HotKeyEdges.h"
+#include "platform/linux/desktop/KeyLayout.h"
 
 #include <QDBusConnection>
 #include <QObject>
 #include <QStringList>
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace parlivo::kde {
 
@@ -24,7 +27,8 @@ class KdeHotKeyService : public QObject, public HotKeyService {
     /// Whether the service answers on the session bus. Any thread.
     static bool isOffered();
 
-    KdeHotKeyService();
+    /// With a null `layout` only keys that all layouts have in common can be registered.
+    explicit KdeHotKeyService(std::unique_ptr<KeyLayout> layout = nullptr);
     ~KdeHotKeyService() override;
     KdeHotKeyService(const KdeHotKeyService&) = delete;
     KdeHotKeyService& operator=(const KdeHotKeyService&) = delete;
@@ -32,7 +36,11 @@ class KdeHotKeyService : public QObject, public HotKeyService {
     std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
     /// The status is an errno: EINVAL for a key that the service has no name for, EBUSY for a combination
     /// that another program holds, ENOTCONN if the service does not answer.
+    /// What is registered with another number than 1 is not listed once it is given up.
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+    Contention contention() const override { return Contention::Common; }
+    std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
+    QString keyLabel(KeyCode key) override;
 
   private Q_SLOTS:
     void pressed(const QString& component, const QString& action, qlonglong time);
@@ -42,10 +50,11 @@ class KdeHotKeyService : public QObject, public HotKeyService {
     class Registration;
 
     /// 0 or the errno.
-    int take(int combination);
-    void giveUp();
+    int take(const QStringList& action, int combination);
+    void giveUp(const QStringList& action);
     bool listen();
 
+    const std::unique_ptr<KeyLayout> layout_;
     QDBusConnection bus_;
     HotKeyEdges edges_;
     QString component_;  // its object's path, once it is known

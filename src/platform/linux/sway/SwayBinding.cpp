@@ -1,25 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/sway/SwayBinding.h"
 
-#include <linux/input-event-codes.h>
+#include "platform/linux/desktop/KeyPositions.h"
 
-#include <algorithm>
 #include <array>
-#include <cstdint>
 
 namespace parlivo::sway {
 
 namespace {
-
-/// sway counts positions as X does.
-constexpr std::uint32_t codeOffset = 8;
-
-struct Position {
-    KeyCode key;
-    std::uint32_t kernelCode;
-};
-constexpr std::array positions{Position{VirtualKey::space, KEY_SPACE},
-                               Position{VirtualKey::grave, KEY_GRAVE}};
 
 struct Modifier {
     HotKeyModifiers mask;
@@ -48,13 +36,13 @@ QByteArray Binding::unbindRelease() const {
 }
 
 std::optional<Binding> bindingOf(KeyCode key, HotKeyModifiers modifiers) {
-    const auto position = std::ranges::find(positions, key, &Position::key);
-    if (position == positions.end()) return std::nullopt;
+    const auto position = KeyPositions::kernelCodeOf(key);
+    if (!position) return std::nullopt;
     QByteArray chord;
     for (const auto& [mask, name] : modifierNames) {
         if ((modifiers & mask) != 0) chord += QByteArray(name) + '+';
     }
-    return Binding{chord + QByteArray::number(position->kernelCode + codeOffset)};
+    return Binding{chord + QByteArray::number(*position + KeyPositions::displayOffset)};
 }
 
 }  // namespace parlivo::sway

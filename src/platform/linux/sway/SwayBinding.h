@@ -24,7 +24,7 @@ struct Binding {
     QByteArray unbindRelease() const;
 };
 
-/// nullopt if no keyboard has the key.
+/// sway counts positions as X does. nullopt if no keyboard has the key.
 std::optional<Binding> bindingOf(KeyCode key, HotKeyModifiers modifiers);
 
 }  // namespace parlivo::sway

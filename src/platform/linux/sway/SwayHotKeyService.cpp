@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/sway/SwayHotKeyService.h"
 
+#include "platform/linux/desktop/KeyPositions.h"
+#include "platform/linux/sway/SwayConfiguration.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -34,8 +37,12 @@ class SwayHotKeyService::Registration : public HotKeyRegistration {
     const Binding binding_;
 };
 
-SwayHotKeyService::SwayHotKeyService(QString socketPath, std::function<void()> tapNoOpKey)
-    : socketPath_(std::move(socketPath)), tapNoOpKey_(std::move(tapNoOpKey)), record_(socketPath_) {}
+SwayHotKeyService::SwayHotKeyService(QString socketPath, std::function<void()> tapNoOpKey,
+                                     std::unique_ptr<KeyLayout> layout)
+    : socketPath_(std::move(socketPath)),
+      tapNoOpKey_(std::move(tapNoOpKey)),
+      layout_(std::move(layout)),
+      record_(socketPath_) {}
 
 SwayHotKeyService::~SwayHotKeyService() = default;
 
@@ -62,11 +69,32 @@ std::unique_ptr<HotKeyHandler> SwayHotKeyService::installHandler(Edge pressed, E
 HotKeyService::Result SwayHotKeyService::registerHotKey(KeyCode key, HotKeyModifiers modifiers,
                                                         HotKeyIdentity) {
     const auto binding = bindingOf(key, modifiers);
-    if (!binding) return HotKeyRefusal{EINVAL};
-    if (!ensureConversation()) return HotKeyRefusal{ENOTCONN};
+    if (!binding) return HotKeyRefusal{EINVAL, HotKeyRefusal::Reason::Unusable};
+    if (!ensureConversation()) return HotKeyRefusal{ENOTCONN, HotKeyRefusal::Reason::Unusable};
+    if (isUsers(key, modifiers)) return HotKeyRefusal{EBUSY};
     if (registrations_.empty()) undoLeftBindings();
     if (const int error = bind(*binding); error != 0) return HotKeyRefusal{error};
     return std::make_unique<Registration>(*this, *binding);
+}
+
+/// sway would give us the combination all the same, and forget a binding by position that was there before.
+bool SwayHotKeyService::isUsers(KeyCode key, HotKeyModifiers modifiers) {
+    const auto reply = commands_->request(MessageType::getConfiguration, {});
+    const auto position = KeyPositions::kernelCodeOf(key);
+    if (!reply || !position) return false;
+    const QString text = QJsonDocument::fromJson(*reply).object().value(QLatin1String("config")).toString();
+    const QString symbol = layout_ ? layout_->symbolName(*position) : QString();
+    return configurationBinds(
+        text, {.modifiers = modifiers, .code = *position + KeyPositions::displayOffset, .symbol = symbol});
+}
+
+std::optional<KeyCode> SwayHotKeyService::keyCodeOf(std::uint32_t nativeScanCode) const {
+    return KeyPositions::keyCodeOfDisplays(nativeScanCode);
+}
+
+QString SwayHotKeyService::keyLabel(KeyCode key) {
+    const auto position = KeyPositions::kernelCodeOf(key);
+    return layout_ && position ? layout_->label(*position) : QString();
 }
 
 int SwayHotKeyService::bind(const Binding& binding) {
@@ -116,7 +144,7 @@ void SwayHotKeyService::takeEvents() {
 void SwayHotKeyService::handle(const Message& event) {
     const QJsonObject content = QJsonDocument::fromJson(event.payload).object();
     if (event.type == MessageType::workspaceEvent) {
-        if (content.value(QLatin1String("change")) == QLatin1String("reload")) rebind();
+        if (content.value(QLatin1String("change")) == QLatin1String("reload")) reloaded();
         return;
     }
     if (event.type != MessageType::bindingEvent) return;
@@ -124,12 +152,18 @@ void SwayHotKeyService::handle(const Message& event) {
     const QString command = binding.value(QLatin1String("command")).toString();
     if (command.endsWith(QLatin1String(pressMark))) {
         // First: a quick user lets go of Alt while the press is dealt with.
-        if (binding.value(QLatin1String("event_state_mask")).toArray().contains(QLatin1String("Mod1")))
+        if (tapNoOpKey_ &&
+            binding.value(QLatin1String("event_state_mask")).toArray().contains(QLatin1String("Mod1")))
             tapNoOpKey_();
         edges_.press();
     } else if (command.endsWith(QLatin1String(releaseMark))) {
         edges_.release();
     }
+}
+
+void SwayHotKeyService::reloaded() {
+    rebind();
+    if (const auto mayBeFree = mayBeFree_) mayBeFree();
 }
 
 /// After a reload only the bindings of the configuration are left.

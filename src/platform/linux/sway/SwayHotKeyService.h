@@ -3,6 +3,7 @@
 
 #include "platform/HotKeyService.h"
 #include "platform/linux/desktop/HotKeyEdges.h"
+#include "platform/linux/desktop/KeyLayout.h"
 #include "platform/linux/sway/BindingRecord.h"
 #include "platform/linux/sway/SwayBinding.h"
 #include "platform/linux/sway/SwayIpc.h"
@@ -13,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace parlivo::sway {
@@ -28,21 +30,27 @@ class SwayHotKeyService : public HotKeyService {
     /// For the sway that listens on this socket (variable SWAYSOCK). It is asked at the first registration.
     /// `tapNoOpKey` is called at each press of a hot key with Alt: the focused window sees Alt go down and up
     /// with no key between, which opens the menu bar of many programs.
-    explicit SwayHotKeyService(
-        QString socketPath, std::function<void()> tapNoOpKey = [] {});
+    /// With a null `layout` only bindings by position are known to be the user's.
+    explicit SwayHotKeyService(QString socketPath, std::function<void()> tapNoOpKey = nullptr,
+                               std::unique_ptr<KeyLayout> layout = nullptr);
     ~SwayHotKeyService() override;
     SwayHotKeyService(const SwayHotKeyService&) = delete;
     SwayHotKeyService& operator=(const SwayHotKeyService&) = delete;
 
     std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
-    /// The status is an errno: EINVAL for a key that no keyboard has, EBUSY if sway refuses the binding,
-    /// ENOTCONN if it does not answer.
+    /// The status is an errno: EINVAL for a key that no keyboard has, EBUSY if sway's configuration binds the
+    /// combination or sway refuses it, ENOTCONN if it does not answer.
     Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+    Contention contention() const override { return Contention::Common; }
+    std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
+    void watchRefused(std::function<void()> mayBeFree) override { mayBeFree_ = std::move(mayBeFree); }
+    QString keyLabel(KeyCode key) override;
 
   private:
     class Registration;
 
     bool ensureConversation();
+    bool isUsers(KeyCode key, HotKeyModifiers modifiers);
     /// 0 or the errno.
     int bind(const Binding& binding);
     void unbind(const Binding& binding);
@@ -50,12 +58,15 @@ class SwayHotKeyService : public HotKeyService {
     void undoLeftBindings();
     void takeEvents();
     void handle(const Message& event);
+    void reloaded();
     void rebind();
     void conversationEnded();
 
     const QString socketPath_;
     const std::function<void()> tapNoOpKey_;
+    const std::unique_ptr<KeyLayout> layout_;
     const BindingRecord record_;
+    std::function<void()> mayBeFree_;
     // Replies and events come on connections of their own, so that waiting for one delays none of the other.
     std::optional<SwayIpc> commands_;
     std::optional<SwayIpc> events_;

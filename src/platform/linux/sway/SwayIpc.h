@@ -16,6 +16,7 @@ namespace parlivo::sway {
 namespace MessageType {
 inline constexpr std::uint32_t runCommand = 0;
 inline constexpr std::uint32_t subscribe = 2;
+inline constexpr std::uint32_t getConfiguration = 9;
 inline constexpr std::uint32_t workspaceEvent = 0x80000000;
 inline constexpr std::uint32_t bindingEvent = 0x80000005;
 }  // namespace MessageType

@@ -41,6 +41,12 @@ xkb_keymap* compileKeymap(const std::string& layout) {
     return xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
 }
 
+/// Empty if it cannot be written.
+QByteArray textOf(xkb_keymap* keymap) {
+    const std::unique_ptr<char, Free> text(xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1));
+    return {text.get()};
+}
+
 }  // namespace
 
 bool VirtualKeyboard::isOffered(WaylandConnection& connection) {
@@ -99,15 +105,18 @@ bool VirtualKeyboard::ensureKeyboard() {
     return keyboard_ && sendKeymap() && connection_.roundTrip();
 }
 
+QByteArray VirtualKeyboard::keymapText(const std::string& layout) {
+    const std::unique_ptr<xkb_keymap, Unref> keymap(compileKeymap(layout));
+    return keymap ? textOf(keymap.get()) : QByteArray();
+}
+
 bool VirtualKeyboard::sendKeymap() {
-    const std::unique_ptr<char, Free> text(
-        xkb_keymap_get_as_string(keymap_.get(), XKB_KEYMAP_FORMAT_TEXT_V1));
-    if (!text) return false;
-    const std::string_view characters(text.get());
-    const std::size_t size = characters.size() + 1;  // with the zero at its end
+    const QByteArray text = textOf(keymap_.get());
+    if (text.isEmpty()) return false;
+    const auto size = static_cast<std::size_t>(text.size()) + 1;  // with the zero at its end
     const auto memory = SharedMemory::make(size);
     if (!memory) return false;
-    std::ranges::copy(std::as_bytes(std::span(text.get(), size)), memory->bytes().begin());
+    std::ranges::copy(std::as_bytes(std::span(text.constData(), size)), memory->bytes().begin());
     zwp_virtual_keyboard_v1_keymap(keyboard_, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, memory->descriptor(),
                                    static_cast<std::uint32_t>(size));
     return true;

@@ -4,6 +4,8 @@
 #include "platform/linux/wayland/ChordKeys.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 
+#include <QByteArray>
+
 #include <xkbcommon/xkbcommon.h>
 
 #include <memory>
@@ -21,14 +23,19 @@ namespace parlivo::wayland {
 /// ignores keyboards that lack common keys; the layout changes nothing for keys such as Insert.
 class VirtualKeyboard : public ChordKeys {
   public:
+    static constexpr const char* usualLayout = "us";
+
     /// `layout` as XKB names it. The connection must outlive this.
-    explicit VirtualKeyboard(WaylandConnection& connection, std::string layout = "us");
+    explicit VirtualKeyboard(WaylandConnection& connection, std::string layout = usualLayout);
     ~VirtualKeyboard() override;
     VirtualKeyboard(const VirtualKeyboard&) = delete;
     VirtualKeyboard& operator=(const VirtualKeyboard&) = delete;
 
     /// Whether the compositor lets programs have one.
     static bool isOffered(WaylandConnection& connection);
+
+    /// The keymap that the compositor is given for a layout; empty if it cannot be made.
+    static QByteArray keymapText(const std::string& layout = usualLayout);
 
     void prepare() override;
     bool press(std::span<const std::uint32_t> keys) override;

@@ -2,6 +2,7 @@
 #include "platform/linux/wayland/WaylandDesktop.h"
 
 #include "platform/linux/base/InheritedEnvironment.h"
+#include "platform/linux/desktop/OwnKeyHint.h"
 #include "platform/linux/wayland/DataControlPasteboard.h"
 #include "platform/linux/wayland/FakeInput.h"
 #include "platform/linux/wayland/LayerPanels.h"
@@ -12,6 +13,7 @@
 #include <QDir>
 #include <QLibraryInfo>
 
+#include <algorithm>
 #include <utility>
 
 namespace parlivo {
@@ -112,7 +114,23 @@ std::optional<QString> WaylandDesktop::startProblem() {
 }
 
 std::vector<SessionHint> WaylandDesktop::sessionHints() {
-    return hotKey().hints ? hotKey().hints() : std::vector<SessionHint>();
+    auto hints = hotKey().hints ? hotKey().hints() : std::vector<SessionHint>();
+    const auto saysSomethingOn = [&](SessionHint::Topic topic) {
+        return std::ranges::find(hints, topic, &SessionHint::topic) != hints.end();
+    };
+    if (hotKeys().edges() == HotKeyService::Edges::None && !saysSomethingOn(SessionHint::Topic::HotKey))
+        hints.push_back(ownKeyHint());
+    if (!canDeliverText() && !saysSomethingOn(SessionHint::Topic::Text)) {
+        hints.push_back(
+            {.topic = SessionHint::Topic::Text,
+             .text = QCoreApplication::translate(
+                 "parlivo::WaylandDesktop",
+                 "Questa sessione non lascia che i programmi scrivano: il testo dettato va negli appunti, da dove lo incolli tu."),
+             .lines = {},
+             .actionLabel = {},
+             .action = {}});
+    }
+    return hints;
 }
 
 QString WaylandDesktop::summary() {

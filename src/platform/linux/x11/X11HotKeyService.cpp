@@ -58,21 +58,6 @@ bool isDownOnMaster(xcb_connection_t* connection, xcb_keycode_t key) {
 
 }  // namespace
 
-class X11HotKeyService::Handler : public HotKeyHandler {
-  public:
-    explicit Handler(X11HotKeyService& service) : service_(service) {}
-    ~Handler() override {
-        service_.pressed_ = nullptr;
-        service_.released_ = nullptr;
-        service_.changed_ = nullptr;
-    }
-    Handler(const Handler&) = delete;
-    Handler& operator=(const Handler&) = delete;
-
-  private:
-    X11HotKeyService& service_;
-};
-
 class X11HotKeyService::Registration : public HotKeyRegistration {
   public:
     Registration(X11HotKeyService& service, x11::KeyCombination combination, x11::KeyGrab grab)
@@ -127,10 +112,7 @@ X11HotKeyService::X11HotKeyService() {
 X11HotKeyService::~X11HotKeyService() = default;
 
 std::unique_ptr<HotKeyHandler> X11HotKeyService::installHandler(Edge pressed, Edge released, Change changed) {
-    pressed_ = std::move(pressed);
-    released_ = std::move(released);
-    changed_ = std::move(changed);
-    return std::make_unique<Handler>(*this);
+    return edges_.install(std::move(pressed), std::move(released), std::move(changed));
 }
 
 HotKeyService::Result X11HotKeyService::registerHotKey(KeyCode key, HotKeyModifiers modifiers,
@@ -147,8 +129,7 @@ HotKeyService::Result X11HotKeyService::registerHotKey(KeyCode key, HotKeyModifi
 }
 
 std::optional<KeyCode> X11HotKeyService::keyCodeOf(std::uint32_t nativeScanCode) const {
-    if (nativeScanCode < KeyPositions::displayOffset) return std::nullopt;
-    return KeyPositions::keyCodeOf(nativeScanCode - KeyPositions::displayOffset);
+    return KeyPositions::keyCodeOfDisplays(nativeScanCode);
 }
 
 void X11HotKeyService::watchRefused(std::function<void()> mayBeFree) {
@@ -241,9 +222,9 @@ void X11HotKeyService::keyPressed(const x11::GrabbedKey& key) {
     if (hold_ || !isHotKey(key)) return;
     // A grab of a single keyboard comes before even these.
     const bool ignored = key.keyboard != 0 && isKeyboardTaken();
-    hold_ = Hold{.key = key.key, .keyboard = key.keyboard, .number = ++holds_, .releaseDue = !ignored};
+    hold_ = Hold{.key = key.key, .keyboard = key.keyboard, .number = ++holds_};
     holdCheck_.start();
-    if (const Edge pressed = pressed_; pressed && !ignored) pressed();
+    if (!ignored) edges_.press();
 }
 
 void X11HotKeyService::keyReleased(const x11::GrabbedKey& key) {
@@ -276,16 +257,10 @@ bool X11HotKeyService::isDown(const Hold& hold) const {
                               : x11::isDownOn(connection_.get(), hold.keyboard, hold.key);
 }
 
-void X11HotKeyService::deliverRelease() {
-    if (!hold_ || !std::exchange(hold_->releaseDue, false)) return;
-    if (const Edge released = released_) released();
-}
-
 void X11HotKeyService::endHold() {
     holdCheck_.stop();
-    const auto ended = std::exchange(hold_, std::nullopt);
-    if (!ended || !ended->releaseDue) return;
-    if (const Edge released = released_) released();
+    hold_.reset();
+    edges_.release();
 }
 
 void X11HotKeyService::checkHold() {
@@ -314,15 +289,13 @@ void X11HotKeyService::regrabAll(bool locksMoved) {
         registration->regrab(locks_);
         if (registration->error() != before) outcome = registration->error();
     }
-    const Change changed = changed_;
-    if (!changed || !outcome) return;
-    changed(*outcome == 0 ? std::nullopt : std::optional(refusal(*outcome)));
+    if (outcome) edges_.tell(*outcome == 0 ? std::nullopt : std::optional(refusal(*outcome)));
 }
 
 void X11HotKeyService::remove(const Registration* registration) {
     std::erase(registrations_, registration);
     // The key may still be down: its receiver has the release now, and its repeats start nothing new.
-    if (hold_ && hold_->key == registration->combination().key) deliverRelease();
+    if (hold_ && hold_->key == registration->combination().key) edges_.release();
 }
 
 }  // namespace parlivo

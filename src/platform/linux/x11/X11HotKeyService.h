@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/HotKeyService.h"
+#include "platform/linux/desktop/HotKeyEdges.h"
 #include "platform/linux/x11/HotKeyEvents.h"
 #include "platform/linux/x11/KeyGrab.h"
 #include "platform/linux/x11/LockModifiers.h"
@@ -49,7 +50,6 @@ class X11HotKeyService : public HotKeyService {
     QString keyLabel(KeyCode key) override;
 
   private:
-    class Handler;
     class Registration;
 
     /// A hot key that went down and has not come up.
@@ -57,7 +57,6 @@ class X11HotKeyService : public HotKeyService {
         xcb_keycode_t key = 0;
         x11::KeyboardId keyboard = 0;
         std::uint32_t number = 0;
-        bool releaseDue = true;
     };
 
     /// The XCB_CONN_ number, or 0.
@@ -71,7 +70,6 @@ class X11HotKeyService : public HotKeyService {
     /// Whether another client has the whole keyboard: a menu, a screen lock.
     bool isKeyboardTaken() const;
     bool isDown(const Hold& hold) const;
-    void deliverRelease();
     void endHold();
     /// Notices a release that was not reported, as when the keyboard goes away while the key is down.
     void checkHold();
@@ -88,9 +86,7 @@ class X11HotKeyService : public HotKeyService {
     std::optional<x11::HotKeyEvents> events_;
     x11::LockModifiers locks_;
     std::vector<Registration*> registrations_;
-    Edge pressed_;
-    Edge released_;
-    Change changed_;
+    HotKeyEdges edges_;
     std::optional<Hold> hold_;
     std::function<void()> mayBeFree_;
     xcb_atom_t windowManagerCheck_ = XCB_ATOM_NONE;
