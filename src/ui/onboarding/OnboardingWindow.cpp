@@ -53,7 +53,7 @@ QString styleSheetText() {
            "QPushButton#plain { background: transparent; border: 1px solid transparent; }"
            "QPushButton#plain:hover { text-decoration: underline; }"
            "QPushButton#plain:focus { border: 2px solid #967a4b; padding: 5px 15px; }"
-           "QProgressBar { background: #ddd5c6; border: 1px solid #857d6d; border-radius: 4px; max-height: 8px; }"
+           "QProgressBar { background: #ddd5c6; border: 1px solid #756d5e; border-radius: 4px; max-height: 8px; }"
            "QProgressBar::chunk { background: #38322b; border-radius: 3px; }"_s;
 }
 

@@ -12,8 +12,9 @@ namespace {
 
 constexpr std::chrono::milliseconds trayTimeout{2000};
 
-/// Xfce's panel opens a menu of its own at the right button only, and leaves the left one to us: there the
-/// program opens the same menu at both.
+/// Xfce's panel draws a menu that it is given in its own look and opens that at the right button only, beside
+/// ours at the left one. It gets none: then the left button opens ours, and the right one the panel's
+/// settings, since the panel (4.18) tells nobody of a right click on an item without a menu.
 StatusItemPlace::Menus menusOfPanel() {
     return currentDesktopIs("XFCE") ? StatusItemPlace::Menus::OpenedByUs
                                     : StatusItemPlace::Menus::DrawnByPanel;
