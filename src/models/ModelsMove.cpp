@@ -44,10 +44,9 @@ int hardLink(const QString& from, const QString& to) {
     return ::link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0 ? 0 : errno;
 }
 
-/// Zero, or the errno value.
-int renameTo(const QString& from, const QString& to) {
-    const int result = std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData());
-    return result == 0 ? 0 : errno;
+/// What cannot be renamed stays where it is.
+void renameTo(const QString& from, const QString& to) {
+    std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData());
 }
 
 bool copyBlocks(QFile& source, QFile& copy) {

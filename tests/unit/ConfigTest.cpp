@@ -119,7 +119,12 @@ TEST_F(ConfigTest, AStoredZeroOfCleanupMinCharsStaysZero) {
 
 TEST_F(ConfigTest, AnIntegerIsAWholeNumberOrATextThatIsOne) {
     const std::vector<std::pair<QVariant, qint64>> cases = {
-        {7, 7}, {-7, -7}, {7.0, 7}, {1e15, 1'000'000'000'000'000}, {QStringLiteral("7"), 7}};
+        {7, 7},
+        {-7, -7},
+        {7.0, 7},
+        {1e15, 1'000'000'000'000'000},
+        {QStringLiteral("7"), 7},
+        {-9223372036854775808.0, std::numeric_limits<qint64>::min()}};
     for (const auto& [stored, expected] : cases) {
         store(Settings::cleanupMinChars, stored);
         EXPECT_EQ(Config::get(Settings::cleanupMinChars), expected) << stored.toString().toStdString();

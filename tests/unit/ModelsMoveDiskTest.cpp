@@ -6,12 +6,30 @@
 
 #include <QTemporaryDir>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <functional>
 #include <thread>
+
+namespace {
+
+/// Whether link(2) fails as on a file system that has no hard links, such as FAT.
+bool withoutHardLinks = false;
+
+}  // namespace
+
+/// In the place of the C library's.
+extern "C" int link(const char* from, const char* to) noexcept {
+    const int result = linkat(AT_FDCWD, from, AT_FDCWD, to, 0);
+    if (result != 0 || !withoutHardLinks) return result;
+    unlink(to);
+    errno = EPERM;
+    return -1;
+}
 
 namespace parlivo {
 namespace {
@@ -59,6 +77,20 @@ TEST_F(ModelsMoveDiskTest, WhatDoesNotFitStaysAndTheRestMoves) {
     EXPECT_EQ(files(from_.path()), QStringList(u"a.bin"_s));
     EXPECT_TRUE(read(small(u"b.gguf"_s)) == model(1 << 20));
     EXPECT_EQ(files(small_.path()), QStringList(u"b.gguf"_s)) << "no half file is left";
+}
+
+TEST_F(ModelsMoveDiskTest, WithoutHardLinksFilesAreRenamed) {
+    const QTemporaryDir third{u"/tmp/parlivo-XXXXXX"_s};
+    write(from(u"a.bin"_s), "mine");
+    withoutHardLinks = true;
+    moveModels(from_.path(), to_.path());
+    EXPECT_EQ(files(from_.path()), QStringList());
+    EXPECT_EQ(files(to_.path()), QStringList(u"a.bin"_s));
+    moveModels(to_.path(), third.path());
+    withoutHardLinks = false;
+    EXPECT_EQ(files(to_.path()), QStringList());
+    EXPECT_EQ(files(third.path()), QStringList(u"a.bin"_s));
+    EXPECT_EQ(read(third.filePath(u"a.bin"_s)), "mine");
 }
 
 TEST_F(ModelsMoveDiskTest, AFileOfThatNameIsNeverOverwritten) {
