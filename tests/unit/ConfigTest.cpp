@@ -278,7 +278,7 @@ TEST_F(ConfigTest, TheBundlesModelComesBeforeAnotherTiers) {
 }
 
 TEST_F(ConfigTest, ACleanupTierWithoutItsFileLeavesTheOneBeforeInUse) {
-    const auto& light = ModelCatalog::cleanupTier(QStringLiteral("light"));
+    const auto light = ModelCatalog::cleanupTier(QStringLiteral("light"));
     const QString lightFile = support() + QStringLiteral("/models/") + light.fileName;
     store(cleanupTier, QStringLiteral("full"));
     const auto full = Config::llamaModel();
