@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/dictation/ProgramTest.h"
+#include "desktops/GnomeProgramTest.h"
+
 #include "desktop/wayland/WaylandReceiver.h"
-#include "desktops/GnomeShell.h"
 #include "platform/linux/gnome/CustomBinding.h"
 
 #include <linux/input-event-codes.h>
-
-#include <iostream>
 
 namespace parlivo::desktop {
 namespace {
@@ -18,27 +16,8 @@ using parlivo::gnome::CustomBinding;
 const QString spoken = QStringLiteral("Perché no? «Sì» — 12 € 👍🏽");
 const QString before = QStringLiteral("prima");
 
-/// The whole program in a session of GNOME's.
-class GnomeProgramTest : public testing::Test {
+class GnomeDictation : public GnomeProgramTest, public testing::WithParamInterface<Kind> {
   protected:
-    GnomeProgramTest() {
-        separateSpeakerFromMicrophone();
-        settle();
-    }
-    void TearDown() override {
-        if (HasFailure()) std::cerr << qPrintable(home::log());
-    }
-
-    static void settle(QJsonObject more = {}) {
-        more.insert(QStringLiteral("cleanupLevel"), QStringLiteral("none"));
-        home::settle(more);
-        home::provideModels();
-    }
-    static QProcessEnvironment session() {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-        return environment;
-    }
     /// What the button in the settings does.
     static void bind() {
         CustomBinding binding(QStringLiteral("'%1/Contents/MacOS/Parlivo' --toggle").arg(builtBundle()));
@@ -50,11 +29,7 @@ class GnomeProgramTest : public testing::Test {
         hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_SPACE});
         hands.release({KEY_SPACE, KEY_LEFTALT, KEY_LEFTCTRL});
     }
-
-    gnome::Hands hands;
 };
-
-class GnomeDictation : public GnomeProgramTest, public testing::WithParamInterface<Kind> {};
 
 TEST_P(GnomeDictation, ByTheBoundKeyTheTextStandsInTheFocusedWindow) {
     StubRecogniser stub(spoken);

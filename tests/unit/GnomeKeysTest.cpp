@@ -26,6 +26,13 @@ TEST(AcceleratorTest, WhatALayoutPrintsGoesByItsPosition) {
     EXPECT_EQ(acceleratorOf(noKey, option), std::nullopt);
 }
 
+TEST(AcceleratorTest, ThePortalHasASpellingOfItsOwn) {
+    EXPECT_EQ(triggerOf(VirtualKey::space, control | option), QStringLiteral("CTRL+ALT+space"));
+    EXPECT_EQ(triggerOf(VirtualKey::grave, command | shift), QStringLiteral("SHIFT+LOGO+grave"));
+    EXPECT_EQ(triggerOf(f9, 0), QStringLiteral("F9"));
+    EXPECT_EQ(triggerOf(noKey, option), std::nullopt);
+}
+
 struct Spelling {
     const char* accelerator;
     KeyCode key;

@@ -4,6 +4,7 @@
 #include "platform/linux/base/XdgDirectories.h"
 #include "platform/linux/desktop/NullDesktop.h"
 #include "platform/linux/gnome/BoundHotKeyService.h"
+#include "platform/linux/gnome/GnomePortal.h"
 #include "platform/linux/gnome/RemoteKeys.h"
 #include "platform/linux/gnome/RemotePasteboard.h"
 #include "platform/linux/kde/KdeHotKeyService.h"
@@ -44,6 +45,13 @@ std::function<std::vector<SessionHint>()> kdeHints() {
     return [grant] { return grant.hints(); };
 }
 
+/// With a service that has hints.
+template <typename Service>
+HotKeyWay wayOf(std::unique_ptr<Service> service, const QString& name) {
+    const auto hints = [service = service.get()] { return service->hints(); };
+    return {std::move(service), name, hints};
+}
+
 /// By what answers in the session, not by the desktop's name.
 HotKeyWay hotKeyWay() {
     const QString swaySocket = qEnvironmentVariable("SWAYSOCK");
@@ -54,12 +62,16 @@ HotKeyWay hotKeyWay() {
     if (kde::KdeHotKeyService::isOffered())
         return {std::make_unique<kde::KdeHotKeyService>(wayland::SeatKeymap::open()),
                 Texts::tr("tasto globale di KDE"), kdeHints()};
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (gnome::BoundHotKeyService::isOffered(bus)) {
-        auto service = std::make_unique<gnome::BoundHotKeyService>(bus);
-        const auto hints = [service = service.get()] { return service->hints(); };
-        return {std::move(service), Texts::tr("scorciatoia personalizzata di GNOME"), hints};
+    if (gnome::hasPortalKeys()) {
+        if (auto way = wayOf(portal::PortalHotKeyService::open(gnome::portalDesktop()),
+                             Texts::tr("tasto globale del portale"));
+            way.service)
+            return way;
     }
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (gnome::BoundHotKeyService::isOffered(bus))
+        return wayOf(std::make_unique<gnome::BoundHotKeyService>(bus),
+                     Texts::tr("scorciatoia personalizzata di GNOME"));
     return {};
 }
 

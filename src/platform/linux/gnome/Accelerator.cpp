@@ -100,6 +100,20 @@ std::optional<QString> acceleratorOf(KeyCode key, HotKeyModifiers modifiers) {
                               : name);
 }
 
+std::optional<QString> triggerOf(KeyCode key, HotKeyModifiers modifiers) {
+    constexpr std::array names{
+        Modifier{HotKeyModifier::control, "CTRL+"}, Modifier{HotKeyModifier::option, "ALT+"},
+        Modifier{HotKeyModifier::shift, "SHIFT+"}, Modifier{HotKeyModifier::command, "LOGO+"}};
+    const auto position = positionOf(key);
+    const QString symbol = position ? nameOf(symbolAt(*position)) : QString();
+    if (symbol.isEmpty() || symbol == QLatin1String("NoSymbol")) return std::nullopt;
+    QString trigger;
+    for (const auto& [mask, name] : names) {
+        if ((modifiers & mask) != 0) trigger += QLatin1String(name);
+    }
+    return trigger + symbol;
+}
+
 bool isAccelerator(const QString& accelerator, KeyCode key, HotKeyModifiers modifiers) {
     QString name = accelerator;
     const auto taken = takeModifiers(name);

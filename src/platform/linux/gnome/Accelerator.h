@@ -19,4 +19,8 @@ std::optional<QString> acceleratorOf(KeyCode key, HotKeyModifiers modifiers);
 /// American keyboard.
 bool isAccelerator(const QString& accelerator, KeyCode key, HotKeyModifiers modifiers);
 
+/// The same as the portals spell it ("CTRL+ALT+space"), all keys by what an American keyboard prints on them.
+/// https://specifications.freedesktop.org/shortcuts-spec/latest/
+std::optional<QString> triggerOf(KeyCode key, HotKeyModifiers modifiers);
+
 }  // namespace parlivo::gnome

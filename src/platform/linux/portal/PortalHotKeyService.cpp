@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/portal/PortalHotKeyService.h"
+
+#include "platform/linux/desktop/KeyPositions.h"
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
+#include <QDBusReply>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+
+#include <cerrno>
+#include <utility>
+
+namespace parlivo::portal {
+
+/// One hot key as the portal passes it on: (sa{sv}).
+struct Shortcut {
+    QString id;
+    QVariantMap details;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const Shortcut& shortcut) {
+    argument.beginStructure();
+    argument << shortcut.id << shortcut.details;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Shortcut& shortcut) {
+    argument.beginStructure();
+    argument >> shortcut.id >> shortcut.details;
+    argument.endStructure();
+    return argument;
+}
+
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString object = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString shortcutsInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
+const QString programId = QStringLiteral("it.parlivo.Parlivo");
+const QString shortcutId = QStringLiteral("dictate");
+/// Not the session bus's common connection: who has spoken to the portal on that cannot say who he is any
+/// more.
+const QString connectionName = QStringLiteral("parlivo.portal");
+
+constexpr int replyTimeout = 3000;  // ms
+constexpr HotKeyRefusal notSetUp{EAGAIN, HotKeyRefusal::Reason::NotSetUp};
+
+QDBusMessage methodCall(const QString& path, const QString& interface, const QString& method,
+                        const QVariantList& arguments) {
+    auto message = QDBusMessage::createMethodCall(service, path, interface, method);
+    message.setArguments(arguments);
+    return message;
+}
+
+bool hasShortcuts(const QDBusConnection& bus) {
+    const QDBusReply<QDBusVariant> version(
+        bus.call(methodCall(object, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+                            {shortcutsInterface, QStringLiteral("version")}),
+                 QDBus::Block, replyTimeout));
+    return version.isValid() && version.value().variant().toUInt() >= 1;
+}
+
+QDBusMessage registration() {
+    return methodCall(object, QStringLiteral("org.freedesktop.host.portal.Registry"),
+                      QStringLiteral("Register"), {programId, QVariantMap()});
+}
+
+/// The keys go with the session.
+class Registration : public HotKeyRegistration {};
+
+}  // namespace
+
+std::unique_ptr<PortalHotKeyService> PortalHotKeyService::open(PortalDesktop desktop) {
+    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
+    const bool isOffered =
+        bus.isConnected() &&
+        bus.call(registration(), QDBus::Block, replyTimeout).type() == QDBusMessage::ReplyMessage &&
+        hasShortcuts(bus);
+    if (isOffered)
+        return std::unique_ptr<PortalHotKeyService>(new PortalHotKeyService(bus, std::move(desktop)));
+    QDBusConnection::disconnectFromBus(connectionName);
+    return nullptr;
+}
+
+PortalHotKeyService::PortalHotKeyService(QDBusConnection bus, PortalDesktop desktop)
+    : bus_(std::move(bus)), desktop_(std::move(desktop)) {
+    qDBusRegisterMetaType<Shortcut>();
+    qDBusRegisterMetaType<QList<Shortcut>>();
+    rule_.setRepeat(desktop_.repeat);
+    silence_.setSingleShot(true);
+    silence_.setTimerType(Qt::PreciseTimer);
+    connect(&silence_, &QTimer::timeout, this, [this] { releaseHold(); });
+    bus_.connect(service, object, shortcutsInterface, QStringLiteral("Activated"), this,
+                 SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+    bus_.connect(service, object, shortcutsInterface, QStringLiteral("Deactivated"), this,
+                 SLOT(deactivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+    auto* const watcher =
+        new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForRegistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { portalRestarted(); });
+}
+
+PortalHotKeyService::~PortalHotKeyService() {
+    // The connection's end ends the session, too.
+    QDBusConnection::disconnectFromBus(connectionName);
+}
+
+std::unique_ptr<HotKeyHandler> PortalHotKeyService::installHandler(Edge pressed, Edge released,
+                                                                   Change changed) {
+    return edges_.install(std::move(pressed), std::move(released), std::move(changed));
+}
+
+HotKeyService::Result PortalHotKeyService::registerHotKey(KeyCode key, HotKeyModifiers modifiers,
+                                                          HotKeyIdentity identity) {
+    const auto trigger = desktop_.trigger(key, modifiers);
+    if (!trigger) return HotKeyRefusal{EINVAL, HotKeyRefusal::Reason::Unusable};
+    if (!identity_) identity_ = identity;
+    const bool isTrial = identity != *identity_;
+    // Once the user has allowed a key the desktop says which.
+    const bool isAllowed = isBound_ || desktop_.isAllowed();
+    if (!isAllowed && desktop_.isHeld(key, modifiers)) {
+        if (!isTrial) wanted_.clear();
+        return HotKeyRefusal{EBUSY};
+    }
+    if (isTrial) return std::make_unique<Registration>();
+    wanted_ = *trigger;
+    if (!isAllowed) return notSetUp;
+    if (!isBound_) ask();
+    return std::make_unique<Registration>();
+}
+
+std::optional<KeyCode> PortalHotKeyService::keyCodeOf(std::uint32_t nativeScanCode) const {
+    if (nativeScanCode < KeyPositions::displayOffset) return std::nullopt;
+    return KeyPositions::keyCodeOf(nativeScanCode - KeyPositions::displayOffset);
+}
+
+std::vector<SessionHint> PortalHotKeyService::hints() {
+    SessionHint hint{
+        .topic = SessionHint::Topic::HotKey, .text = {}, .lines = {}, .actionLabel = {}, .action = {}};
+    if (isBound_) {
+        hint.text =
+            QCoreApplication::translate(
+                "parlivo::PortalHotKeyService",
+                "Il desktop ha assegnato a Parlivo la scorciatoia: %1. Si cambia nelle impostazioni del desktop.")
+                .arg(keys_);
+        return {hint};
+    }
+    if (isAsking_ || wanted_.isEmpty()) return {};
+    hint.text =
+        wasRefused_
+            ? QCoreApplication::translate(
+                  "parlivo::PortalHotKeyService",
+                  "Il desktop non ha dato la scorciatoia. Puoi chiederla di nuovo, o assegnare un tasto a questo comando nelle impostazioni del desktop.")
+            : QCoreApplication::translate(
+                  "parlivo::PortalHotKeyService",
+                  "Il desktop chiede una volta il permesso per la scorciatoia. Con un tasto solo, come F9, il rilascio è più preciso.");
+    if (wasRefused_) hint.lines = QStringLiteral("parlivo --toggle");
+    hint.actionLabel =
+        QCoreApplication::translate("parlivo::PortalHotKeyService", "Chiedi la scorciatoia al desktop");
+    hint.action = [this] { ask(); };
+    return {hint};
+}
+
+/// The path of a request's object is known before it is sent, so that no answer comes too early.
+void PortalHotKeyService::request(const QString& method, const QVariantList& arguments, QVariantMap options,
+                                  const char* slot) {
+    const QString token = QStringLiteral("parlivo%1").arg(++requests_);
+    const QString sender = bus_.baseService().mid(1).replace(QLatin1Char('.'), QLatin1Char('_'));
+    bus_.connect(service, QStringLiteral("%1/request/%2/%3").arg(object, sender, token),
+                 QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"), this, slot);
+    options.insert(QStringLiteral("handle_token"), token);
+    auto* const watcher = new QDBusPendingCallWatcher(
+        bus_.asyncCall(methodCall(object, shortcutsInterface, method, QVariantList(arguments) << options)),
+        this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        if (watcher->isError()) fail();
+    });
+}
+
+void PortalHotKeyService::ask() {
+    if (std::exchange(isAsking_, true)) return;
+    if (!session_.isEmpty()) return bind();
+    request(QStringLiteral("CreateSession"), {},
+            {{QStringLiteral("session_handle_token"), QStringLiteral("parlivo")}},
+            SLOT(created(uint, QVariantMap)));
+}
+
+void PortalHotKeyService::created(uint code, const QVariantMap& results) {
+    session_ = code == 0 ? results.value(QStringLiteral("session_handle")).toString() : QString();
+    if (session_.isEmpty()) return fail();
+    bus_.connect(service, session_, QStringLiteral("org.freedesktop.portal.Session"),
+                 QStringLiteral("Closed"), this, SLOT(sessionClosed(QVariantMap)));
+    bind();
+}
+
+void PortalHotKeyService::bind() {
+    const QVariantMap details{
+        {QStringLiteral("description"),
+         QCoreApplication::translate("parlivo::PortalHotKeyService", "Detta tenendo premuto")},
+        {QStringLiteral("preferred_trigger"), wanted_}};
+    request(QStringLiteral("BindShortcuts"),
+            {QVariant::fromValue(QDBusObjectPath(session_)),
+             QVariant::fromValue(QList<Shortcut>{{shortcutId, details}}), QString()},
+            {}, SLOT(bound(uint, QVariantMap)));
+}
+
+/// Not judged by the code: GNOME 48 gives 2 although it has bound the key.
+void PortalHotKeyService::bound(uint, const QVariantMap& results) {
+    const auto shortcuts =
+        qdbus_cast<QList<Shortcut>>(results.value(QStringLiteral("shortcuts")).value<QDBusArgument>());
+    for (const Shortcut& shortcut : shortcuts) {
+        if (shortcut.id != shortcutId) continue;
+        keys_ = shortcut.details.value(QStringLiteral("trigger_description")).toString();
+        isAsking_ = false;
+        isBound_ = true;
+        wasRefused_ = false;
+        return edges_.tell(std::nullopt);
+    }
+    fail();
+}
+
+void PortalHotKeyService::fail() {
+    wasRefused_ = true;
+    isAsking_ = false;
+    isBound_ = false;
+    edges_.tell(notSetUp);
+}
+
+void PortalHotKeyService::activated(const QDBusObjectPath& session, const QString& id, qulonglong,
+                                    const QVariantMap&) {
+    if (session.path() != session_ || id != shortcutId) return;
+    const auto now = Clock::now();
+    const auto edges = rule_.activated(now);
+    if (const auto deadline = rule_.deadline())
+        silence_.start(std::chrono::ceil<std::chrono::milliseconds>(*deadline - now));
+    if (edges == ReleaseRule::Edges::ReleaseAndPress) edges_.release();
+    if (edges != ReleaseRule::Edges::None) edges_.press();
+}
+
+void PortalHotKeyService::deactivated(const QDBusObjectPath& session, const QString& id, qulonglong,
+                                      const QVariantMap&) {
+    if (session.path() == session_ && id == shortcutId) releaseHold();
+}
+
+void PortalHotKeyService::releaseHold() {
+    silence_.stop();
+    if (rule_.end()) edges_.release();
+}
+
+void PortalHotKeyService::sessionClosed(const QVariantMap&) {
+    releaseHold();
+    session_.clear();
+    if (isBound_) fail();
+}
+
+/// Another portal knows neither this program nor its session.
+void PortalHotKeyService::portalRestarted() {
+    const bool wasBound = isBound_;
+    releaseHold();
+    session_.clear();
+    isAsking_ = false;
+    isBound_ = false;
+    bus_.asyncCall(registration());
+    if (wasBound) ask();
+}
+
+}  // namespace parlivo::portal

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/HotKeyService.h"
+#include "platform/SessionHint.h"
+#include "platform/linux/desktop/HotKeyEdges.h"
+#include "platform/linux/portal/ReleaseRule.h"
+
+#include <QDBusConnection>
+#include <QDBusObjectPath>
+#include <QObject>
+#include <QTimer>
+#include <QVariantMap>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace parlivo::portal {
+
+/// What the portal does not tell of the desktop behind it. Main thread.
+struct PortalDesktop {
+    /// A combination as the portal spells it ("CTRL+ALT+space"); nullopt if no keyboard has it.
+    /// https://specifications.freedesktop.org/shortcuts-spec/latest/
+    std::function<std::optional<QString>(KeyCode, HotKeyModifiers)> trigger;
+    /// Whether the desktop has this combination itself.
+    std::function<bool(KeyCode, HotKeyModifiers)> isHeld;
+    /// Whether the user has allowed this program's key already, so that nothing is asked any more.
+    std::function<bool()> isAllowed;
+    ReleaseRule::Repeat repeat;
+};
+
+/// Hot keys by the desktop's portal (org.freedesktop.portal.GlobalShortcuts), which asks the user once, in a
+/// dialog of the desktop's. That is begun by the user, by a button; until then the hot key is refused as not
+/// set up. Which keys are in force is then the desktop's affair.
+///
+/// https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.GlobalShortcuts.html
+class PortalHotKeyService : public QObject, public HotKeyService {
+    Q_OBJECT
+
+  public:
+    /// Null if the portal has no hot keys, or none for this program: it wants an installed desktop file.
+    /// Waits for the portal, which may have to be started, three seconds at most. Main thread.
+    static std::unique_ptr<PortalHotKeyService> open(PortalDesktop desktop);
+
+    ~PortalHotKeyService() override;
+    PortalHotKeyService(const PortalHotKeyService&) = delete;
+    PortalHotKeyService& operator=(const PortalHotKeyService&) = delete;
+
+    std::unique_ptr<HotKeyHandler> installHandler(Edge pressed, Edge released, Change changed) override;
+    /// The status is an errno: EINVAL for a key that no keyboard has, EBUSY for a combination of the
+    /// desktop's, EAGAIN as long as the user has not allowed it.
+    Result registerHotKey(KeyCode key, HotKeyModifiers modifiers, HotKeyIdentity identity) override;
+    Contention contention() const override { return Contention::Common; }
+    std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
+
+    /// What the user has to do, or should know.
+    std::vector<SessionHint> hints();
+
+  private Q_SLOTS:
+    void created(uint code, const QVariantMap& results);
+    void bound(uint code, const QVariantMap& results);
+    void activated(const QDBusObjectPath& session, const QString& id, qulonglong time,
+                   const QVariantMap& options);
+    void deactivated(const QDBusObjectPath& session, const QString& id, qulonglong time,
+                     const QVariantMap& options);
+    void sessionClosed(const QVariantMap& details);
+
+  private:
+    PortalHotKeyService(QDBusConnection bus, PortalDesktop desktop);
+
+    /// Sends a request whose answer comes to the slot.
+    void request(const QString& method, const QVariantList& arguments, QVariantMap options, const char* slot);
+    void ask();
+    void bind();
+    void fail();
+    void releaseHold();
+    void portalRestarted();
+
+    QDBusConnection bus_;
+    const PortalDesktop desktop_;
+    HotKeyEdges edges_;
+    ReleaseRule rule_;
+    QTimer silence_;
+    std::optional<HotKeyIdentity> identity_;
+    QString wanted_;   // how the portal spells the chosen combination
+    QString session_;  // the path of its object; empty without one
+    QString keys_;     // what the desktop has bound, in its words
+    bool isAsking_ = false;
+    bool isBound_ = false;
+    bool wasRefused_ = false;
+    int requests_ = 0;
+};
+
+}  // namespace parlivo::portal

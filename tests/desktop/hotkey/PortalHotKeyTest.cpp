@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/hotkey/ShortcutsPortal.h"
+#include "platform/linux/portal/PortalHotKeyService.h"
+#include "support/Waiting.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <optional>
+#include <vector>
+
+namespace parlivo::desktop {
+namespace {
+
+using namespace std::chrono_literals;
+using portal::PortalHotKeyService;
+using Answer = ShortcutsPortal::Answer;
+
+constexpr HotKeyIdentity identity{.signature = 1, .id = 1};
+constexpr HotKeyIdentity trial{.signature = 1, .id = 2};
+constexpr KeyCode held = 7;     // a key that the desktop has itself
+constexpr KeyCode nowhere = 8;  // a key that no keyboard has
+
+class PortalHotKeyTest : public testing::Test {
+  protected:
+    void start(ShortcutsPortal::Behaviour behaviour = {}) {
+        desktop.emplace(behaviour);
+        service =
+            PortalHotKeyService::open({.trigger = trigger,
+                                       .isHeld = [](KeyCode key, HotKeyModifiers) { return key == held; },
+                                       .isAllowed = [this] { return allowed; },
+                                       .repeat = {}});
+        ASSERT_TRUE(service);
+        handler =
+            service->installHandler([this] { edges += u'+'; }, [this] { edges += u'-'; },
+                                    [this](std::optional<HotKeyRefusal> change) { told.push_back(change); });
+    }
+    static std::optional<QString> trigger(KeyCode key, HotKeyModifiers) {
+        return key == nowhere ? std::nullopt : std::optional(QStringLiteral("CTRL+ALT+space"));
+    }
+    std::optional<int> statusOf(KeyCode key, HotKeyIdentity as = identity) {
+        auto result = service->registerHotKey(key, HotKeyModifier::option, as);
+        if (const auto* const refusal = std::get_if<HotKeyRefusal>(&result)) return refusal->status;
+        return std::nullopt;
+    }
+    /// Presses the button of the only hint, and waits for what comes of it.
+    void follow() {
+        const auto hints = service->hints();
+        ASSERT_EQ(hints.size(), 1U);
+        ASSERT_TRUE(hints.front().action);
+        const auto before = told.size();
+        hints.front().action();
+        EXPECT_TRUE(service->hints().empty()) << "asked once";
+        EXPECT_TRUE(waitFor([&] { return told.size() > before; }));
+    }
+    bool edgesBecome(const QString& expected) {
+        return waitFor([&] { return edges == expected; });
+    }
+
+    bool allowed = false;
+    QString edges;
+    std::vector<std::optional<HotKeyRefusal>> told;
+    std::optional<ShortcutsPortal> desktop;
+    std::unique_ptr<PortalHotKeyService> service;
+    std::unique_ptr<HotKeyHandler> handler;
+};
+
+TEST_F(PortalHotKeyTest, TheUserIsAskedByTheButtonOnly) {
+    start();
+    EXPECT_EQ(desktop->program(), QStringLiteral("it.parlivo.Parlivo"));
+    EXPECT_EQ(statusOf(VirtualKey::space), EAGAIN);
+    EXPECT_EQ(desktop->questions(), 0);
+    follow();
+    EXPECT_EQ(desktop->questions(), 1);
+    EXPECT_EQ(desktop->trigger(), QStringLiteral("CTRL+ALT+space"));
+    EXPECT_EQ(told.back(), std::nullopt);
+    const auto hints = service->hints();
+    ASSERT_EQ(hints.size(), 1U);
+    EXPECT_TRUE(hints.front().text.contains(QStringLiteral("Premi CTRL+ALT+space")))
+        << "what the desktop says";
+    EXPECT_EQ(statusOf(VirtualKey::grave), std::nullopt);
+    EXPECT_EQ(desktop->questions(), 1);
+}
+
+TEST_F(PortalHotKeyTest, WhoIsAllowedAlreadyIsBoundAtTheStart) {
+    allowed = true;
+    start();
+    EXPECT_EQ(statusOf(VirtualKey::space), std::nullopt);
+    EXPECT_TRUE(waitFor([&] { return desktop->questions() == 1; }));
+    EXPECT_TRUE(waitFor([&] { return !told.empty() && !told.back(); }));
+}
+
+TEST_F(PortalHotKeyTest, AFailureThatBoundTheKeyIsNone) {
+    start({.answer = Answer::BoundButFailed});
+    statusOf(VirtualKey::space);
+    follow();
+    EXPECT_EQ(told.back(), std::nullopt);
+}
+
+TEST_F(PortalHotKeyTest, ADismissedQuestionCanBeAskedAgain) {
+    start({.answer = Answer::Dismissed});
+    statusOf(VirtualKey::space);
+    follow();
+    ASSERT_TRUE(told.back());
+    EXPECT_EQ(told.back()->reason, HotKeyRefusal::Reason::NotSetUp);
+    EXPECT_EQ(service->hints().front().lines, QStringLiteral("parlivo --toggle")) << "the other way";
+    follow();
+    EXPECT_EQ(desktop->questions(), 2);
+}
+
+TEST_F(PortalHotKeyTest, BothEdgesAreToldOnceWhateverIsRepeated) {
+    start();
+    statusOf(VirtualKey::space);
+    follow();
+    for (int i = 0; i < 3; ++i) desktop->tell("Activated");
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+")));
+    desktop->tell("Deactivated");
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-")));
+    desktop->tell("Deactivated");
+    desktop->tell("Activated");
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-+"))) << qPrintable(edges);
+}
+
+TEST_F(PortalHotKeyTest, AReleaseThatIsNotToldFollowsFromTheSilence) {
+    start();
+    statusOf(VirtualKey::space);
+    follow();
+    desktop->tell("Activated");
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
+    desktop->tell("Activated");
+    desktop->tell("Activated");
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-+-"))) << qPrintable(edges);
+}
+
+TEST_F(PortalHotKeyTest, TheEndOfTheSessionEndsTheHoldAndIsTold) {
+    start();
+    statusOf(VirtualKey::space);
+    follow();
+    desktop->tell("Activated");
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+")));
+    desktop->closeSession();
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-")));
+    EXPECT_TRUE(waitFor([&] { return told.back().has_value(); }));
+    follow();
+    EXPECT_EQ(told.back(), std::nullopt);
+}
+
+TEST_F(PortalHotKeyTest, ANewPortalIsAskedAgain) {
+    start();
+    statusOf(VirtualKey::space);
+    follow();
+    told.clear();
+    desktop.reset();
+    desktop.emplace(ShortcutsPortal::Behaviour{});
+    EXPECT_TRUE(waitFor([&] { return !told.empty() && !told.back(); }));
+    EXPECT_EQ(desktop->program(), QStringLiteral("it.parlivo.Parlivo"));
+    desktop->tell("Activated");
+    EXPECT_TRUE(waitFor([&] { return edges.startsWith(u'+'); }));
+}
+
+TEST_F(PortalHotKeyTest, WhatTheDesktopHasItselfIsRefusedAndATrialAsksNothing) {
+    start();
+    EXPECT_EQ(statusOf(VirtualKey::space), EAGAIN);
+    EXPECT_EQ(statusOf(held, trial), EBUSY);
+    EXPECT_EQ(statusOf(VirtualKey::grave, trial), std::nullopt);
+    EXPECT_EQ(statusOf(nowhere), EINVAL);
+    EXPECT_EQ(statusOf(held), EBUSY);
+    EXPECT_TRUE(service->hints().empty()) << "a combination that cannot be had";
+    EXPECT_EQ(desktop->questions(), 0);
+}
+
+TEST_F(PortalHotKeyTest, WithoutHotKeysOrAProgramThatItKnowsThereIsNone) {
+    {
+        const ShortcutsPortal without({.version = 0});
+        EXPECT_FALSE(PortalHotKeyService::open({}));
+    }
+    {
+        const ShortcutsPortal stranger({.knowsProgram = false});
+        EXPECT_FALSE(PortalHotKeyService::open({}));
+    }
+    EXPECT_FALSE(PortalHotKeyService::open({})) << "without a portal";
+}
+
+}  // namespace
+}  // namespace parlivo::desktop

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/wayland/WaylandReceiver.h"
+#include "desktops/GnomeProgramTest.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <linux/input-event-codes.h>
+
+namespace parlivo::desktop {
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = WaylandReceiver::Kind;
+
+const QString spoken = QStringLiteral("Perché no? «Sì» — 12 € 👍🏽");
+const QString allowed = QStringLiteral("org.gnome.settings-daemon.global-shortcuts");
+const QString program = QStringLiteral("it.parlivo.Parlivo");
+
+/// The hot key by GNOME's portal, which the user has allowed.
+class GnomePortalTest : public GnomeProgramTest {
+  protected:
+    GnomePortalTest() { install(); }
+
+    /// The portal takes a program's word for its name if a desktop file of that name is there.
+    static void install() {
+        const QString folder = qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/applications");
+        QDir().mkpath(folder);
+        QFile file(folder + QLatin1Char('/') + program + QStringLiteral(".desktop"));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("[Desktop Entry]\nType=Application\nName=Parlivo\nExec=/usr/bin/true\n");
+    }
+    /// What the desktop's dialog stores.
+    static void allow(const QString& accelerator) {
+        gnome::changeSetting(
+            QStringLiteral("%1.application:/org/gnome/settings-daemon/global-shortcuts/%2/")
+                .arg(allowed, program),
+            QStringLiteral("shortcuts"),
+            QStringLiteral("[('dictate', {'description': <'Detta tenendo premuto'>, 'shortcuts': <['%1']>})]")
+                .arg(accelerator));
+        gnome::changeSetting(allowed, QStringLiteral("applications"), QStringLiteral("['%1']").arg(program));
+    }
+    /// Waits until the desktop has bound the key.
+    void waitUntilBound(const Program& running) {
+        ASSERT_TRUE(running.waitUntilUp());
+        ASSERT_TRUE(home::log().contains(
+            QStringLiteral("sessione: Wayland: tasto globale del portale, incolla per mezzo di GNOME")));
+        letPass(3s);
+    }
+};
+
+TEST_F(GnomePortalTest, TheKeyIsHeldWhileOneSpeaks) {
+    allow(QStringLiteral("<Control><Alt>d"));
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk4);
+    const Program running(builtBundle(), session());
+    waitUntilBound(running);
+    hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_D});
+    ASSERT_TRUE(running.waitForState(QStringLiteral("recording"))) << qPrintable(running.statusText());
+    letPass(1500ms);
+    EXPECT_EQ(running.state(), QStringLiteral("recording")) << "it is held";
+    hands.release({KEY_D, KEY_LEFTALT, KEY_LEFTCTRL});
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
+}
+
+TEST_F(GnomePortalTest, TheModifierMayComeUpFirst) {
+    allow(QStringLiteral("<Control><Alt>d"));
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk3);
+    const Program running(builtBundle(), session());
+    waitUntilBound(running);
+    hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_D});
+    ASSERT_TRUE(running.waitForState(QStringLiteral("recording"))) << qPrintable(running.statusText());
+    letPass(1500ms);
+    EXPECT_EQ(running.state(), QStringLiteral("recording")) << "it is held";
+    hands.release({KEY_LEFTALT, KEY_LEFTCTRL, KEY_D});
+    EXPECT_TRUE(waitFor([&] { return running.state() != QStringLiteral("recording"); }));
+    EXPECT_TRUE(waitFor([&] { return stub.recordings() == 1; }));
+}
+
+TEST_F(GnomePortalTest, ASingleKeyWorks) {
+    allow(QStringLiteral("F9"));
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk3);
+    const Program running(builtBundle(), session());
+    waitUntilBound(running);
+    hands.press({KEY_F9});
+    ASSERT_TRUE(running.waitForState(QStringLiteral("recording"))) << qPrintable(running.statusText());
+    letPass(400ms);
+    hands.release({KEY_F9});
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
+}
+
+TEST_F(GnomePortalTest, NobodyIsAskedBeforeTheButton) {
+    const Program running(builtBundle(), session());
+    waitUntilBound(running);
+    EXPECT_TRUE(running.statusText().contains(QStringLiteral("va assegnata nelle impostazioni")))
+        << qPrintable(running.statusText());
+    EXPECT_EQ(gnome::setting(allowed, QStringLiteral("applications")), QStringLiteral("@as []"));
+}
+
+}  // namespace
+}  // namespace parlivo::desktop
