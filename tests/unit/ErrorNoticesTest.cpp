@@ -19,7 +19,7 @@ class ErrorNoticesTest : public AppDelegateTest {
     void contend(std::initializer_list<const char*> held) {
         platform.hotKeys().contended = HotKeyService::Contention::Common;
         for (const char* id : held) {
-            const Preset& preset = HotKeyManager::preset(QString::fromLatin1(id));
+            const Preset preset = HotKeyManager::preset(QString::fromLatin1(id));
             platform.hotKeys().taken.insert({preset.keyCode, preset.modifiers});
         }
     }

@@ -200,7 +200,7 @@ class ContendedHotKeyTest : public HotKeyManagerTest {
     ContendedHotKeyTest() { keys().contended = HotKeyService::Contention::Common; }
 
     void take(const char* id) {
-        const Preset& preset = HotKeyManager::preset(QString::fromLatin1(id));
+        const Preset preset = HotKeyManager::preset(QString::fromLatin1(id));
         keys().taken.insert({preset.keyCode, preset.modifiers});
     }
     void takeAll() {

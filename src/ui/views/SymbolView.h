@@ -11,6 +11,7 @@ namespace parlivo {
 /// Draws a symbol of the bundle, crisp at every scale of the screen. For decoration: its meaning must also be
 /// given in words. An unknown symbol draws nothing.
 class SymbolView : public QWidget {
+    Q_OBJECT
   public:
     /// `size` in points, both ways.
     SymbolView(const QString& name, int size, PaletteColour colour = primaryColour,
