@@ -47,7 +47,7 @@ const QString programId = QStringLiteral("it.parlivo.Parlivo");
 const QString shortcutId = QStringLiteral("dictate");
 /// Not the session bus's common connection: who has spoken to the portal on that cannot say who he is any
 /// more.
-const QString connectionName = QStringLiteral("parlivo.portal");
+const QString connectionName = QStringLiteral("portal");
 
 constexpr int replyTimeout = 3000;  // ms
 constexpr HotKeyRefusal notSetUp{EAGAIN, HotKeyRefusal::Reason::NotSetUp};
