@@ -36,6 +36,14 @@ std::function<void()> tapNoOpKey() {
     };
 }
 
+/// Does nothing where KWin does not let this program press keys.
+kde::KdeHotKeyService::NoOpKey heldNoOpKey() {
+    const std::shared_ptr<wayland::NoOpKey> key = wayland::NoOpKey::make();
+    if (!key) return {};
+    return {.press = [key] { key->move(wayland::ChordKeys::Edge::Press); },
+            .release = [key] { key->move(wayland::ChordKeys::Edge::Release); }};
+}
+
 /// Empty once KWin lets this program press keys.
 std::function<std::vector<SessionHint>()> kdeHints() {
     const auto connection = wayland::WaylandConnection::open();
@@ -60,7 +68,7 @@ HotKeyWay hotKeyWay() {
             std::make_unique<sway::SwayHotKeyService>(swaySocket, tapNoOpKey(), wayland::SeatKeymap::open()),
             Texts::tr("tasto globale di sway")};
     if (kde::KdeHotKeyService::isOffered())
-        return {std::make_unique<kde::KdeHotKeyService>(wayland::SeatKeymap::open()),
+        return {std::make_unique<kde::KdeHotKeyService>(wayland::SeatKeymap::open(), heldNoOpKey()),
                 Texts::tr("tasto globale di KDE"), kdeHints()};
     if (gnome::hasPortalKeys()) {
         if (auto way = wayOf(portal::PortalHotKeyService::open(gnome::portalDesktop()),

@@ -57,7 +57,7 @@ class KdeHotKeyService::Registration : public HotKeyRegistration {
         : service_(service), action_(std::move(action)) {}
     ~Registration() override {
         service_.giveUp(action_);
-        if (action_ == dictate) service_.edges_.release();
+        if (action_ == dictate) service_.endHold();
     }
     Registration(const Registration&) = delete;
     Registration& operator=(const Registration&) = delete;
@@ -72,8 +72,8 @@ bool KdeHotKeyService::isOffered() {
     return names && names->isServiceRegistered(service).value();
 }
 
-KdeHotKeyService::KdeHotKeyService(std::unique_ptr<KeyLayout> layout)
-    : layout_(std::move(layout)), bus_(QDBusConnection::sessionBus()) {
+KdeHotKeyService::KdeHotKeyService(std::unique_ptr<KeyLayout> layout, NoOpKey noOpKey)
+    : layout_(std::move(layout)), noOpKey_(std::move(noOpKey)), bus_(QDBusConnection::sessionBus()) {
     qDBusRegisterMetaType<QList<int>>();
 }
 
@@ -143,12 +143,26 @@ bool KdeHotKeyService::listen() {
                         this, SLOT(released(QString, QString, qlonglong)));
 }
 
+/// The key first: a quick user lets go of Alt while the press is dealt with.
+void KdeHotKeyService::beginHold() {
+    if (edges_.isHeld()) return;
+    if (noOpKey_.press) noOpKey_.press();
+    edges_.press();
+}
+
+/// The key first here, too: what follows the release may paste.
+void KdeHotKeyService::endHold() {
+    if (!edges_.isHeld()) return;
+    if (noOpKey_.release) noOpKey_.release();
+    edges_.release();
+}
+
 void KdeHotKeyService::pressed(const QString&, const QString& name, qlonglong) {
-    if (name == dictate.at(1)) edges_.press();
+    if (name == dictate.at(1)) beginHold();
 }
 
 void KdeHotKeyService::released(const QString&, const QString& name, qlonglong) {
-    if (name == dictate.at(1)) edges_.release();
+    if (name == dictate.at(1)) endHold();
 }
 
 }  // namespace parlivo::kde

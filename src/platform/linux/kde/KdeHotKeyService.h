@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -27,8 +28,17 @@ class KdeHotKeyService : public QObject, public HotKeyService {
     /// Whether the service answers on the session bus. Any thread.
     static bool isOffered();
 
+    /// A key that means nothing, or null functions. Pressed and released when the hot key is: the focused
+    /// window sees a hot key's Alt go down and up with no key between, which opens the menu bar of many
+    /// programs. It is not released earlier, because the service takes the release of any key for the end of
+    /// the hold.
+    struct NoOpKey {
+        std::function<void()> press;
+        std::function<void()> release;
+    };
+
     /// With a null `layout` only keys that all layouts have in common can be registered.
-    explicit KdeHotKeyService(std::unique_ptr<KeyLayout> layout = nullptr);
+    explicit KdeHotKeyService(std::unique_ptr<KeyLayout> layout = nullptr, NoOpKey noOpKey = {});
     ~KdeHotKeyService() override;
     KdeHotKeyService(const KdeHotKeyService&) = delete;
     KdeHotKeyService& operator=(const KdeHotKeyService&) = delete;
@@ -53,8 +63,11 @@ class KdeHotKeyService : public QObject, public HotKeyService {
     int take(const QStringList& action, int combination);
     void giveUp(const QStringList& action);
     bool listen();
+    void beginHold();
+    void endHold();
 
     const std::unique_ptr<KeyLayout> layout_;
+    const NoOpKey noOpKey_;
     QDBusConnection bus_;
     HotKeyEdges edges_;
     QString component_;  // its object's path, once it is known

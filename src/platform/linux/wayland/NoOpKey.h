@@ -20,6 +20,8 @@ class NoOpKey {
 
     /// Presses and releases it. Any thread; about a millisecond.
     void tap() { keys_->press(noKey); }
+    /// One edge of it. As tap().
+    void move(ChordKeys::Edge edge) { keys_->move(noKey.front(), edge); }
 
   private:
     /// The kernel gives its code 0 (KEY_RESERVED) to no key.
