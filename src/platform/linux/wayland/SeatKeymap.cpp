@@ -7,6 +7,8 @@
 #include <sys/mman.h>
 
 #include <array>
+#include <cstdlib>
+#include <utility>
 
 namespace parlivo::wayland {
 
@@ -28,7 +30,7 @@ std::unique_ptr<SeatKeymap> SeatKeymap::open() {
 SeatKeymap::SeatKeymap(std::unique_ptr<WaylandConnection> connection)
     : connection_(std::move(connection)),
       context_(xkb_context_new(XKB_CONTEXT_NO_FLAGS)),
-      own_(VirtualKeyboard::keymapText()) {}
+      own_(textOf(compile(VirtualKeyboard::keymapText()).get())) {}
 
 SeatKeymap::~SeatKeymap() {
     const auto destroyAll = [this] {
@@ -41,7 +43,7 @@ SeatKeymap::~SeatKeymap() {
 
 void SeatKeymap::start() {
     // A user's keymap may be the same, and is then passed over, too.
-    adopt(own_);
+    keymap_ = compile(own_);
     seat_ = connection_->bind<wl_seat>(wl_seat_interface, 1);
     if (!seat_) return;
     static const wl_seat_listener listener{
@@ -82,14 +84,22 @@ void SeatKeymap::takeKeymap(std::uint32_t format, UniqueFd memory, std::uint32_t
     // With a zero at its end, as Wayland's protocol says.
     const QByteArray text(static_cast<const char*>(place), static_cast<qsizetype>(size) - 1);
     munmap(place, size);
-    if (text != own_ && text != text_) adopt(text);
+    auto keymap = compile(text);
+    // Some compositors hand a keymap on as it was sent, others as they write it themselves (sway 1.10).
+    if (!keymap || textOf(keymap.get()) != own_) keymap_ = std::move(keymap);
 }
 
-void SeatKeymap::adopt(const QByteArray& text) {
-    if (!context_) return;
-    text_ = text;
-    keymap_.reset(xkb_keymap_new_from_string(context_.get(), text.constData(), XKB_KEYMAP_FORMAT_TEXT_V1,
-                                             XKB_KEYMAP_COMPILE_NO_FLAGS));
+std::unique_ptr<xkb_keymap, SeatKeymap::Unref> SeatKeymap::compile(const QByteArray& text) const {
+    if (!context_ || text.isEmpty()) return nullptr;
+    return std::unique_ptr<xkb_keymap, Unref>(xkb_keymap_new_from_string(
+        context_.get(), text.constData(), XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS));
+}
+
+QByteArray SeatKeymap::textOf(xkb_keymap* keymap) {
+    if (!keymap) return {};
+    const std::unique_ptr<char, decltype(&std::free)> text(
+        xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1), &std::free);
+    return {text.get()};
 }
 
 xkb_keysym_t SeatKeymap::symbol(std::uint32_t kernelCode) {

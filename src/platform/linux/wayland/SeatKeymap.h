@@ -37,17 +37,17 @@ class SeatKeymap : public KeyLayout {
     // On the connection's thread.
     void start();
     void takeCapabilities(std::uint32_t capabilities);
-    void adopt(const QByteArray& text);
+    std::unique_ptr<xkb_keymap, Unref> compile(const QByteArray& text) const;
+    static QByteArray textOf(xkb_keymap* keymap);
     void takeKeymap(std::uint32_t format, UniqueFd memory, std::uint32_t size);
 
     xkb_keysym_t symbol(std::uint32_t kernelCode);
 
     std::unique_ptr<WaylandConnection> connection_;
     const std::unique_ptr<xkb_context, Unref> context_;
-    const QByteArray own_;                       ///< the keymap of our virtual keyboards
-    wl_seat* seat_ = nullptr;                    // connection thread
-    wl_keyboard* keyboard_ = nullptr;            // connection thread
-    QByteArray text_;                            // of keymap_; connection thread
+    const QByteArray own_;             ///< the keymap of our virtual keyboards, as textOf() writes it
+    wl_seat* seat_ = nullptr;          // connection thread
+    wl_keyboard* keyboard_ = nullptr;  // connection thread
     std::unique_ptr<xkb_keymap, Unref> keymap_;  // connection thread
 };
 
