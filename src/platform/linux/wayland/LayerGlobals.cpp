@@ -47,7 +47,7 @@ LayerGlobals::LayerGlobals(WaylandConnection& connection)
       connection_(connection) {
     connection.watchGlobals({.interface = &wl_output_interface,
                              .added = [this](std::uint32_t name) { add(name); },
-                             .removed = [this](std::uint32_t name) { outputs_.erase(name); }});
+                             .removed = [this](std::uint32_t name) { remove(name); }});
     connection.roundTrip();  // the scales
 }
 
@@ -67,6 +67,10 @@ void LayerGlobals::add(std::uint32_t name) {
     if (!output) return;
     outputs_[name] = std::make_unique<Output>(*this, output);
     if (screenAdded) screenAdded();
+}
+
+void LayerGlobals::remove(std::uint32_t name) {
+    if (outputs_.erase(name) > 0 && screenRemoved) screenRemoved();
 }
 
 int LayerGlobals::scaleOf(const wl_output* output) const {

@@ -39,6 +39,8 @@ class LayerGlobals {
 
     /// Called when a screen came.
     std::function<void()> screenAdded;
+    /// Called when a screen went.
+    std::function<void()> screenRemoved;
     /// Called when a screen changed its scale.
     std::function<void()> scaleChanged;
 
@@ -46,6 +48,7 @@ class LayerGlobals {
     struct Output;
 
     void add(std::uint32_t name);
+    void remove(std::uint32_t name);
 
     WaylandConnection& connection_;
     std::map<std::uint32_t, std::unique_ptr<Output>> outputs_;

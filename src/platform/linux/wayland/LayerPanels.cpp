@@ -14,6 +14,10 @@ LayerPanel::LayerPanel(WaylandConnection& connection, LayerGlobals& globals, con
         globals_.screenAdded = [this] {
             if (wanted_ && !surface_) map();
         };
+        // Not every compositor closes what was on a screen that is gone (sway 1.10).
+        globals_.screenRemoved = [this] {
+            if (surface_) closed();
+        };
         globals_.scaleChanged = [this] {
             if (surface_) surface_->updateScale();
         };
@@ -24,6 +28,7 @@ LayerPanel::~LayerPanel() {
     const auto destroyAll = [this] {
         alive_.reset();
         globals_.screenAdded = nullptr;
+        globals_.screenRemoved = nullptr;
         globals_.scaleChanged = nullptr;
         surface_.reset();
     };
@@ -66,8 +71,10 @@ void LayerPanel::map() {
 
 /// Another screen may take it. By the time of the answer the compositor has said which ones are left.
 void LayerPanel::closed() {
+    if (std::exchange(moving_, true)) return;
     connection_.afterRequests([this, alive = std::weak_ptr(alive_)] {
         if (alive.expired()) return;
+        moving_ = false;
         surface_.reset();
         if (wanted_) map();
     });

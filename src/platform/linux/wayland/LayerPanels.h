@@ -38,6 +38,7 @@ class LayerPanel : public FloatingPanel {
     std::atomic<double> scale_ = 1;
     std::unique_ptr<LayerSurface> surface_;  // connection thread; null while hidden or without a screen
     bool wanted_ = false;                    // connection thread
+    bool moving_ = false;                    // connection thread
     std::shared_ptr<const bool> alive_ = std::make_shared<bool>(true);  // connection thread
 };
 
