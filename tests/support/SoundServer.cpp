@@ -53,6 +53,15 @@ QStringList loudspeakerModule(const QString& name) {
     return command << QStringLiteral("channels=1") << QStringLiteral("norewinds=1");
 }
 
+QStringList microphoneModule(const QString& name, const QString& heard) {
+    QStringList command{QStringLiteral("load-module"), QStringLiteral("module-remap-source"),
+                        QStringLiteral("master=") + heard, QStringLiteral("source_name=") + name};
+    // A real microphone has a priority. Among devices without one, WirePlumber 0.5 makes a monitor the
+    // default.
+    if (soundServer::isPipeWire()) command << QStringLiteral("source_properties=priority.session=2000");
+    return command;
+}
+
 QByteArray rampOf(std::chrono::seconds length) {
     const auto frames = Speaker::sampleRate * length.count();
     std::vector<std::int16_t> samples(static_cast<std::size_t>(frames));
@@ -101,8 +110,7 @@ void addPair(const QString& loudspeaker, const QString& microphone) {
     pactl(loudspeakerModule(loudspeaker));
     const QString monitor = loudspeaker + QStringLiteral(".monitor");
     ASSERT_TRUE(waitFor([&] { return sources().contains(monitor); }));
-    pactl({QStringLiteral("load-module"), QStringLiteral("module-remap-source"),
-           QStringLiteral("master=") + monitor, QStringLiteral("source_name=") + microphone});
+    pactl(microphoneModule(microphone, monitor));
     ASSERT_TRUE(waitFor([&] { return sources().contains(microphone); }));
 }
 
