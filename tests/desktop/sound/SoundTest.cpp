@@ -27,27 +27,6 @@ std::vector<double> steps(const std::vector<double>& places) {
     return result;
 }
 
-TEST(SoundTest, WhatIsSpokenArrivesWithoutAHoleOrARepetition) {
-    const Speaker speaker;
-    ASSERT_TRUE(Listener().hearsSound());
-    Listener listener;
-    ASSERT_TRUE(listener.hears(2 * oneSecond));
-    listener.stop();
-    EXPECT_THAT(steps(Speaker::placesIn(listener.firstChannel())), testing::Each(testing::DoubleNear(1, 3)));
-    EXPECT_EQ(listener.interruptions(), 0);
-}
-
-TEST(SoundTest, BlocksAreWholeButTheLast) {
-    Listener listener;
-    ASSERT_TRUE(listener.hears(3 * AudioCapture::blockFrames));
-    listener.stop();
-    auto blocks = listener.blocks();
-    ASSERT_GE(blocks.size(), 3U);
-    EXPECT_LE(blocks.back(), AudioCapture::blockFrames);
-    blocks.pop_back();
-    EXPECT_THAT(blocks, testing::Each(AudioCapture::blockFrames));
-}
-
 /// A second listener that notes when each piece of sound arrived. A microphone hears at an even pace, so the
 /// piece that was least delayed tells by when each sample has been spoken at the latest. A server on a busy
 /// machine may leave a piece out, though: only the pieces around a moment tell of it, and only if they agree.
@@ -134,6 +113,31 @@ class StreamObserver {
     std::vector<float> samples_;
     std::vector<Piece> pieces_;
 };
+
+TEST(SoundTest, WhatIsSpokenArrivesWithoutAHoleOrARepetition) {
+    const Speaker speaker;
+    ASSERT_TRUE(Listener().hearsSound());
+    // Another recording keeps the server's cycle as short as this one wants it. PipeWire 1.4 shortens it for
+    // the first recording, and its virtual microphone stumbles then, whoever listens.
+    const StreamObserver witness;
+    ASSERT_TRUE(witness.hears(oneSecond));
+    Listener listener;
+    ASSERT_TRUE(listener.hears(2 * oneSecond));
+    listener.stop();
+    EXPECT_THAT(steps(Speaker::placesIn(listener.firstChannel())), testing::Each(testing::DoubleNear(1, 3)));
+    EXPECT_EQ(listener.interruptions(), 0);
+}
+
+TEST(SoundTest, BlocksAreWholeButTheLast) {
+    Listener listener;
+    ASSERT_TRUE(listener.hears(3 * AudioCapture::blockFrames));
+    listener.stop();
+    auto blocks = listener.blocks();
+    ASSERT_GE(blocks.size(), 3U);
+    EXPECT_LE(blocks.back(), AudioCapture::blockFrames);
+    blocks.pop_back();
+    EXPECT_THAT(blocks, testing::Each(AudioCapture::blockFrames));
+}
 
 /// By how many samples a recording that ended after `delay` goes on beyond what had certainly been spoken by
 /// then. Nothing when the microphone stumbled meanwhile.
