@@ -11,9 +11,9 @@
 #include <sys/un.h>
 
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <string>
 #include <utility>
 
@@ -36,9 +36,9 @@ QByteArray bytesOf(std::uint32_t number) {
 }
 
 std::uint32_t numberAt(const QByteArray& bytes, qsizetype place) {
-    std::uint32_t number = 0;
-    std::memcpy(&number, bytes.constData() + place, sizeof number);
-    return number;
+    std::array<char, sizeof(std::uint32_t)> raw{};
+    for (char& byte : raw) byte = bytes.at(place++);
+    return std::bit_cast<std::uint32_t>(raw);
 }
 
 }  // namespace
