@@ -57,7 +57,9 @@ class UpdateTest(UpdateCase):
     def assert_notes_do_not_come_back(self, site, running):
         quit_program()
         wait_for("its end", lambda: not pathlib.Path(f"/proc/{running}").exists())
+        former_items = len(self.panel.items)
         again = self.start(site.address)
+        wait_for("its item in the panel", lambda: len(self.panel.items) > former_items)
         self.assertEqual(labels(again.pid), set())
         self.assertNotIn(f"⬆️ Aggiorna a Parlivo {self.newer}…", self.panel.lines())
 
