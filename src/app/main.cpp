@@ -52,13 +52,29 @@ QString refusal(RemoteControl::Delivery delivery) {
     return Texts::tr("controllo non disponibile: %1").arg(reason);
 }
 
-/// Passes the commands of a second start to the running instance.
-int sendToRunningInstance(const std::vector<RemoteCommand>& commands) {
+/// Passes commands to the running instance, up to the first that does not arrive.
+RemoteControl::Delivery sendToRunningInstance(const std::vector<RemoteCommand>& commands) {
+    auto delivery = RemoteControl::Delivery::Done;
     for (const RemoteCommand command : commands) {
-        const auto delivery = Platform::current().remoteControl().send(command);
-        if (delivery != RemoteControl::Delivery::Done) return fail(refusal(delivery));
+        delivery = Platform::current().remoteControl().send(command);
+        if (delivery != RemoteControl::Delivery::Done) break;
     }
-    return 0;
+    return delivery;
+}
+
+/// The exit status of a second start, which sends its commands to the first instance. Nullopt if the first
+/// one ended before it answered and its place is this program's now.
+std::optional<int> yieldToRunningInstance(const CommandLine& line) {
+    const auto delivery = sendToRunningInstance(
+        line.commands.empty() ? std::vector{RemoteCommand::ShowSettings} : line.commands);
+    if (delivery == RemoteControl::Delivery::Done) return 0;
+    const bool mayHaveEnded =
+        delivery == RemoteControl::Delivery::NoInstance || delivery == RemoteControl::Delivery::NoAnswer;
+    if (mayHaveEnded && line.canStart() &&
+        Platform::current().remoteControl().registerInstance() == RemoteControl::Instance::Only) {
+        return std::nullopt;
+    }
+    return fail(refusal(delivery));
 }
 
 RemoteTarget targetOf(AppDelegate& delegate) {
@@ -91,8 +107,7 @@ int runApplication(const CommandLine& line) {
 /// Only one instance runs; a second one sends its commands to the first and ends.
 int runOnlyInstance(const CommandLine& line, const std::optional<QString>& problem) {
     if (Platform::current().remoteControl().registerInstance() == RemoteControl::Instance::Another) {
-        return sendToRunningInstance(line.commands.empty() ? std::vector{RemoteCommand::ShowSettings}
-                                                           : line.commands);
+        if (const auto status = yieldToRunningInstance(line)) return *status;
     }
     if (!line.canStart()) return fail(Texts::tr("non è in esecuzione"));
     if (problem) return fail(*problem);

@@ -149,6 +149,18 @@ TEST_F(InstanceTest, AProgramThatDoesNotAnswerIsNotTakenForAMissingBus) {
         << qPrintable(outcome.errors);
 }
 
+TEST_F(InstanceTest, AProgramThatEndsBeforeItAnswersLeavesItsPlaceToTheNext) {
+    const Program first;
+    ASSERT_TRUE(first.waitUntilUp());
+    first.signal(SIGSTOP);
+    const Program second;
+    letPass(std::chrono::milliseconds(700));
+    ASSERT_TRUE(second.isRunning()) << "it waits for an answer";
+    first.signal(SIGKILL);
+    EXPECT_TRUE(second.waitUntilUp());
+    EXPECT_EQ(second.state(), QStringLiteral("idle"));
+}
+
 TEST_F(InstanceTest, TheCommandLineAnswersWithoutStartingAnything) {
     EXPECT_EQ(Program::call({QStringLiteral("--version")}).output,
               QStringLiteral("Parlivo " PARLIVO_TEST_VERSION "\n"));

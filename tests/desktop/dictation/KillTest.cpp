@@ -195,9 +195,14 @@ TEST_F(KillTest, WhileTyping) {
     }
     home::set(QStringLiteral("typingSpeed"), QStringLiteral("fast"));
     expectTheNextStartWorks();
-    // The next program knows what the killed one had lent.
+    // The next program knows what the killed one had lent; one that quits before it can type does not look.
     Program program;
     ASSERT_TRUE(program.waitUntilUp());
+    {
+        StubRecogniser stub;
+        const Receiver receiver(Receiver::Kind::Qt);
+        expectDictation(program, receiver, stub, QStringLiteral("è ora"));
+    }
     EXPECT_TRUE(program.invoke("Quit"));
     EXPECT_EQ(program.waitForExit(), 0);
     EXPECT_EQ(keyboardMap(), keys);
