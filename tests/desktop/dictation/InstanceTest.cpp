@@ -229,6 +229,7 @@ TEST_F(InstanceTest, AskedToEndItLeavesEverythingAsItWas) {
     ASSERT_TRUE(receiver.waitForText(QStringLiteral("La città è molto bella."), engineTimeout))
         << qPrintable(receiver.text());
     EXPECT_NE(keyboardMap(), keys) << "the accents need keys of their own";
+    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
 
     press();
     ASSERT_TRUE(program.waitForState(QStringLiteral("recording")));
