@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <limits>
 #include <memory>
+#include <optional>
 
 namespace parlivo::Http {
 
@@ -207,12 +208,14 @@ class Transfer {
     }
 
     static std::size_t takeBody(const char* bytes, std::size_t, std::size_t count, void* self) {
-        const Transfer& transfer = *static_cast<const Transfer*>(self);
+        Transfer& transfer = *static_cast<Transfer*>(self);
+        // Looked up once: a large body comes in tens of thousands of pieces.
+        if (!transfer.head_) transfer.head_ = transfer.readHead();
         const QByteArrayView piece(bytes, static_cast<qsizetype>(count));
-        return transfer.receive_(piece, transfer.head()) ? count : CURL_WRITEFUNC_ERROR;
+        return transfer.receive_(piece, *transfer.head_) ? count : CURL_WRITEFUNC_ERROR;
     }
 
-    Head head() const {
+    Head readHead() const {
         Head head{number<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T), {}};
         curl_header* found = nullptr;
         if (!firstHeader_.isEmpty() && curl_easy_header(easy_.get(), firstHeader_.constData(), 0,
@@ -231,6 +234,7 @@ class Transfer {
 
     const QByteArray firstHeader_;
     const Receiver& receive_;
+    std::optional<Head> head_;
     qint64 headBytes_ = 0;
     std::unique_ptr<curl_slist, ListDeleter> headers_;
     std::unique_ptr<CURLM, MultiDeleter> multi_;
