@@ -16,6 +16,7 @@ import update_test  # noqa: E402
 
 class InstalledTest(update_test.ForeignBundleTest):
     def install(self):
+        self.home.mkdir(parents=True)  # stays empty
         self.bundle = pathlib.Path(sys.argv[1])
         self.assertTrue(all(path.lstat().st_uid == 0 for path in self.bundle.rglob("*")))
         self.version = plistlib.loads((self.bundle / "Contents/Info.plist").read_bytes())["CFBundleShortVersionString"]
