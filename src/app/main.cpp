@@ -15,6 +15,7 @@
 #include <QApplication>
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
@@ -86,6 +87,28 @@ RemoteTarget targetOf(AppDelegate& delegate) {
     };
 }
 
+/// Qt calls exit() when the display server has ended, in the midst of everything: other threads still run,
+/// and what static objects would give back goes through libraries that have ended before them. While one of
+/// these exists the process ends at once then. The next start clears up.
+class ExitGuard {
+  public:
+    ExitGuard() {
+        isOn_ = true;
+        std::atexit([] {
+            if (!isOn_) return;
+            Log::info(QStringLiteral("il server grafico è terminato: l'app si chiude"));
+            Log::flush();
+            std::_Exit(EXIT_FAILURE);
+        });
+    }
+    ~ExitGuard() { isOn_ = false; }
+    ExitGuard(const ExitGuard&) = delete;
+    ExitGuard& operator=(const ExitGuard&) = delete;
+
+  private:
+    static inline bool isOn_ = false;
+};
+
 /// Runs the only instance from start to end.
 int runApplication(const CommandLine& line) {
     AppDelegate delegate;
@@ -99,7 +122,10 @@ int runApplication(const CommandLine& line) {
         delegate.applicationDidFinishLaunching();
         for (const RemoteCommand command : line.commands) delegate.perform(command);
     });
-    const int result = QCoreApplication::exec();
+    const int result = [] {
+        const ExitGuard guard;
+        return QCoreApplication::exec();
+    }();
     delegate.applicationWillTerminate();
     return result;
 }

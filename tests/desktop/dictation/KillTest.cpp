@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QJsonDocument>
+#include <QProcess>
 
 #include <algorithm>
 #include <csignal>
@@ -84,6 +85,46 @@ TEST_F(KillTest, WhileRecording) {
         release();
     }
     EXPECT_EQ(home::recordings().size(), 2);
+    expectTheNextStartWorks();
+}
+
+/// An X server beside the test's own.
+class OtherDisplay {
+  public:
+    OtherDisplay() {
+        server_.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1"),
+                                               QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+        EXPECT_TRUE(waitFor([this] { return server_.canReadLine(); }));
+        name_ = QLatin1Char(':') + QString::fromLatin1(server_.readLine().trimmed());
+    }
+    QProcessEnvironment environment() const {
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DISPLAY"), name_);
+        return environment;
+    }
+    void kill() {
+        server_.kill();
+        server_.waitForFinished();
+    }
+
+  private:
+    QProcess server_;
+    QString name_;
+};
+
+TEST_F(KillTest, TheDisplayServerWhileRecording) {
+    {
+        OtherDisplay display;
+        Program program(builtBundle(), display.environment());
+        ASSERT_TRUE(program.waitUntilUp());
+        ASSERT_TRUE(program.invoke("Toggle"));
+        ASSERT_TRUE(program.waitForState(QStringLiteral("recording")));
+        display.kill();
+        EXPECT_EQ(program.waitForExit(), 1) << "it crashes, or stays: " << qPrintable(program.errors());
+        EXPECT_TRUE(waitFor([] { return enginesAreGone(); })) << "its engines outlive it";
+        EXPECT_TRUE(waitFor([] { return recordingStreams().isEmpty(); })) << "the microphone stays open";
+        EXPECT_TRUE(home::log().contains(QStringLiteral("il server grafico è terminato")));
+    }
     expectTheNextStartWorks();
 }
 
