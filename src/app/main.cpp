@@ -14,6 +14,7 @@
 
 #include <QApplication>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -89,24 +90,38 @@ RemoteTarget targetOf(AppDelegate& delegate) {
 
 /// Qt calls exit() when the display server has ended, in the midst of everything: other threads still run,
 /// and what static objects would give back goes through libraries that have ended before them. While one of
-/// these exists the process ends at once then. The next start clears up.
+/// these exists the process ends at once then, before anything is destroyed: Qt says what has happened just
+/// before its exit(). The next start clears up.
 class ExitGuard {
   public:
     ExitGuard() {
         isOn_ = true;
-        std::atexit([] {
-            if (!isOn_) return;
-            Log::info(QStringLiteral("il server grafico è terminato: l'app si chiude"));
-            Log::flush();
-            std::_Exit(EXIT_FAILURE);
-        });
+        std::atexit([] { endAtOnce(); });  // should Qt put it in other words
+        former_ = qInstallMessageHandler(
+            [](QtMsgType type, const QMessageLogContext& context, const QString& message) {
+                former_(type, context, message);
+                if (message.startsWith(QLatin1String("The X11 connection broke")) ||
+                    message.startsWith(QLatin1String("The Wayland connection broke")))
+                    endAtOnce();
+            });
     }
-    ~ExitGuard() { isOn_ = false; }
+    ~ExitGuard() {
+        isOn_ = false;
+        qInstallMessageHandler(former_);
+    }
     ExitGuard(const ExitGuard&) = delete;
     ExitGuard& operator=(const ExitGuard&) = delete;
 
   private:
-    static inline bool isOn_ = false;
+    static void endAtOnce() {
+        if (!isOn_) return;
+        Log::info(QStringLiteral("il server grafico è terminato: l'app si chiude"));
+        Log::flush();
+        std::_Exit(EXIT_FAILURE);
+    }
+
+    static inline std::atomic<bool> isOn_ = false;
+    static inline QtMessageHandler former_ = nullptr;
 };
 
 /// Runs the only instance from start to end.
