@@ -77,6 +77,24 @@ TEST_P(EveryGnomeReceiver, PastesTenThousandCharactersAndPutsTheClipboardBack) {
     EXPECT_EQ(hands.clipboard(), before);
 }
 
+/// It may still paste when it goes on, so the text must not have been replaced by then.
+TEST_P(EveryGnomeReceiver, OneThatStandsStillLeavesTheTextOnTheClipboardAndLivesOn) {
+    hands.copy(before);
+    const WaylandReceiver receiver(GetParam());
+    const QString text = QStringLiteral("Perché “no”? 👨‍👩‍👧‍👦\n").repeated(20);
+    receiver.freeze();
+    EXPECT_EQ(paste(text), Injector::Outcome::LeftOnClipboard);
+    letPass(6s);
+    EXPECT_TRUE(onlyHandsAreLeft());
+    EXPECT_EQ(hands.clipboard(), text);
+    receiver.thaw();
+    // A terminal pastes from the X server's selection, and asks for that too late.
+    if (GetParam() != Kind::Foot) {
+        EXPECT_TRUE(receiver.waitForText(text)) << qPrintable(receiver.text());
+    }
+    EXPECT_EQ(hands.clipboard(), text);
+}
+
 INSTANTIATE_TEST_SUITE_P(All, EveryGnomeReceiver,
                          testing::Values(Kind::Foot, Kind::Gtk3, Kind::Gtk4, Kind::Qt),
                          [](const auto& kind) { return nameOf(kind.param); });

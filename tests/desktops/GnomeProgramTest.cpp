@@ -6,6 +6,8 @@
 
 #include <linux/input-event-codes.h>
 
+#include <csignal>
+
 namespace parlivo::desktop {
 namespace {
 
@@ -88,6 +90,29 @@ TEST_F(GnomeProgramTest, WithoutATextFieldTheTextGoesToTheClipboardAndThatIsSaid
             QStringLiteral("⚠️ Testo negli appunti — la finestra attiva non lo ha preso"));
     })) << qPrintable(program.statusText());
     EXPECT_EQ(hands.clipboard(), spoken);
+}
+
+/// The window stands still, and the user ends the session that the orange sign tells of.
+TEST_F(GnomeProgramTest, ASessionThatTheUserEndsLeavesTheTextOnTheClipboard) {
+    StubRecogniser stub(spoken);
+    const WaylandReceiver receiver(Kind::Gtk4);
+    const Program program(builtBundle(), session());
+    ASSERT_TRUE(program.waitUntilUp());
+    ASSERT_TRUE(program.invoke("Toggle"));
+    ASSERT_TRUE(program.waitForState(QStringLiteral("recording")));
+    letPass(500ms);
+    receiver.freeze();
+    ASSERT_TRUE(program.invoke("Toggle"));
+    ASSERT_TRUE(waitFor([] { return gnome::remoteSessions() == 2; }));
+    letPass(500ms);  // the text is on the clipboard by then
+    gnome::endLastRemoteSession();
+    EXPECT_TRUE(waitFor([] { return gnome::remoteSessions() == 1; }));
+    EXPECT_TRUE(waitFor([&] {
+        return program.statusText().startsWith(QStringLiteral("⚠️ Testo negli appunti"));
+    })) << qPrintable(program.statusText());
+    EXPECT_EQ(hands.clipboard(), spoken);
+    receiver.thaw();
+    EXPECT_EQ(gnome::remoteSessions(), 1);
 }
 
 TEST_F(GnomeProgramTest, AKilledProgramLeavesNoSession) {

@@ -5,7 +5,10 @@
 #include "support/Error.h"
 #include "support/Waiting.h"
 
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusInterface>
+#include <QDBusMessage>
 #include <QDBusReply>
 #include <QProcess>
 
@@ -30,6 +33,17 @@ QString run(const QString& program, const QStringList& arguments) {
     if (!waitFor([&] { return process.state() == QProcess::NotRunning; }) || process.exitCode() != 0)
         fail(program + QLatin1Char(' ') + arguments.join(QLatin1Char(' ')));
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+/// nullopt if the shell does not answer, or cannot do it.
+std::optional<QString> evaluate(const QString& expression) {
+    auto call =
+        QDBusMessage::createMethodCall(QStringLiteral("org.gnome.Shell"), QStringLiteral("/org/gnome/Shell"),
+                                       QStringLiteral("org.gnome.Shell"), QStringLiteral("Eval"));
+    call << expression;
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call);
+    if (!reply.arguments().value(0).toBool()) return std::nullopt;
+    return reply.arguments().value(1).toString();
 }
 
 }  // namespace
@@ -76,11 +90,38 @@ int remoteSessions() {
 }
 
 QString inShell(const QString& expression) {
-    QDBusInterface shell(QStringLiteral("org.gnome.Shell"), QStringLiteral("/org/gnome/Shell"),
-                         QStringLiteral("org.gnome.Shell"));
-    const QDBusMessage reply = shell.call(QStringLiteral("Eval"), expression);
-    if (!reply.arguments().value(0).toBool()) fail(expression);
-    return reply.arguments().value(1).toString();
+    const auto value = evaluate(expression);
+    if (!value) fail(expression);
+    return *value;
+}
+
+bool waitForShell() {
+    const QString yes = QStringLiteral("true");
+    const QString no = QStringLiteral("false");
+    // Without a window it shows its overview, which takes every key.
+    return waitFor([&] {
+        return evaluate(QStringLiteral("Main.layoutManager._startingUp")) == no &&
+               evaluate(QStringLiteral("Main.overview.hide(); true")) == yes &&
+               evaluate(QStringLiteral("Main.overview.visible")) == no;
+    });
+}
+
+bool isServed(const QString& name) {
+    const QDBusReply<bool> isThere = QDBusConnection::sessionBus().interface()->isServiceRegistered(name);
+    return isThere.isValid() && isThere.value();
+}
+
+int boundKeys() {
+    return inShell(QStringLiteral("Main.shellDBusService._grabbedAccelerators.size")).toInt();
+}
+
+void endLastRemoteSession() {
+    // Newer shells have a sign of its own for sessions that are no recordings.
+    inShell(
+        QStringLiteral("(() => { const signs = Main.panel.statusArea;"
+                       " const sessions = [...(signs.screenSharing?._handles ?? []),"
+                       " ...signs.quickSettings._remoteAccess._handles];"
+                       " sessions.at(-1).stop(); return true; })()"));
 }
 
 QString setting(const QString& schema, const QString& key) {

@@ -37,6 +37,14 @@ int remoteSessions();
 
 /// What the shell gives for an expression; throws Error if it cannot.
 QString inShell(const QString& expression);
+/// Waits until a shell that has been started anew takes keys. False if that does not happen in time.
+bool waitForShell();
+/// Whether somebody has this name on the session bus.
+bool isServed(const QString& name);
+/// How many key combinations programs have been given by the shell.
+int boundKeys();
+/// The user ends the session that was opened last, by the shell's own sign for it.
+void endLastRemoteSession();
 
 /// A setting as `gsettings` prints it; `schema` may name a path after a colon.
 QString setting(const QString& schema, const QString& key);
