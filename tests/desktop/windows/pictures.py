@@ -2,191 +2,34 @@
 # SPDX-License-Identifier: MIT
 """Takes pictures of the windows of the real program, led through its states over the accessibility bus.
 
-usage: pictures.py PARLIVO FOLDER light|dark|large|small|refused SCALE
+usage: pictures.py PARLIVO FOLDER MANNER SCALE
 
-light and dark are the desktop's colours, large is a font of 14 points, small is for a small screen.
+MANNER is light or dark, the desktop's colours; or words joined by hyphens, which end the pictures' names: dark, large (a
+font of 14 points), small and laptop (of the screen); or refused, for the pages that ask for permissions.
 
 Run by tools/screenshots, on a desktop of its own.
 """
-import http.server
-import json
 import os
 import pathlib
 import subprocess
 import sys
-import threading
 
+sys.path.insert(1, str(pathlib.Path(__file__).resolve().parents[1] / "update"))
 import windows
 from held_keys import PRESETS, HeldKeys
+from panel import Panel
+from picture_session import BEST, FULL, Look, Session
 from strict_display import StrictDisplay
-from windows import Atspi, Program, models_folder, store, wait_for
+from windows import Atspi, provide_models, wait_for
 
 _, PARLIVO, FOLDER, MANNER, SCALE = sys.argv
+# Its models can be had, so that it can dictate.
+TRIAL = pathlib.Path(PARLIVO).parents[3] / "tests/Trial.app/Contents/MacOS/Parlivo"
 
-SIZES = {
-    "ggml-large-v3-turbo-q5_0.bin": 574041195,
-    "ggml-large-v3-turbo-q8_0.bin": 874188075,
-    "qwen2.5-1.5b-instruct-q4_k_m.gguf": 1117320736,
-    "gemma-3-4b-it-Q4_K_M.gguf": 2489757856,
-}
-BEST = "ggml-large-v3-turbo-q8_0.bin"
-FULL = "gemma-3-4b-it-Q4_K_M.gguf"
 KEY_TAKEN = "Alt+Spazio è già usata da un altro programma: scegli un'altra scorciatoia"
-SHARE = 0.38  # where a download stands in its picture
-PIECE = bytes(1 << 20)
-
-# What the KDE desktop stores for its dark colours, which Qt reads by itself.
-DARK = """[General]
-widgetStyle=Fusion
-[Colors:Window]
-BackgroundNormal=42,42,46
-ForegroundNormal=235,235,240
-[Colors:Button]
-BackgroundNormal=62,62,68
-ForegroundNormal=235,235,240
-[Colors:View]
-BackgroundNormal=30,30,33
-BackgroundAlternate=36,36,40
-ForegroundNormal=235,235,240
-[Colors:Selection]
-BackgroundNormal=52,110,200
-ForegroundNormal=255,255,255
-[Colors:Tooltip]
-BackgroundNormal=62,62,68
-ForegroundNormal=235,235,240
-"""
-
-
-DESKTOPS = {
-    "dark": DARK,
-    "large": "[General]\nwidgetStyle=Fusion\nfont=DejaVu Sans,14,-1,5,50,0,0,0,0,0\n",
-}
-
-
-class Web(http.server.ThreadingHTTPServer):
-    """The models' host, which stops in mid-file or breaks; and a site that takes feedback or refuses it."""
-
-    daemon_threads = True
-
-    def __init__(self, port=0):
-        super().__init__(("127.0.0.1", port), Handler)
-        self.broken = False
-        self.status = 200
-        threading.Thread(target=self.serve_forever, daemon=True).start()
-
-    @property
-    def address(self):
-        return f"http://127.0.0.1:{self.server_port}"
-
-
-class Handler(windows.Handler):
-    def do_GET(self):
-        if self.path == "/api/tags":
-            return self.answer(200, b'{"models": [{"name": "gemma3:4b"}]}')
-        size = SIZES.get(self.path.rsplit("/", 1)[-1])
-        if size is None or self.server.broken:
-            return self.answer(404, b"not found")
-        self.begin(200, size)
-        try:
-            for _ in range(int(size * SHARE) // len(PIECE)):
-                self.wfile.write(PIECE)
-            threading.Event().wait()
-        except OSError:  # the program was ended
-            self.close_connection = True
-
-    def do_POST(self):
-        self.rfile.read(int(self.headers["Content-Length"]))
-        self.answer(self.server.status, b"{}")
-
-
-class Session:
-    """One run of the program, from an empty home."""
-
-    def __init__(self, settings, *arguments, models=(), display=None, **environment):
-        self.web = Web()
-        subprocess.run(["rm", "-rf", str(windows.data_folder())], check=True)
-        store(settings)
-        models_folder().mkdir(parents=True)
-        for name in models:
-            with open(models_folder() / name, "wb") as file:
-                file.truncate(SIZES[name])
-        if display:
-            environment["DISPLAY"] = display
-        self.display = display
-        self.program = Program(self.web, *arguments, **environment)
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.program.end()
-        self.web.shutdown()
-
-    def picture(self, name, window, number=None, described=True):
-        """Takes a picture of a window once it has stopped changing."""
-        environment = dict(os.environ, **({"DISPLAY": self.display} if self.display else {}))
-        path = f"{FOLDER}/{name}{'' if MANNER in ('light', 'refused') else '-' + MANNER}{'@2x' if SCALE == '2' else ''}.png"
-        number = number or wait_for(window, lambda: subprocess.run(
-            ["xdotool", "search", "--onlyvisible", "--name", f"^{window}$"], capture_output=True, text=True,
-            env=environment, check=False).stdout.split())[-1]
-        before = None
-
-        def still():
-            nonlocal before
-            subprocess.run(["import", "-window", number, "-depth", "8", "-define", "png:compression-level=9", path],
-                           check=True, env=environment)
-            now = subprocess.run(["identify", "-format", "%#", path], check=True, capture_output=True).stdout
-            same, before = now == before, now
-            return same
-        wait_for("a still picture", still)
-        where = subprocess.run(["xdotool", "getwindowgeometry", "--shell", number], check=True, capture_output=True,
-                               text=True, env=environment).stdout
-        corner = [int(line.partition("=")[2]) for line in where.split() if line.startswith(("X=", "Y="))]
-        if described and window != "Usa questa cartella":  # the toolkit's, or the desktop's
-            self.describe(pathlib.Path(path).with_suffix(".json"), corner)
-        # Few colours are enough for flat drawings, and make small files.
-        subprocess.run(["convert", path, "-strip", "+dither", "-colors", "255", f"PNG8:{path}"], check=True)
-        print(path)
-
-
-    def alert(self, name, button):
-        """Takes a picture of the alert with this button."""
-        self.program.explained("the alert's button to have the keyboard", lambda: self.program.find(button))
-        number = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=True).stdout
-        title = subprocess.run(["xdotool", "getwindowname", number.strip()], capture_output=True, text=True,
-                               check=True).stdout.strip()
-        self.picture(name, title, number.strip(), described=False)
-
-    def describe(self, path, corner):
-        """Notes where the controls are in a picture of the window at this corner, for tools/contrast."""
-        controls = []
-        scale = int(SCALE)
-        for item in self.program.everything():
-            if item.get_role_name() not in windows.CONTROLS | {"label", "progress bar"} or not item.get_name():
-                continue
-            place = extents(item)
-            if is_cut_off(item, place):
-                continue
-            enabled = windows.has(item, Atspi.StateType.ENABLED)
-            controls.append({"role": item.get_role_name(), "name": item.get_name(), "state": "" if enabled else "disabled ",
-                             "area": [place.x * scale - corner[0], place.y * scale - corner[1], place.width * scale,
-                                      place.height * scale]})
-        path.write_text(json.dumps(controls))
-
-
-def extents(item):
-    return item.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
-
-
-def is_cut_off(item, place):
-    """Whether a part of it is scrolled out of sight."""
-    parent = item.get_parent()
-    while parent and parent.get_component_iface() and parent.get_role_name() != "application":
-        around = extents(parent)
-        if place.y < around.y or place.y + place.height > around.y + around.height:
-            return True
-        parent = parent.get_parent()
-    return False
+CHANGES = """• Il microfono si sceglie nelle impostazioni
+• Gli errori appaiono anche come notifiche
+• La scorciatoia può essere qualunque combinazione"""
 
 
 def first_run():
@@ -228,8 +71,6 @@ def first_run():
             program.press("Continua")
             program.wait(title)
             session.picture(f"onboarding-{name}", "Parlivo")
-
-
     refused_key()
 
 
@@ -338,6 +179,45 @@ def feedback_window():
         session.picture("feedback-4-thanks", window)
 
 
+def updates():
+    """An update on offer, its failure, and what is new after one."""
+    panel = Panel()
+    ready = {"onboardingDone": True}
+    with Session(ready, models=(BEST,), update=("9.1.0", CHANGES)) as session:
+        offer = "⬆️ Aggiorna a Parlivo 9.1.0…"
+        wait_for("the offer", lambda: offer in panel.lines())
+        panel.choose(offer)
+        session.alert("alert-update", "Aggiorna ora")
+        session.program.press("Aggiorna ora")
+        session.program.wait("Aggiornamento non riuscito")
+        session.alert("alert-update-failed", "OK")
+    for name, changes in (("alert-news", CHANGES), ("alert-news-long", "\n".join([CHANGES] * 12))):
+        updated = {**ready, "lastSeenVersion": "0.9.0", "pendingChangelog": changes}
+        with Session(updated, models=(BEST,)) as session:
+            session.alert(name, "Ottimo")
+
+
+class TrialSession(Session):
+    """A run of the program that can dictate."""
+
+    def put_models(self, names):
+        provide_models(*names)
+
+
+def invitation():
+    """What comes after the twentieth dictation."""
+    windows.PROGRAM = str(TRIAL)
+    stored = {"onboardingDone": True, "cleanupLevel": "none", "dictationCount": 19}
+    with TrialSession(stored, models=(BEST,)) as session:
+        wait_for("the program", windows.is_up)
+        windows.command("--press")
+        wait_for("the recording", lambda: windows.state() == "recording")
+        windows.speak("Buongiorno a tutti.")
+        windows.command("--release")
+        session.alert("alert-invitation", "Dì la tua")
+    windows.PROGRAM = PARLIVO
+
+
 def move_home():
     """To a folder that may be shown, where this world lets us have one."""
     if subprocess.run(["mount", "-n", "-t", "tmpfs", "tmpfs", "/home"], check=False).returncode != 0:
@@ -350,14 +230,12 @@ def move_home():
 
 def main():
     windows.PROGRAM = PARLIVO
+    Session.look = Look(FOLDER, MANNER, SCALE)
     # A row under the pointer looks chosen.
     subprocess.run(["xdotool", "mousemove", "0", "0"], check=True)
     if MANNER != "refused":  # whose pages show no folder
         move_home()
-    if MANNER in DESKTOPS:
-        pathlib.Path(os.environ["XDG_CONFIG_HOME"]).mkdir(parents=True, exist_ok=True)
-        pathlib.Path(os.environ["XDG_CONFIG_HOME"], "kdeglobals").write_text(DESKTOPS[MANNER])
-        os.environ.update(XDG_CURRENT_DESKTOP="KDE", KDE_SESSION_VERSION="5", QT_QPA_PLATFORMTHEME="kde")
+    Session.look.apply()
     with subprocess.Popen([windows.LAUNCHER, "--launch-immediately"]) as launcher:
         try:
             wait_for("the accessibility bus", windows.accessibility_bus)
@@ -366,12 +244,14 @@ def main():
                 refused_permissions()
                 return
             # The first run has colours of its own and looks the same in the dark.
-            if MANNER != "dark":
+            if "dark" not in Session.look.words:
                 first_run()
             else:
                 refused_key()
             settings_window()
             feedback_window()
+            updates()
+            invitation()
         finally:
             launcher.terminate()
 
