@@ -270,6 +270,7 @@ void AppDelegate::setupStatusItem() {
 }
 
 void AppDelegate::menuWillOpen() {
+    HotKeyStatus::shared().look();
     auto& permissions = Platform::current().permissions();
     menu_->setMicrophone(permissions.microphone());
     menu_->setAccessibility(permissions.accessibilityTrusted(Permissions::Prompt::No));

@@ -13,13 +13,12 @@
 
 namespace parlivo {
 
+using namespace std::chrono_literals;
+
 namespace {
 
 /// There is only one hot key at a time, so one identity does for all presets. The signature is "PRLV".
 constexpr HotKeyIdentity identity{.signature = 0x50524C56, .id = 1};
-
-/// For what no event tells: a program that ends, or that gives a key up.
-constexpr std::chrono::seconds retryInterval{3};
 
 bool keysAreContended() {
     return Platform::current().hotKeys().contention() == HotKeyService::Contention::Common;
@@ -44,8 +43,9 @@ const Preset& HotKeyManager::preset(const QString& id) {
 }
 
 HotKeyManager::HotKeyManager() {
-    retryTimer_.setInterval(Clock::scaled(retryInterval));
-    QObject::connect(&retryTimer_, &QTimer::timeout, &retryTimer_, [this] { retry(); });
+    retryTimer_.setSingleShot(true);
+    QObject::connect(&retryTimer_, &QTimer::timeout, &retryTimer_, [this] { retryByTheClock(); });
+    QObject::connect(&HotKeyStatus::shared(), &HotKeyStatus::lookedAt, &retryTimer_, [this] { tryAgain(); });
 }
 
 HotKeyManager::~HotKeyManager() {
@@ -125,11 +125,44 @@ void HotKeyManager::retryWhileRefused() {
     auto& service = Platform::current().hotKeys();
     if (wanted) {
         service.watchRefused([this] { retry(); });
-        retryTimer_.start();
+        retries_ = 0;
+        waitForRetry();
     } else {
         service.watchRefused({});
         retryTimer_.stop();
     }
+}
+
+/// For what no event tells: a program that ends, or that gives a key up.
+std::chrono::seconds HotKeyManager::retryInterval(int retries) {
+    constexpr int often = 30;
+    return retries < often ? 10s : 60s;
+}
+
+void HotKeyManager::waitForRetry() {
+    retryTimer_.start(Clock::scaled(retryInterval(retries_)));
+}
+
+void HotKeyManager::retryByTheClock() {
+    ++retries_;
+    if (Platform::current().hotKeys().anyMayBeFree(candidates())) retry();
+    if (watching_) waitForRetry();
+}
+
+void HotKeyManager::tryAgain() {
+    if (!watching_) return;
+    retries_ = 0;
+    retry();
+    if (watching_) waitForRetry();
+}
+
+std::vector<HotKeyCombination> HotKeyManager::candidates() {
+    const Preset chosen = HotKeyChoice::current();
+    std::vector<HotKeyCombination> all{{chosen.keyCode, chosen.modifiers}};
+    if (userHasChosen()) return all;
+    for (const Preset& other : presets())
+        if (other.id != chosen.id) all.push_back({other.keyCode, other.modifiers});
+    return all;
 }
 
 void HotKeyManager::retry() {

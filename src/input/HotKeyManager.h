@@ -7,6 +7,7 @@
 #include <QString>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -40,6 +41,11 @@ class HotKeyManager {
     /// Called with the new `refusal()` after each registration and whenever it changes later.
     std::function<void(const std::optional<HotKeyRefusal>& refusal)> onOutcome;
 
+    /// Tries a refused combination again, now: the user is looking at what is said about it.
+    void tryAgain();
+    /// How long to wait for the next try when there have been so many by the clock alone.
+    static std::chrono::seconds retryInterval(int retries);
+
     std::function<void()> onKeyDown;
     std::function<void()> onKeyUp;
 
@@ -51,11 +57,16 @@ class HotKeyManager {
     void report(const std::optional<HotKeyRefusal>& outcome);
     void retryWhileRefused();
     void retry();
+    /// Those of which any would do.
+    static std::vector<HotKeyCombination> candidates();
+    void retryByTheClock();
+    void waitForRetry();
 
     std::optional<HotKeyRefusal> refusal_;
     std::unique_ptr<HotKeyRegistration> hotKeyRef_;
     std::unique_ptr<HotKeyHandler> handlerRef_;
     QTimer retryTimer_;
+    int retries_ = 0;        ///< by the clock alone, since the key was refused
     bool watching_ = false;  ///< whether the service tells what may have become free
 };
 

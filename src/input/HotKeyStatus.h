@@ -29,12 +29,16 @@ class HotKeyStatus : public QObject {
     /// Whether a combination can be had, by trying for a moment.
     Verdict verdictOn(KeyCode key, HotKeyModifiers modifiers) const;
 
+    /// The user sees the warning, or the choice, now: a combination that is refused is tried again.
+    void look() { Q_EMIT lookedAt(); }
+
     /// By the hot key's manager.
     void set(const std::optional<HotKeyRefusal>& refusal);
 
   Q_SIGNALS:
     /// The warning became another one, or another combination is in force.
     void changed();
+    void lookedAt();
 
   private:
     HotKeyStatus() = default;

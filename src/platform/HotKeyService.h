@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <variant>
+#include <vector>
 
 namespace parlivo {
 
@@ -34,6 +35,12 @@ inline constexpr HotKeyModifiers shift = 0x0200;
 inline constexpr HotKeyModifiers option = 0x0800;
 inline constexpr HotKeyModifiers control = 0x1000;
 }  // namespace HotKeyModifier
+
+/// A key and what is held down with it.
+struct HotKeyCombination {
+    KeyCode key = 0;
+    HotKeyModifiers modifiers = 0;
+};
 
 /// A registered hot key. Destroying it unregisters.
 class HotKeyRegistration {
@@ -111,6 +118,10 @@ class HotKeyService {
     /// keyboard's map or the window manager changed. An empty function ends the watch, which may cost
     /// wake-ups.
     virtual void watchRefused(std::function<void()> /*mayBeFree*/) {}
+
+    /// Whether registering one of these is worth a try, found out at less cost than by trying. True where
+    /// that cannot be told.
+    virtual bool anyMayBeFree(const std::vector<HotKeyCombination>& /*refused*/) { return true; }
 
     /// What the user's layout prints on a key now, in upper case; empty if the system does not tell.
     virtual QString keyLabel(KeyCode) { return {}; }

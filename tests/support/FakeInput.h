@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <cstddef>
 #include <functional>
 #include <limits>
 #include <map>
@@ -38,6 +39,7 @@ class HotKeys : public parlivo::HotKeyService {
     Edges edges() const override { return told; }
     std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
     void watchRefused(std::function<void()> newMayBeFree) override { mayBeFree = std::move(newMayBeFree); }
+    bool anyMayBeFree(const std::vector<HotKeyCombination>& refused) override;
 
     void press() const;
     void release() const;
@@ -53,6 +55,7 @@ class HotKeys : public parlivo::HotKeyService {
     Contention contended = Contention::Rare;
     Edges told = Edges::Both;
     std::function<void()> mayBeFree;  ///< set while refused combinations are watched
+    std::size_t questions = 0;        ///< whether refused ones may be free
     /// By native scan codes.
     std::map<std::uint32_t, KeyCode> positions;
     std::vector<Registered> registered;  ///< those in force

@@ -158,6 +158,13 @@ HotKeys::Result HotKeys::registerHotKey(KeyCode key, HotKeyModifiers modifiers, 
     });
 }
 
+bool HotKeys::anyMayBeFree(const std::vector<HotKeyCombination>& refused) {
+    ++questions;
+    return std::ranges::any_of(refused, [this](const auto& one) {
+        return !taken.contains({one.key, one.modifiers});
+    });
+}
+
 std::optional<KeyCode> HotKeys::keyCodeOf(std::uint32_t nativeScanCode) const {
     const auto found = positions.find(nativeScanCode);
     return found == positions.end() ? std::nullopt : std::optional(found->second);

@@ -244,7 +244,7 @@ TEST_F(UnsetHotKeyTest, TheFirstThatCanBeHadIsChosenAndTheUserIsToldWhatIsMissin
 }
 
 TEST_F(UnsetHotKeyTest, NobodyWaitsForItByTheClock) {
-    Clock::setScale(0.002);  // 3 s are 6 ms
+    Clock::setScale(0.001);  // 10 s are 10 ms
     manager = std::make_unique<HotKeyManager>();
     manager->applyCurrentPreset();
     EXPECT_FALSE(keys().mayBeFree);
@@ -309,7 +309,7 @@ TEST_F(ContendedHotKeyTest, AKeyThatBecomesFreeIsTakenWhenTheSystemSaysSo) {
 }
 
 TEST_F(ContendedHotKeyTest, AKeyThatBecomesFreeWithoutAnEventIsTakenLater) {
-    Clock::setScale(0.002);  // 3 s are 6 ms
+    Clock::setScale(0.001);  // 10 s are 10 ms
     manager = std::make_unique<HotKeyManager>();
     manager->onKeyDown = [this] { ++downs; };
     take("opt-space");
@@ -319,6 +319,50 @@ TEST_F(ContendedHotKeyTest, AKeyThatBecomesFreeWithoutAnEventIsTakenLater) {
     EXPECT_TRUE(desktop::waitFor([] { return !warning(); }));
     keys().press();
     EXPECT_EQ(downs, 1);
+}
+
+TEST_F(ContendedHotKeyTest, ByTheClockARefusedKeyIsOnlyAskedAfter) {
+    Clock::setScale(0.001);  // 10 s are 10 ms
+    takeAll();
+    manager->applyCurrentPreset();
+    const auto calls = keys().calls;
+    EXPECT_TRUE(desktop::waitFor([&] { return keys().questions >= 3; }));
+    EXPECT_EQ(keys().calls, calls) << "registering costs more than asking";
+    EXPECT_TRUE(warning());
+    const Preset third = HotKeyManager::presets()[2];
+    keys().taken.erase({third.keyCode, third.modifiers});
+    EXPECT_TRUE(desktop::waitFor([] { return !warning(); }));
+    EXPECT_EQ(chosen(), third.id);
+}
+
+TEST_F(ContendedHotKeyTest, AUsersOwnChoiceIsTheOnlyOneAskedAfter) {
+    Clock::setScale(0.001);  // 10 s are 10 ms
+    take("opt-space");
+    choose("opt-space");
+    manager->applyCurrentPreset();
+    const auto calls = keys().calls;
+    EXPECT_TRUE(desktop::waitFor([&] { return keys().questions >= 3; }));
+    EXPECT_EQ(keys().calls, calls) << "that the others are free does not matter";
+}
+
+TEST_F(ContendedHotKeyTest, WithTimeAFreedKeyIsLookedForLessOften) {
+    EXPECT_LE(HotKeyManager::retryInterval(0), 10s);
+    EXPECT_GE(HotKeyManager::retryInterval(0), 3s);
+    EXPECT_GE(HotKeyManager::retryInterval(100), 30s);
+}
+
+TEST_F(ContendedHotKeyTest, AUserWhoLooksGetsAFreedKeyAtOnce) {
+    take("opt-space");
+    choose("opt-space");
+    manager->applyCurrentPreset();
+    HotKeyStatus::shared().look();
+    EXPECT_TRUE(warning()) << "still taken";
+    keys().taken.clear();
+    HotKeyStatus::shared().look();
+    EXPECT_FALSE(warning());
+    const auto calls = keys().calls;
+    HotKeyStatus::shared().look();
+    EXPECT_EQ(keys().calls, calls) << "a key that works is left alone";
 }
 
 TEST_F(ContendedHotKeyTest, TheManagersEndEndsTheWatchAndTheWarning) {

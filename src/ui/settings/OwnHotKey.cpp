@@ -69,6 +69,7 @@ void OwnHotKey::say(const QString& verdict) {
 }
 
 void OwnHotKey::showEvent(QShowEvent* event) {
+    HotKeyStatus::shared().look();
     refresh();
     QWidget::showEvent(event);
 }

@@ -115,6 +115,23 @@ TEST_F(HeldByWindowManagerTest, UnregisteringGivesTheKeyBack) {
     EXPECT_TRUE(edges(0, 0)) << seen();
 }
 
+TEST_F(HeldByWindowManagerTest, WhatIsHeldEverywhereIsNotWorthATryAndWhatIsFreeIs) {
+    constexpr auto modifiers = XCB_MOD_MASK_1 | XCB_MOD_MASK_CONTROL;
+    const std::vector<HotKeyCombination> refused{
+        {VirtualKey::space, HotKeyModifier::option | HotKeyModifier::control}};
+    {
+        OtherClient other;
+        ASSERT_EQ(other.grabKeyEverywhere(Key::space, modifiers), 0);
+        ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(attempt("ctrl-opt-space")));
+        for (int i = 0; i < 3; ++i) EXPECT_FALSE(service.anyMayBeFree(refused));
+        EXPECT_TRUE(service.anyMayBeFree({refused.front(), {VirtualKey::space, HotKeyModifier::option}}))
+            << "the second is held on the master only";
+    }
+    EXPECT_TRUE(waitFor([&] { return service.anyMayBeFree(refused); }));
+    OtherClient next;
+    EXPECT_EQ(next.grabKeyEverywhere(Key::space, modifiers), 0) << "asking has taken nothing";
+}
+
 TEST_F(HeldByWindowManagerTest, AManagerThatComesOrGoesIsToldWhileAKeyIsRefused) {
     OtherClient other;
     int told = 0;

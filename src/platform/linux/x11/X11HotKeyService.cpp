@@ -2,6 +2,7 @@
 #include "platform/linux/x11/X11HotKeyService.h"
 
 #include "platform/linux/desktop/KeyPositions.h"
+#include "platform/linux/x11/GrabProbe.h"
 #include "platform/linux/x11/KeyLabel.h"
 #include "platform/linux/x11/XcbQueries.h"
 #include "platform/linux/x11/XcbXkb.h"
@@ -106,7 +107,10 @@ X11HotKeyService::X11HotKeyService() {
     QObject::connect(&mapCheck_, &QTimer::timeout, &mapCheck_, [this] { followKeyboardMap(); });
     keyboardCheck_.setInterval(mapSettling);
     keyboardCheck_.setSingleShot(true);
-    QObject::connect(&keyboardCheck_, &QTimer::timeout, &keyboardCheck_, [this] { regrabAll(true); });
+    QObject::connect(&keyboardCheck_, &QTimer::timeout, &keyboardCheck_, [this] {
+        someKeyboard_.reset();
+        regrabAll(true);
+    });
 }
 
 X11HotKeyService::~X11HotKeyService() = default;
@@ -143,6 +147,21 @@ void X11HotKeyService::selectRootEvents() const {
     xcb_flush(connection_.get());
 }
 
+bool X11HotKeyService::anyMayBeFree(const std::vector<HotKeyCombination>& refused) {
+    if (ensureConnection() != 0) return false;
+    std::vector<x11::KeyCombination> combinations;
+    for (const auto& [key, modifiers] : refused)
+        if (const auto combination = combinationOf(key, modifiers)) combinations.push_back(*combination);
+    // Where a combination is refused, it was refused on the keyboards, too, and their coming and going is
+    // told.
+    if (!someKeyboard_) {
+        const auto keyboards = x11::attachedKeyboards(connection_.get());
+        if (keyboards.empty()) return true;
+        someKeyboard_ = keyboards.front();
+    }
+    return x11::anyMayBeGrabbed(connection_.get(), root_, *someKeyboard_, combinations);
+}
+
 QString X11HotKeyService::keyLabel(KeyCode key) {
     const auto combination = combinationOf(key, 0);
     if (!combination || ensureConnection() != 0) return {};
@@ -155,6 +174,7 @@ int X11HotKeyService::ensureConnection() {
     if (broken && registrations_.empty()) {
         events_.reset();
         connection_.reset();
+        someKeyboard_.reset();
     }
     if (connection_) return xcb_connection_has_error(connection_.get());
 

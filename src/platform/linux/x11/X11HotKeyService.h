@@ -47,6 +47,8 @@ class X11HotKeyService : public HotKeyService {
     std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
     /// While watching, every change of a property of the root window is looked at.
     void watchRefused(std::function<void()> mayBeFree) override;
+    /// One round trip.
+    bool anyMayBeFree(const std::vector<HotKeyCombination>& refused) override;
     QString keyLabel(KeyCode key) override;
 
   private:
@@ -89,6 +91,7 @@ class X11HotKeyService : public HotKeyService {
     HotKeyEdges edges_;
     std::optional<Hold> hold_;
     std::function<void()> mayBeFree_;
+    std::optional<x11::KeyboardId> someKeyboard_;  ///< to be asked of; nullopt = not looked for
     xcb_atom_t windowManagerCheck_ = XCB_ATOM_NONE;
     std::uint32_t holds_ = 0;  ///< so far, and with it the number of the last
     QTimer holdCheck_;
