@@ -2,7 +2,6 @@
 #include "platform/linux/x11/X11HotKeyService.h"
 
 #include "platform/linux/desktop/KeyPositions.h"
-#include "platform/linux/x11/GrabProbe.h"
 #include "platform/linux/x11/KeyLabel.h"
 #include "platform/linux/x11/XcbQueries.h"
 #include "platform/linux/x11/XcbXkb.h"
@@ -108,7 +107,7 @@ X11HotKeyService::X11HotKeyService() {
     keyboardCheck_.setInterval(mapSettling);
     keyboardCheck_.setSingleShot(true);
     QObject::connect(&keyboardCheck_, &QTimer::timeout, &keyboardCheck_, [this] {
-        someKeyboard_.reset();
+        probe_.reset();
         regrabAll(true);
     });
 }
@@ -138,6 +137,7 @@ std::optional<KeyCode> X11HotKeyService::keyCodeOf(std::uint32_t nativeScanCode)
 
 void X11HotKeyService::watchRefused(std::function<void()> mayBeFree) {
     mayBeFree_ = std::move(mayBeFree);
+    probe_.reset();
     if (connection_) selectRootEvents();
 }
 
@@ -148,18 +148,11 @@ void X11HotKeyService::selectRootEvents() const {
 }
 
 bool X11HotKeyService::anyMayBeFree(const std::vector<HotKeyCombination>& refused) {
-    if (ensureConnection() != 0) return false;
     std::vector<x11::KeyCombination> combinations;
     for (const auto& [key, modifiers] : refused)
         if (const auto combination = combinationOf(key, modifiers)) combinations.push_back(*combination);
-    // Where a combination is refused, it was refused on the keyboards, too, and their coming and going is
-    // told.
-    if (!someKeyboard_) {
-        const auto keyboards = x11::attachedKeyboards(connection_.get());
-        if (keyboards.empty()) return true;
-        someKeyboard_ = keyboards.front();
-    }
-    return x11::anyMayBeGrabbed(connection_.get(), root_, *someKeyboard_, combinations);
+    if (!probe_) probe_.emplace();
+    return probe_->anyMayBeGrabbed(combinations);
 }
 
 QString X11HotKeyService::keyLabel(KeyCode key) {
@@ -174,7 +167,6 @@ int X11HotKeyService::ensureConnection() {
     if (broken && registrations_.empty()) {
         events_.reset();
         connection_.reset();
-        someKeyboard_.reset();
     }
     if (connection_) return xcb_connection_has_error(connection_.get());
 

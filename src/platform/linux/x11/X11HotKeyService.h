@@ -3,6 +3,7 @@
 
 #include "platform/HotKeyService.h"
 #include "platform/linux/desktop/HotKeyEdges.h"
+#include "platform/linux/x11/GrabProbe.h"
 #include "platform/linux/x11/HotKeyEvents.h"
 #include "platform/linux/x11/KeyGrab.h"
 #include "platform/linux/x11/LockModifiers.h"
@@ -47,7 +48,7 @@ class X11HotKeyService : public HotKeyService {
     std::optional<KeyCode> keyCodeOf(std::uint32_t nativeScanCode) const override;
     /// While watching, every change of a property of the root window is looked at.
     void watchRefused(std::function<void()> mayBeFree) override;
-    /// One round trip.
+    /// One round trip, except for the first time.
     bool anyMayBeFree(const std::vector<HotKeyCombination>& refused) override;
     QString keyLabel(KeyCode key) override;
 
@@ -91,7 +92,7 @@ class X11HotKeyService : public HotKeyService {
     HotKeyEdges edges_;
     std::optional<Hold> hold_;
     std::function<void()> mayBeFree_;
-    std::optional<x11::KeyboardId> someKeyboard_;  ///< to be asked of; nullopt = not looked for
+    std::optional<x11::GrabProbe> probe_;  ///< while refused combinations are watched
     xcb_atom_t windowManagerCheck_ = XCB_ATOM_NONE;
     std::uint32_t holds_ = 0;  ///< so far, and with it the number of the last
     QTimer holdCheck_;
