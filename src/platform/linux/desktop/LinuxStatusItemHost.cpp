@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/LinuxStatusItemHost.h"
 
-#include "platform/linux/desktop/CurrentDesktop.h"
-
 #include <chrono>
 #include <utility>
 
@@ -11,14 +9,6 @@ namespace parlivo {
 namespace {
 
 constexpr std::chrono::milliseconds trayTimeout{2000};
-
-/// Xfce's panel draws a menu that it is given in its own look and opens that at the right button only, beside
-/// ours at the left one. It gets none: then the left button opens ours, and the right one the panel's
-/// settings, since the panel (4.18) tells nobody of a right click on an item without a menu.
-StatusItemPlace::Menus menusOfPanel() {
-    return currentDesktopIs("XFCE") ? StatusItemPlace::Menus::OpenedByUs
-                                    : StatusItemPlace::Menus::DrawnByPanel;
-}
 
 }  // namespace
 
@@ -63,7 +53,8 @@ std::optional<LinuxStatusItemHost::Kind> LinuxStatusItemHost::presentKind() {
 }
 
 StatusItemPlace LinuxStatusItemHost::placeOf(Kind kind) const {
-    if (kind == Kind::Bus) return {.foreground = watches_->panel.value(), .menus = menusOfPanel()};
+    if (kind == Kind::Bus)
+        return {.foreground = watches_->panel.value(), .menus = StatusItemPlace::Menus::DrawnByPanel};
     return {.foreground = watches_->tray->foreground(), .menus = StatusItemPlace::Menus::DrawnByUs};
 }
 
