@@ -19,7 +19,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
-#include <QStyle>
+#include <QScrollBar>
 #include <QTreeView>
 
 #include <memory>
@@ -51,9 +51,8 @@ void limitHeight(QMessageBox& box) {
     if (!text || text->sizeHint().height() <= limit) return;
     auto* area = new QScrollArea(&box);
     const std::unique_ptr<QLayoutItem> former(box.layout()->replaceWidget(text, area));
-    area->setMinimumSize(
-        text->sizeHint().width() + box.style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, area),
-        limit);
+    area->setMinimumWidth(text->sizeHint().width() + area->verticalScrollBar()->sizeHint().width());
+    area->setFixedHeight(limit);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setWidget(text);
@@ -157,6 +156,7 @@ std::optional<QString> DesktopDialogs::chooseFolder(const QString& startingIn, c
     panel.setLabelText(QFileDialog::FileName, tr("Cartella:"));
     panel.setLabelText(QFileDialog::FileType, tr("Tipo:"));
     fitColumns(panel);
+    fitToScreen(panel);
     if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return std::nullopt;
     return panel.selectedFiles().first();
 }

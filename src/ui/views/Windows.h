@@ -21,4 +21,7 @@ void centreOnScreen(QWidget& window);
 /// or where the window's contents need more width, and never more than the screen has room for.
 void fixSize(QWidget& window, QSize size, int contentsWidth = 0);
 
+/// Makes a window that was not shown yet as large as it likes to be, if the screen has room for that.
+void fitToScreen(QWidget& window);
+
 }  // namespace parlivo

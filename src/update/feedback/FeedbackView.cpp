@@ -12,6 +12,7 @@
 
 #include <QPlainTextEdit>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -42,23 +43,32 @@ QWidget* FeedbackView::makeForm() {
     auto* form = new QWidget(this);
     auto* column = new QVBoxLayout(form);
     column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(12);
+    page_ = new FormPage(form);
+    fill(page_->contents());
+    column->addWidget(page_, 1);
+    column->addWidget(makeButtons(*form));
+    return form;
+}
+
+void FeedbackView::fill(QWidget& form) {
+    auto* column = new QVBoxLayout(&form);
+    column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(8);
-    column->addWidget(new Label(tr("Come valuti Parlivo?"), TextStyle::Headline, primaryColour, form));
-    rating_ = new StarRating(form);
+    column->addWidget(new Label(tr("Come valuti Parlivo?"), TextStyle::Headline, primaryColour, &form));
+    rating_ = new StarRating(&form);
     column->addWidget(rating_);
     column->addWidget(
-        new Label(tr("Cosa non va? Cosa miglioreresti?"), TextStyle::Caption, primaryColour, form));
-    column->addWidget(makeTextField(*form));
-    email_ = new TextField(tr("Email"), tr("Email (facoltativa, se vuoi una risposta)"), form);
+        new Label(tr("Cosa non va? Cosa miglioreresti?"), TextStyle::Caption, primaryColour, &form));
+    column->addWidget(makeTextField(form));
+    email_ = new TextField(tr("Email"), tr("Email (facoltativa, se vuoi una risposta)"), &form);
     column->addWidget(email_);
     column->addWidget(new Label(
         tr("Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient'altro."),
-        TextStyle::Caption, secondaryColour, form));
-    errorLine_ = new Label({}, TextStyle::Caption, errorColour, form);
+        TextStyle::Caption, secondaryColour, &form));
+    errorLine_ = new Label({}, TextStyle::Caption, errorColour, &form);
     column->addWidget(errorLine_);
     column->addStretch(1);
-    column->addWidget(makeButtons(*form));
-    return form;
 }
 
 QWidget* FeedbackView::makeTextField(QWidget& form) {
@@ -131,6 +141,8 @@ void FeedbackView::answered(bool success) {
         error_ = tr("Invio non riuscito — controlla la connessione e riprova.");
     }
     refresh();
+    // On a small screen the form is longer than the window. Later: the line has no place yet.
+    if (error_) QTimer::singleShot(0, this, [this] { page_->ensureWidgetVisible(errorLine_); });
 }
 
 }  // namespace parlivo

@@ -17,6 +17,7 @@ class QStackedWidget;
 
 namespace parlivo {
 
+class FormPage;
 class Label;
 class StarRating;
 class TextField;
@@ -31,6 +32,7 @@ class FeedbackView : public QWidget {
 
   private:
     QWidget* makeForm();
+    void fill(QWidget& form);
     QWidget* makeTextField(QWidget& form);
     QWidget* makeButtons(QWidget& form);
     QWidget* makeThanks();
@@ -43,6 +45,7 @@ class FeedbackView : public QWidget {
     std::optional<QString> error_;
 
     QStackedWidget* pages_;
+    FormPage* page_ = nullptr;
     StarRating* rating_ = nullptr;
     QPlainTextEdit* text_ = nullptr;
     TextField* email_ = nullptr;
