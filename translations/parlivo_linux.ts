@@ -3,7 +3,9 @@
 <!-- SPDX-License-Identifier: MIT -->
 <!-- Italian to Italian: what the interface says on Linux where its own words name the machine, the system, the menu bar,
      the permission lists or a key of macOS. "%1" in a sentence that has none of its own is the chosen hot key
-     (src/input/HotKeyTitle.h); in a preset's name it is what the layout prints on the key. -->
+     (src/input/HotKeyTitle.h); in a preset's name it is what the layout prints on the key.
+     And the letters by which Alt reaches what stands in the settings and the feedback, after an ampersand; on macOS there
+     are none. Within a page each is there once; the four tabs have G, D, P and Z. -->
 <TS version="2.1" language="it_IT" sourcelanguage="it_IT">
 <context>
     <name>parlivo::HotKeyManager</name>
@@ -89,8 +91,129 @@ Si apre una guida: spiega come ottenerlo in questa sessione.</translation>
 <context>
     <name>parlivo::FeedbackView</name>
     <message>
+        <source>Annulla</source>
+        <translation>&amp;Annulla</translation>
+    </message>
+    <message>
+        <source>Invia feedback</source>
+        <translation>&amp;Invia feedback</translation>
+    </message>
+    <message>
+        <source>Chiudi</source>
+        <translation>&amp;Chiudi</translation>
+    </message>
+    <message>
         <source>Inviamo solo: valutazione, testo, email se inserita, versione app e macOS. Nient&apos;altro.</source>
         <translation>Inviamo solo: valutazione, testo, email se inserita, versione app e sistema operativo. Nient&apos;altro.</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::SettingsView</name>
+    <message>
+        <source>Generale</source>
+        <translation>&amp;Generale</translation>
+    </message>
+    <message>
+        <source>Dettatura</source>
+        <translation>&amp;Dettatura</translation>
+    </message>
+    <message>
+        <source>Pulizia AI</source>
+        <translation>&amp;Pulizia AI</translation>
+    </message>
+    <message>
+        <source>Dizionario</source>
+        <translation>Di&amp;zionario</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::GeneralTab</name>
+    <message>
+        <source>Avvia Parlivo al login</source>
+        <translation>Avvia Parlivo al &amp;login</translation>
+    </message>
+    <message>
+        <source>Suoni di inizio/fine registrazione</source>
+        <translation>&amp;Suoni di inizio/fine registrazione</translation>
+    </message>
+    <message>
+        <source>Mostra il riquadro con la waveform</source>
+        <translation>Mostra il riquadro con la &amp;waveform</translation>
+    </message>
+    <message>
+        <source>Notifiche degli errori</source>
+        <translation>&amp;Notifiche degli errori</translation>
+    </message>
+    <message>
+        <source>Modalità debug (salva le trascrizioni nel log)</source>
+        <translation>Modalità de&amp;bug (salva le trascrizioni nel log)</translation>
+    </message>
+    <message>
+        <source>Cambia…</source>
+        <translation>&amp;Cambia…</translation>
+    </message>
+    <message>
+        <source>Apri il manuale</source>
+        <translation>Apri il &amp;manuale</translation>
+    </message>
+    <message>
+        <source>Invia feedback…</source>
+        <translation>Invia &amp;feedback…</translation>
+    </message>
+    <message>
+        <source>Esci da Parlivo</source>
+        <translation>&amp;Esci da Parlivo</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::DictationTab</name>
+    <message>
+        <source>Scorciatoia</source>
+        <translation>&amp;Scorciatoia</translation>
+    </message>
+    <message>
+        <source>Lingua</source>
+        <translation>&amp;Lingua</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::MicrophonePicker</name>
+    <message>
+        <source>Microfono</source>
+        <translation>&amp;Microfono</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::KeyCaptureButton</name>
+    <message>
+        <source>Scegli la combinazione…</source>
+        <translation>Scegli la c&amp;ombinazione…</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::TierPicker</name>
+    <message>
+        <source>Scarica</source>
+        <translation>S&amp;carica</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::CleanupTab</name>
+    <message>
+        <source>Modello Ollama</source>
+        <translation>&amp;Modello Ollama</translation>
+    </message>
+    <message>
+        <source>Pulisci solo testi oltre </source>
+        <translation>Pulisci &amp;solo testi oltre </translation>
+    </message>
+    <message>
+        <source>Usa prompt personalizzato</source>
+        <translation>&amp;Usa prompt personalizzato</translation>
+    </message>
+    <message>
+        <source>Apri prompt.txt…</source>
+        <translation>&amp;Apri prompt.txt…</translation>
     </message>
 </context>
 </TS>

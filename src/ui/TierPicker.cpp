@@ -120,7 +120,8 @@ QWidget* TierPicker::trailingOf(const ModelCatalog::Entry& entry, bool selected)
     QPushButton* button = makeButton(
         tr("Scarica"), [this, entry] { download(entry); }, this);
     button->setFont(textFont(TextStyle::Caption));
-    button->setFixedWidth(button->fontMetrics().horizontalAdvance(button->text()) + smallButtonPadding);
+    button->setFixedWidth(button->fontMetrics().size(Qt::TextShowMnemonic, button->text()).width() +
+                          smallButtonPadding);
     return button;
 }
 

@@ -3,6 +3,7 @@
 """Tests of the texts that the user sees, as they stand in the sources: each is one literal in a translatable call,
 so that a search finds it and Qt's lupdate can collect it for a translation."""
 
+import collections
 import re
 import subprocess
 import sys
@@ -89,6 +90,21 @@ class TextsTest(unittest.TestCase):
         for (context, text), translation in messages(PROJECT / "translations/parlivo_linux.ts").items():
             if context != "parlivo::HotKeyManager":
                 self.assertEqual(text.count("⌥Spazio"), translation.count("%1"), text)
+
+    def test_alt_reaches_each_control_of_a_page_by_a_letter_of_its_own(self):
+        pages = {"GeneralTab": (), "DictationTab": ("MicrophonePicker", "KeyCaptureButton", "TierPicker"),
+                 "CleanupTab": ("TierPicker",), "DictionaryTab": ()}
+        letters = collections.defaultdict(list)
+        for (context, text), translation in messages(PROJECT / "translations/parlivo_linux.ts").items():
+            marked = re.findall(r"&(\w)", translation)
+            self.assertLessEqual(len(marked), 1, translation)
+            if marked and context != "parlivo::FeedbackView":
+                self.assertEqual(translation.replace("&", ""), text, "what is read stays the same")
+            letters[context.removeprefix("parlivo::")] += [letter.lower() for letter in marked]
+        self.assertEqual(len(letters["SettingsView"]), 4)
+        for page, parts in pages.items():
+            used = [letter for part in ("SettingsView", page, *parts) for letter in letters[part]]
+            self.assertEqual(len(used), len(set(used)), f"{page}: {used}")
 
     def test_no_text_is_cut_into_pieces(self):
         cut = re.compile(rf'\btr\(\s*{LITERAL}\s*u?"')

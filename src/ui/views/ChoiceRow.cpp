@@ -77,7 +77,7 @@ void ChoiceRow::setSelected(bool selected) {
 
 void ChoiceRow::showSelection(bool selected) {
     if (selected) {
-        circle_->setSymbol(u"largecircle.fill.circle"_s, primaryColour);
+        circle_->setSymbol(u"largecircle.fill.circle"_s, accentColour);
     } else {
         circle_->setSymbol(u"circle"_s, circleColour_);
     }

@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QShowEvent>
 #include <QSignalBlocker>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -55,8 +56,8 @@ void Toggle::showEvent(QShowEvent* event) {
 }
 
 QSize Toggle::sizeHint() const {
-    const QFontMetrics words = fontMetrics();
-    return {RowLook::textLeft + words.horizontalAdvance(text()) + RowLook::margin,
+    const QSize words = fontMetrics().size(Qt::TextShowMnemonic, text());
+    return {RowLook::textLeft + words.width() + RowLook::margin,
             std::max(words.height(), RowLook::indicator) + 2 * RowLook::padding};
 }
 
@@ -68,7 +69,7 @@ void Toggle::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     RowLook::drawBackground(painter, *this);
-    const QColor ink = primaryColour(palette());
+    const QColor ink = isChecked() ? accentColour(palette()) : primaryColour(palette());
     const QRectF box(RowLook::margin, (height() - RowLook::indicator) / 2.0, RowLook::indicator,
                      RowLook::indicator);
     constexpr double pen = 1.5;
@@ -84,8 +85,10 @@ void Toggle::paintEvent(QPaintEvent*) {
         painter.drawPolyline(corners.data(), static_cast<int>(corners.size()));
         painter.translate(-box.topLeft());
     }
-    painter.setPen(ink);
-    painter.drawText(rect().adjusted(RowLook::textLeft, 0, 0, 0), Qt::AlignVCenter, text());
+    const bool underlined = style()->styleHint(QStyle::SH_UnderlineShortcut, nullptr, this) != 0;
+    const int mnemonic = underlined ? Qt::TextShowMnemonic : Qt::TextHideMnemonic;
+    painter.setPen(primaryColour(palette()));
+    painter.drawText(rect().adjusted(RowLook::textLeft, 0, 0, 0), Qt::AlignVCenter | mnemonic, text());
 }
 
 RadioGroup::RadioGroup(const QString& name, const std::vector<Option>& options, Binding<QString> value,

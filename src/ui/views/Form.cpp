@@ -127,7 +127,7 @@ int Form::controlWidth() const {
 
 Picker& Form::picker(const QString& label, const std::vector<Option>& options, Binding<QString> value) {
     auto* words = new Label(label, TextStyle::Body, primaryColour, &host_);
-    auto* picker = new Picker(label, options, std::move(value), &host_);
+    auto* picker = new Picker(withoutMnemonic(label), options, std::move(value), &host_);
     picker->setFixedWidth(controlWidth());
     words->setBuddy(picker);
     row({words, picker});
@@ -136,7 +136,7 @@ Picker& Form::picker(const QString& label, const std::vector<Option>& options, B
 
 Stepper& Form::stepper(const QString& before, const QString& after, Stepper::Steps steps,
                        Binding<int> value) {
-    auto* stepper = new Stepper(before.trimmed(), steps, std::move(value), &host_);
+    auto* stepper = new Stepper(withoutMnemonic(before.trimmed()), steps, std::move(value), &host_);
     auto* words = new Label(before.trimmed(), TextStyle::Body, primaryColour, &host_);
     auto* unit = new Label(after.trimmed(), TextStyle::Body, primaryColour, &host_);
     for (Label* part : {words, unit}) part->setWordWrap(false);

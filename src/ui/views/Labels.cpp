@@ -94,6 +94,15 @@ QColor starColour(const QPalette& palette) {
     return signalColour(SystemColour::Yellow, palette, drawingContrast);
 }
 
+QColor accentColour(const QPalette& palette) {
+    return legible(palette.color(QPalette::Active, QPalette::Highlight), palette.color(QPalette::Window),
+                   drawingContrast);
+}
+
+QString withoutMnemonic(QString label) {
+    return label.remove(QLatin1Char('&'));
+}
+
 void applyPlaceholderColour(QWidget& control) {
     QColor pale = control.palette().color(QPalette::Text);
     pale.setAlphaF(placeholderOpacity);

@@ -28,7 +28,12 @@ QColor secondaryColour(const QPalette& palette);
 QColor errorColour(const QPalette& palette);
 QColor successColour(const QPalette& palette);
 QColor starColour(const QPalette& palette);
+/// The desktop's accent colour, for what is chosen and for what has the keyboard.
+QColor accentColour(const QPalette& palette);
 bool isDark(const QPalette& palette);
+
+/// A label as it is read out: without the ampersand before the letter that Alt reaches it by.
+QString withoutMnemonic(QString label);
 
 /// Sets the placeholder colour of a control, which some dark desktops do not set. To be called again when the
 /// palette changes.

@@ -20,9 +20,11 @@ constexpr float outlineOpacity = 0.3F;
 
 void drawField(QWidget& canvas, const QPalette& surroundings, FieldFocus focus) {
     QColor pale = secondaryColour(surroundings);
-    if (focus == FieldFocus::None) pale.setAlphaF(pale.alphaF() * outlineOpacity);
+    pale.setAlphaF(pale.alphaF() * outlineOpacity);
     const QColor ground = surroundings.color(QPalette::Window);
-    const QColor outline = legible(composited(pale, ground), ground, drawingContrast);
+    const QColor outline = focus == FieldFocus::Here
+                               ? accentColour(surroundings)
+                               : legible(composited(pale, ground), ground, drawingContrast);
     const qreal width = focus == FieldFocus::None ? 1 : focusWidth;
     QPainter painter(&canvas);
     painter.setRenderHint(QPainter::Antialiasing);

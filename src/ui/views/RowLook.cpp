@@ -24,7 +24,7 @@ void RowLook::drawBackground(QPainter& painter, const QAbstractButton& row) {
         painter.drawRoundedRect(row.rect(), cornerRadius, cornerRadius);
     }
     if (row.hasFocus()) {
-        painter.setPen(QPen(secondaryColour(row.palette()), 1));
+        painter.setPen(QPen(accentColour(row.palette()), 1));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(QRectF(row.rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
                                 cornerRadius);

@@ -41,7 +41,7 @@ class StarButton : public QRadioButton {
         if (!hasFocus()) return;
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(secondaryColour(palette()));
+        painter.setPen(accentColour(palette()));
         painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 5, 5);
     }
 
