@@ -140,7 +140,7 @@ class Session:
         self.program.end()
         self.web.shutdown()
 
-    def picture(self, name, window, number=None):
+    def picture(self, name, window, number=None, described=True):
         """Takes a picture of a window once it has stopped changing."""
         environment = dict(os.environ, **({"DISPLAY": self.display} if self.display else {}))
         path = self.look.path(name)
@@ -161,7 +161,7 @@ class Session:
                                text=True, env=environment).stdout
         place = dict(line.split("=") for line in where.split())
         self.check_place(path, *(int(place[key]) for key in ("X", "Y", "WIDTH", "HEIGHT")))
-        if window != "Usa questa cartella":  # the toolkit's, or the desktop's
+        if described and window != "Usa questa cartella":  # the toolkit's, or the desktop's
             self.describe(pathlib.Path(path).with_suffix(".json"), [int(place["X"]), int(place["Y"])])
         # Few colours are enough for flat drawings, and make small files.
         subprocess.run(["convert", path, "-strip", "+dither", "-colors", "255", f"PNG8:{path}"], check=True)
@@ -173,15 +173,15 @@ class Session:
         if left < 0 or top < 0 or left + width > right or top + height > bottom:
             print(f"{path}: {width}x{height} at {left},{top} sticks out of the screen")
 
-    def alert(self, name, button):
-        """Takes a picture of the alert with this button."""
+    def alert(self, name, button, described=True):
+        """Takes a picture of the alert with this button; `described` only without another window around it."""
         self.program.explained("the alert's button", lambda: self.program.find(button))
         # Another window of the program may have the same title.
         number = wait_for("the alert's window", lambda: subprocess.run(
             ["xdotool", "getactivewindow"], capture_output=True, text=True, check=False).stdout.strip())
         title = subprocess.run(["xdotool", "getwindowname", number], capture_output=True, text=True,
                                check=True).stdout.strip()
-        self.picture(name, title, number)
+        self.picture(name, title, number, described)
 
     def describe(self, path, corner):
         """Notes where the controls are in a picture of the window at this corner, for tools/contrast."""

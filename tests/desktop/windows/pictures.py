@@ -55,7 +55,7 @@ def first_run():
         session.picture("onboarding-4-download-stalled", "Parlivo")
         windows.key("Escape")
         program.wait("Più tardi")
-        session.alert("onboarding-alert", "Più tardi")
+        session.alert("onboarding-alert", "Più tardi", described=False)
     with Session({}) as session:
         session.web.broken = True
         go_to_download(session.program)
