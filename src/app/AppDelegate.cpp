@@ -12,6 +12,7 @@
 #include "settings/SettingsNotifier.h"
 #include "support/Clock.h"
 #include "support/Error.h"
+#include "support/MainQueue.h"
 #include "support/Text.h"
 
 #include <QCoreApplication>
@@ -57,7 +58,10 @@ AppDelegate::~AppDelegate() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    pipelineQueue_.async(removeStaleFiles);
+    pipelineQueue_.async([this] {
+        if (takeLeftMarks()) MainQueue::async(lifetime_.token(), [this] { tellOfLostDictation(); });
+        removeStaleFiles();
+    });
     ModelsMove::recover();
     chooseMicrophone();
     setupStatusItem();
@@ -95,6 +99,10 @@ void AppDelegate::applicationWillTerminate() {
     if (state_ == State::recording) {
         if (const auto recording = recorder_.stop()) QFile::remove(*recording);
         overlay_.hide();
+    }
+    if (mark_) {
+        Log::info(QStringLiteral("dettatura interrotta: il programma termina"));
+        mark_->leave();
     }
     collaborators_.stopEngines();
 }
@@ -144,6 +152,12 @@ void AppDelegate::warmUp() {
         collaborators_.ensureTranscriber();
         collaborators_.ensureCleaner();
     });
+}
+
+/// Neither its sound nor its text is there any more.
+void AppDelegate::tellOfLostDictation() {
+    Log::info(QStringLiteral("la dettatura precedente non è arrivata alla fine: il programma si era chiuso"));
+    showError(tr("L'ultima dettatura è andata persa: Parlivo si è chiuso prima di finirla"), Remedy::OpenLog);
 }
 
 void AppDelegate::keyDown(DictationMode mode) {
@@ -196,6 +210,7 @@ void AppDelegate::startRecording() {
                   remedyFor(error));
         return;
     }
+    mark_.emplace();
     setState(State::recording);
     if (Config::get(Settings::overlayEnabled)) overlay_.show();
     playIfWanted(QStringLiteral("Tink"));
@@ -296,6 +311,7 @@ void AppDelegate::requestPermissions() {
 
 void AppDelegate::setState(State state) {
     state_ = state;
+    if (state == State::idle) mark_.reset();
     updateUI();
     Platform::current().remoteControl().announceState(caseName(state));
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/Collaborators.h"
+#include "app/DictationMark.h"
 #include "app/ErrorNotices.h"
 #include "app/PipelineStep.h"
 #include "app/State.h"
@@ -11,9 +12,12 @@
 #include "input/HotKeyManager.h"
 #include "platform/RemoteControl.h"
 #include "support/Clock.h"
+#include "support/Lifetime.h"
 #include "support/SerialQueue.h"
 
 #include <QObject>
+
+#include <optional>
 
 namespace parlivo {
 
@@ -33,7 +37,7 @@ class AppDelegate : public QObject {
     /// Start-up; once, before the event loop.
     void applicationDidFinishLaunching();
     /// Shut-down; once, after the event loop. Everything that waits is interrupted, the engines are stopped,
-    /// no recording stays on disk.
+    /// no recording stays on disk; a dictation that this cuts short is told of at the next start.
     void applicationWillTerminate();
 
     /// Only in `idle`.
@@ -69,6 +73,7 @@ class AppDelegate : public QObject {
     void keyUp(DictationMode mode);
     void toggle();
     void warmUp();
+    void tellOfLostDictation();
     void chooseMicrophone();
 
     PipelineStep::Observer stepObserver();
@@ -81,7 +86,9 @@ class AppDelegate : public QObject {
     HotKeyManager hotKey_;
     DictationOverlay overlay_;
     State state_ = State::idle;
+    std::optional<DictationMark> mark_;       ///< except in `idle`
     FirstRun firstRun_ = FirstRun::OnScreen;  ///< which is also where there is none
+    const Lifetime lifetime_;
     PipelineStep step_;
     /// The last member: its destructor waits for the running step, which uses the others.
     SerialQueue pipelineQueue_{QStringLiteral("parlivo.pipeline")};

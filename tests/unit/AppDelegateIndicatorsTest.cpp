@@ -236,6 +236,57 @@ TEST_F(AppDelegateIndicatorsTest, TheStartRemovesWhatADeadProgramLeft) {
     spinUntil([&] { return !stale.exists(); });
 }
 
+const QString lost =
+    QStringLiteral("L'ultima dettatura è andata persa: Parlivo si è chiuso prima di finirla");
+
+/// Launches and waits until what was left behind has been looked for and told.
+class LostDictationTest : public AppDelegateIndicatorsTest {
+  protected:
+    void launchAndLook() {
+        const int before = platform.keyboard().prepared;
+        launch();
+        // Prepared after that, on the same queue.
+        spinUntil([&] { return platform.keyboard().prepared > before; });
+        settle();
+    }
+};
+
+TEST_F(LostDictationTest, TheNextStartTellsOnceOfADictationThatWasCutShort) {
+    launch();
+    platform.hotKeys().press();
+    ageRecording(1s);
+    delegate->applicationWillTerminate();
+    delegate.reset();
+    Clock::resume();
+    EXPECT_EQ(filesLeft(), Strings()) << "no recording";
+    launch();
+    spinUntil([&] { return platform.notifications().texts.contains(lost); });
+    EXPECT_EQ(delegate->statusLine(), line(u"⚠️ ") + lost);
+    delegate.reset();
+    launchAndLook();
+    EXPECT_EQ(platform.notifications().texts.count(lost), 1);
+}
+
+TEST_F(LostDictationTest, ADictationThatCameToItsEndIsNotTakenForLost) {
+    launch();
+    dictate(line(u"Ciao."));
+    dictate(line(u"[silenzio]"));
+    dictate({}, 100ms);  // too short
+    delegate->applicationWillTerminate();
+    delegate.reset();
+    Clock::resume();
+    launchAndLook();
+    EXPECT_FALSE(platform.notifications().texts.contains(lost));
+    const QDir temporary(platform.directories().temporary());
+    EXPECT_EQ(temporary.entryList(QDir::Files | QDir::Hidden), Strings());
+}
+
+TEST_F(LostDictationTest, TheDictationOfAnotherSessionIsNotLost) {
+    const DictationMark others;
+    launchAndLook();
+    EXPECT_FALSE(platform.notifications().texts.contains(lost));
+}
+
 TEST_F(AppDelegateIndicatorsTest, SoundsStatesAndCountComeInTheirOrder) {
     launch();
     QStringList order;
