@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "input/HotKeyStatus.h"
 #include "input/Injector.h"
 #include "platform/Adapters.h"
 #include "settings/Config.h"
@@ -19,6 +20,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace parlivo {
 namespace {
@@ -124,11 +126,26 @@ class ExitGuard {
     static inline QtMessageHandler former_ = nullptr;
 };
 
+/// Tells the log which ways this session has: at the start, and when the desktop's answer changes them.
+class SessionLog {
+  public:
+    void note() {
+        const QString summary = Platform::current().desktopSummary();
+        if (summary != std::exchange(last_, summary)) Log::info(QStringLiteral("sessione: ") + summary);
+    }
+
+  private:
+    QString last_;
+};
+
 /// Runs the only instance from start to end.
 int runApplication(const CommandLine& line) {
+    SessionLog session;
     AppDelegate delegate;
     Platform& platform = Platform::current();
-    Log::info(QStringLiteral("sessione: ") + platform.desktopSummary());
+    session.note();
+    QObject::connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, &delegate,
+                     [&session] { session.note(); });
     platform.onTerminationRequest([] { QCoreApplication::quit(); });
     // Runs inside the event loop, because the what's-new notice waits for the user, and the program must
     // react to quit requests and to the bus meanwhile.

@@ -58,6 +58,7 @@ void SessionHints::refresh() {
     if (saySame(hints, hints_)) return;
     hints_ = std::move(hints);
     rebuild();
+    Q_EMIT changed();
 }
 
 void SessionHints::rebuild() {

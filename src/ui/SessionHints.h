@@ -30,6 +30,10 @@ class SessionHints : public QWidget {
     /// For a page, which is its parent.
     SessionHints(SessionHint::Topic topic, Look look, QWidget& page);
 
+  Q_SIGNALS:
+    /// Other hints are shown now.
+    void changed();
+
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 

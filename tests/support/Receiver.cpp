@@ -120,7 +120,8 @@ QStringList commandOf(Receiver::Kind kind, const QString& title, const QString& 
         case Receiver::Kind::Qt:
             return {folder + QStringLiteral("receiver_qt"), title, file};
         case Receiver::Kind::Chromium:
-            return {folder + QStringLiteral("receiver_chromium"), title, file};
+            return {folder + QStringLiteral("receiver_chromium"), title, file,
+                    QStringLiteral("--ozone-platform=x11")};
     }
     return {};
 }

@@ -53,7 +53,7 @@ TEST_F(WaylandHintsTest, KdesLeaveIsGivenByAButton) {
     EXPECT_TRUE(grant.isWritten());
     hints = grant.hints();
     ASSERT_EQ(hints.size(), 1U);
-    EXPECT_TRUE(hints[0].text.contains(u"riavvia Parlivo"_s)) << qPrintable(hints[0].text);
+    EXPECT_TRUE(hints[0].text.contains(u"entro qualche secondo"_s)) << qPrintable(hints[0].text);
     EXPECT_EQ(hints[0].action, nullptr);
     EXPECT_FALSE(kde::KeyGrant(u"/elsewhere/Parlivo"_s, applications).isWritten()) << "a moved program";
 }

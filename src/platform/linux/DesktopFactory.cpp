@@ -4,6 +4,7 @@
 #include "platform/linux/base/XdgDirectories.h"
 #include "platform/linux/desktop/NullDesktop.h"
 #include "platform/linux/gnome/BoundHotKeyService.h"
+#include "platform/linux/gnome/GnomeHotKeys.h"
 #include "platform/linux/gnome/GnomePortal.h"
 #include "platform/linux/gnome/RemoteKeys.h"
 #include "platform/linux/gnome/RemotePasteboard.h"
@@ -12,7 +13,6 @@
 #include "platform/linux/session/SessionKind.h"
 #include "platform/linux/sway/SwayHotKeyService.h"
 #include "platform/linux/sway/SwayIpc.h"
-#include "platform/linux/wayland/FakeInput.h"
 #include "platform/linux/wayland/NoOpKey.h"
 #include "platform/linux/wayland/SeatKeymap.h"
 #include "platform/linux/wayland/WaylandDesktop.h"
@@ -36,28 +36,25 @@ std::function<void()> tapNoOpKey() {
     };
 }
 
-/// Does nothing where KWin does not let this program press keys.
+/// Does nothing as long as KWin does not let this program press keys; asked anew at each press until it does.
 kde::KdeHotKeyService::NoOpKey heldNoOpKey() {
-    const std::shared_ptr<wayland::NoOpKey> key = wayland::NoOpKey::make();
-    if (!key) return {};
-    return {.press = [key] { key->move(wayland::ChordKeys::Edge::Press); },
-            .release = [key] { key->move(wayland::ChordKeys::Edge::Release); }};
+    const auto key = std::make_shared<std::unique_ptr<wayland::NoOpKey>>(wayland::NoOpKey::make());
+    return {.press =
+                [key] {
+                    if (*key && (*key)->move(wayland::ChordKeys::Edge::Press)) return;
+                    *key = wayland::NoOpKey::make();
+                    if (*key) (*key)->move(wayland::ChordKeys::Edge::Press);
+                },
+            .release =
+                [key] {
+                    if (*key) (*key)->move(wayland::ChordKeys::Edge::Release);
+                }};
 }
 
-/// Empty once KWin lets this program press keys.
-std::function<std::vector<SessionHint>()> kdeHints() {
-    const auto connection = wayland::WaylandConnection::open();
-    if (!connection || wayland::FakeInput::isOffered(*connection)) return nullptr;
+std::vector<SessionHint> kdeHints() {
     const kde::KeyGrant grant(QCoreApplication::applicationFilePath(),
                               XdgDirectories().applicationSupport() + QStringLiteral("/applications"));
-    return [grant] { return grant.hints(); };
-}
-
-/// With a service that has hints.
-template <typename Service>
-HotKeyWay wayOf(std::unique_ptr<Service> service, const QString& name) {
-    const auto hints = [service = service.get()] { return service->hints(); };
-    return {std::move(service), name, hints};
+    return grant.hints();
 }
 
 /// By what answers in the session, not by the desktop's name.
@@ -66,20 +63,22 @@ HotKeyWay hotKeyWay() {
     if (sway::SwayIpc::connect(swaySocket))
         return {
             std::make_unique<sway::SwayHotKeyService>(swaySocket, tapNoOpKey(), wayland::SeatKeymap::open()),
-            Texts::tr("tasto globale di sway")};
+            [] { return Texts::tr("tasto globale di sway"); }};
     if (kde::KdeHotKeyService::isOffered())
         return {std::make_unique<kde::KdeHotKeyService>(wayland::SeatKeymap::open(), heldNoOpKey()),
-                Texts::tr("tasto globale di KDE"), kdeHints()};
-    if (gnome::hasPortalKeys()) {
-        if (auto way = wayOf(portal::PortalHotKeyService::open(gnome::portalDesktop()),
-                             Texts::tr("tasto globale del portale"));
-            way.service)
-            return way;
-    }
+                [] { return Texts::tr("tasto globale di KDE"); }, kdeHints};
     const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (gnome::BoundHotKeyService::isOffered(bus))
-        return wayOf(std::make_unique<gnome::BoundHotKeyService>(bus),
-                     Texts::tr("scorciatoia personalizzata di GNOME"));
+    if (gnome::hasPortalKeys()) {
+        auto service = std::make_unique<gnome::GnomeHotKeys>(bus, gnome::portalDesktop());
+        auto* const keys = service.get();
+        return {std::move(service), [keys] { return keys->name(); }, [keys] { return keys->hints(); }};
+    }
+    if (gnome::BoundHotKeyService::isOffered(bus)) {
+        auto service = std::make_unique<gnome::BoundHotKeyService>(bus);
+        auto* const keys = service.get();
+        return {std::move(service), [] { return Texts::tr("scorciatoia personalizzata di GNOME"); },
+                [keys] { return keys->hints(); }};
+    }
     return {};
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/settings/GeneralTab.h"
 
+#include "input/HotKeyStatus.h"
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
@@ -53,8 +54,20 @@ GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
     addModelsFolder(form);
     form.divider();
     addProgram(form);
-    if (const auto note = Platform::current().sessionNote()) form.caption(*note);
-    form.add(new SessionHints(SessionHint::Topic::Text, {.margins = Form::headingMargins()}, contents()));
+    addSession(form);
+}
+
+/// What was granted or chosen meanwhile changes the ways that the session has.
+void GeneralTab::addSession(Form& form) {
+    auto* const hints =
+        new SessionHints(SessionHint::Topic::Text, {.margins = Form::headingMargins()}, contents());
+    if (const auto note = Platform::current().sessionNote()) {
+        Label& label = form.caption(*note);
+        const auto renew = [&label] { label.setText(Platform::current().sessionNote().value_or(QString())); };
+        connect(hints, &SessionHints::changed, &label, renew);
+        connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, &label, renew);
+    }
+    form.add(hints);
 }
 
 void GeneralTab::setLaunchAtLogin(bool wanted) {

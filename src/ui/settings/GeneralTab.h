@@ -17,6 +17,7 @@ class GeneralTab : public FormPage {
     void setLaunchAtLogin(bool wanted);
     void addModelsFolder(Form& form);
     void addProgram(Form& form);
+    void addSession(Form& form);
     void pickModelsFolder();
     void modelsFolderAdopted();
     void showModelsPath(const QString& path);

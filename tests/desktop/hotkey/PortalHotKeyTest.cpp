@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/hotkey/ShortcutsPortal.h"
+#include "platform/linux/gnome/GnomeHotKeys.h"
 #include "platform/linux/portal/PortalHotKeyService.h"
+#include "support/Clock.h"
 #include "support/Waiting.h"
 
 #include <gtest/gtest.h>
@@ -25,12 +27,12 @@ class PortalHotKeyTest : public testing::Test {
   protected:
     void start(ShortcutsPortal::Behaviour behaviour = {}) {
         desktop.emplace(behaviour);
-        service =
-            PortalHotKeyService::open({.trigger = trigger,
-                                       .isHeld = [](KeyCode key, HotKeyModifiers) { return key == held; },
-                                       .isAllowed = [this] { return allowed; },
-                                       .repeat = {}});
-        ASSERT_TRUE(service);
+        service = std::make_unique<PortalHotKeyService>(
+            portal::PortalDesktop{.trigger = trigger,
+                                  .isHeld = [](KeyCode key, HotKeyModifiers) { return key == held; },
+                                  .isAllowed = [this] { return allowed; },
+                                  .repeat = {}},
+            [this] { isUnavailable = true; });
         handler =
             service->installHandler([this] { edges += u'+'; }, [this] { edges += u'-'; },
                                     [this](std::optional<HotKeyRefusal> change) { told.push_back(change); });
@@ -58,6 +60,7 @@ class PortalHotKeyTest : public testing::Test {
     }
 
     bool allowed = false;
+    bool isUnavailable = false;
     QString edges;
     std::vector<std::optional<HotKeyRefusal>> told;
     std::optional<ShortcutsPortal> desktop;
@@ -67,7 +70,7 @@ class PortalHotKeyTest : public testing::Test {
 
 TEST_F(PortalHotKeyTest, TheUserIsAskedByTheButtonOnly) {
     start();
-    EXPECT_EQ(desktop->program(), QStringLiteral("it.parlivo.Parlivo"));
+    EXPECT_TRUE(waitFor([&] { return desktop->program() == QStringLiteral("it.parlivo.Parlivo"); }));
     EXPECT_EQ(statusOf(VirtualKey::space), EAGAIN);
     EXPECT_EQ(desktop->questions(), 0);
     follow();
@@ -169,16 +172,94 @@ TEST_F(PortalHotKeyTest, WhatTheDesktopHasItselfIsRefusedAndATrialAsksNothing) {
     EXPECT_EQ(desktop->questions(), 0);
 }
 
-TEST_F(PortalHotKeyTest, WithoutHotKeysOrAProgramThatItKnowsThereIsNone) {
-    {
-        const ShortcutsPortal without({.version = 0});
-        EXPECT_FALSE(PortalHotKeyService::open({}));
+/// The portal that a session has, asked by a program that it does not serve.
+class RefusingPortalTest : public PortalHotKeyTest {
+  protected:
+    bool becomesUnavailable() {
+        const auto alone = [this] {
+            return std::make_unique<PortalHotKeyService>(portal::PortalDesktop{},
+                                                         [this] { isUnavailable = true; });
+        };
+        service = alone();
+        EXPECT_FALSE(isUnavailable) << "within the call";
+        return waitFor([&] { return isUnavailable; });
     }
-    {
-        const ShortcutsPortal stranger({.knowsProgram = false});
-        EXPECT_FALSE(PortalHotKeyService::open({}));
+};
+
+TEST_F(RefusingPortalTest, WithoutHotKeys) {
+    desktop.emplace(ShortcutsPortal::Behaviour{.version = 0});
+    EXPECT_TRUE(becomesUnavailable());
+}
+
+TEST_F(RefusingPortalTest, AProgramThatItDoesNotKnow) {
+    desktop.emplace(ShortcutsPortal::Behaviour{.knowsProgram = false});
+    EXPECT_TRUE(becomesUnavailable());
+}
+
+TEST_F(RefusingPortalTest, WithoutAPortal) {
+    EXPECT_TRUE(becomesUnavailable());
+}
+
+TEST_F(PortalHotKeyTest, APortalThatHangsIsNotWaitedForAndServesOnceItAnswers) {
+    start({.hangs = true});
+    EXPECT_TRUE(waitFor([&] { return desktop->isAsked(); }));
+    EXPECT_EQ(statusOf(VirtualKey::space), EAGAIN);
+    const auto hints = service->hints();
+    ASSERT_EQ(hints.size(), 1U);
+    hints.front().action();
+    EXPECT_TRUE(service->hints().empty()) << "the question waits";
+    EXPECT_TRUE(told.empty());
+    desktop->wakeUp();
+    EXPECT_TRUE(waitFor([&] { return !told.empty() && !told.back(); }));
+    EXPECT_EQ(desktop->trigger(), QStringLiteral("CTRL+ALT+space"));
+    EXPECT_FALSE(isUnavailable);
+}
+
+TEST_F(PortalHotKeyTest, APortalThatNeverAnswersIsGivenUp) {
+    Clock::setScale(0.01);
+    start({.hangs = true});
+    EXPECT_TRUE(waitFor([&] { return isUnavailable; }));
+    Clock::setScale(1);
+}
+
+/// GNOME's keys, where nothing but the portal could serve them.
+class GnomeHotKeysTest : public PortalHotKeyTest {
+  protected:
+    void startGnome(ShortcutsPortal::Behaviour behaviour) {
+        desktop.emplace(behaviour);
+        keys = std::make_unique<gnome::GnomeHotKeys>(
+            QDBusConnection::sessionBus(),
+            portal::PortalDesktop{.trigger = trigger,
+                                  .isHeld = [](KeyCode, HotKeyModifiers) { return false; },
+                                  .isAllowed = [this] { return allowed; },
+                                  .repeat = {}});
+        handler = keys->installHandler([this] { edges += u'+'; }, [this] { edges += u'-'; },
+                                       [this](const auto& change) { told.push_back(change); });
+        keys->registerHotKey(VirtualKey::space, HotKeyModifier::option, identity);
     }
-    EXPECT_FALSE(PortalHotKeyService::open({})) << "without a portal";
+    ~GnomeHotKeysTest() override { handler.reset(); }
+
+    std::unique_ptr<gnome::GnomeHotKeys> keys;
+};
+
+TEST_F(GnomeHotKeysTest, ThePortalsEdgesArePassedOn) {
+    allowed = true;
+    startGnome({});
+    EXPECT_FALSE(keys->name().isEmpty());
+    ASSERT_TRUE(waitFor([&] { return !told.empty() && !told.back(); }));
+    desktop->tell("Activated");
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+")));
+    desktop->tell("Deactivated");
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+-")));
+}
+
+TEST_F(GnomeHotKeysTest, WithoutThePortalTheNextWayIsTaken) {
+    startGnome({.knowsProgram = false});
+    EXPECT_EQ(keys->edges(), HotKeyService::Edges::Both) << "until it has answered";
+    ASSERT_TRUE(waitFor([&] { return keys->edges() == HotKeyService::Edges::None; }));
+    EXPECT_TRUE(waitFor([&] { return !told.empty(); }));
+    EXPECT_TRUE(keys->name().isEmpty());
+    EXPECT_TRUE(keys->hints().empty());
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <QDBusVariant>
 #include <QVariantMap>
 
+#include <utility>
+
 namespace parlivo::desktop {
 
 namespace {
@@ -58,6 +60,17 @@ class ShortcutsPortal::Object : public QDBusVirtualObject {
     QString introspect(const QString&) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        if (!behaviour_.hangs) return handle(message, bus);
+        message.setDelayedReply(true);
+        unanswered_.append(message);
+        return true;
+    }
+    void wakeUp() {
+        behaviour_.hangs = false;
+        for (const QDBusMessage& message : std::exchange(unanswered_, {})) handle(message, bus_);
+    }
+
+    bool handle(const QDBusMessage& message, const QDBusConnection& bus) {
         if (message.member() == QLatin1String("Get"))
             return bus.send(message.createReply(
                 QVariant::fromValue(QDBusVariant(QVariant::fromValue(behaviour_.version)))));
@@ -89,6 +102,7 @@ class ShortcutsPortal::Object : public QDBusVirtualObject {
     QString program_;
     QString trigger_;
     int questions_ = 0;
+    QList<QDBusMessage> unanswered_;
 
   private:
     static QString partOf(const QDBusMessage& message) {
@@ -127,7 +141,7 @@ class ShortcutsPortal::Object : public QDBusVirtualObject {
         return true;
     }
 
-    const Behaviour behaviour_;
+    Behaviour behaviour_;
     QDBusConnection bus_;
     QString session_;
     QString id_;
@@ -147,6 +161,16 @@ ShortcutsPortal::~ShortcutsPortal() {
 
 void ShortcutsPortal::tell(const char* signal) {
     jobs_.run([&] { object_->tell(signal); });
+}
+
+void ShortcutsPortal::wakeUp() {
+    jobs_.run([this] { object_->wakeUp(); });
+}
+
+bool ShortcutsPortal::isAsked() {
+    bool asked = false;
+    jobs_.run([&] { asked = !object_->unanswered_.isEmpty(); });
+    return asked;
 }
 
 void ShortcutsPortal::closeSession() {

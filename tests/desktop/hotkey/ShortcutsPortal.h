@@ -25,6 +25,7 @@ class ShortcutsPortal {
         Answer answer = Answer::Bound;
         bool knowsProgram = true;  ///< by its desktop file
         unsigned version = 1;      ///< 0: has no hot keys
+        bool hangs = false;        ///< answers nothing until `wakeUp`
     };
 
     explicit ShortcutsPortal(Behaviour behaviour);
@@ -34,6 +35,10 @@ class ShortcutsPortal {
 
     /// Tells the bound program of an edge.
     void tell(const char* signal);
+    /// Answers what was asked while it hung, and all else from now on.
+    void wakeUp();
+    /// Whether it was asked something that it has not answered.
+    bool isAsked();
     /// Ends the program's session.
     void closeSession();
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 
-// usage: receiver_chromium TITLE FILE
+// usage: receiver_chromium TITLE FILE [OPTION]...
 // A browser window with a text area, whose text is kept in FILE; FILE is made when the text area has the
-// focus. The page comes from a small server in this program, and reports its text there.
+// focus and a key was released in it. The page comes from a small server in this program, and reports its
+// text there. The options are the browser's.
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -97,13 +98,12 @@ class Conversation : public QObject {
     QByteArray received_;
 };
 
-QStringList browserArguments(quint16 port, const QString& profile) {
-    QStringList arguments;
+QStringList browserArguments(quint16 port, const QString& profile, const QStringList& more) {
+    QStringList arguments = more;
     for (const char* const flag :
          {"--no-sandbox", "--disable-gpu", "--no-first-run", "--no-default-browser-check",
           "--disable-background-networking", "--disable-component-update", "--disable-sync", "--disable-quic",
-          "--disable-dev-shm-usage", "--password-store=basic", "--ozone-platform=x11",
-          "--disable-features=Translate,MediaRouter"}) {
+          "--disable-dev-shm-usage", "--password-store=basic", "--disable-features=Translate,MediaRouter"}) {
         arguments.append(QString::fromLatin1(flag));
     }
     arguments.append(QStringLiteral("--user-data-dir=") + profile);
@@ -116,7 +116,7 @@ QStringList browserArguments(quint16 port, const QString& profile) {
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 3) qFatal("usage: receiver_chromium TITLE FILE");
+    if (arguments.size() < 3) qFatal("usage: receiver_chromium TITLE FILE [OPTION]...");
     const QTemporaryDir profile;
     const QByteArray html = QString::fromLatin1(pageTemplate).arg(arguments.at(1)).toUtf8();
 
@@ -133,7 +133,8 @@ int main(int argc, char** argv) {
     browser.setStandardOutputFile(QProcess::nullDevice());
     browser.setStandardErrorFile(QProcess::nullDevice());
     QObject::connect(&browser, &QProcess::finished, &browser, &QCoreApplication::quit);
-    browser.start(QStringLiteral("chromium"), browserArguments(server.serverPort(), profile.path()));
+    browser.start(QStringLiteral("chromium"),
+                  browserArguments(server.serverPort(), profile.path(), arguments.sliced(3)));
     if (!browser.waitForStarted()) qFatal("chromium does not start");
     return QCoreApplication::exec();
 }

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include "desktop/dictation/ProgramTest.h"
+#include "desktop/tray/NotifierWatcher.h"
+#include "desktop/wayland/WaylandReceiver.h"
 #include "platform/linux/kde/KeyGrant.h"
 #include "platform/linux/wayland/FakeInput.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 #include "support/Waiting.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
@@ -17,13 +21,50 @@ bool mayPressKeys() {
     return connection && wayland::FakeInput::isOffered(*connection);
 }
 
+QString applications() {
+    return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/applications");
+}
+
 TEST(KwinGrantTest, TheDesktopFileIsWhatKwinAsksFor) {
     EXPECT_FALSE(mayPressKeys());
-    const QString applications = qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/applications");
-    const kde::KeyGrant grant(QCoreApplication::applicationFilePath(), applications);
+    const kde::KeyGrant grant(QCoreApplication::applicationFilePath(), applications());
     grant.write();
     EXPECT_TRUE(grant.isWritten());
     EXPECT_TRUE(waitFor(mayPressKeys));
+}
+
+/// The menu looks at it whenever it is opened.
+bool saysThatTypingWorks(const NotifierItem& item) {
+    item.openMenu();
+    for (const MenuLine& line : item.menu())
+        if (line.label == QStringLiteral("Accessibilità: ✅")) return true;
+    return false;
+}
+
+TEST(KwinGrantTest, TheRunningProgramNeedsNoRestart) {
+    const QString spoken = QStringLiteral("Perché no? «Sì» — 12 €");
+    separateSpeakerFromMicrophone();
+    home::settle();
+    StubRecogniser stub(spoken);
+    const NotifierWatcher panel;
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
+    environment.remove(QStringLiteral("DISPLAY"));
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    const Program program(builtBundle(), environment);
+    ASSERT_TRUE(program.waitUntilUp());
+    ASSERT_TRUE(waitFor([&] { return !panel.items().isEmpty(); }));
+    const NotifierItem item(panel.bus(), panel.items().value(0));
+    EXPECT_FALSE(saysThatTypingWorks(item));
+    const QFileInfo file(builtBundle() + QStringLiteral("/Contents/MacOS/Parlivo"));
+    kde::KeyGrant(file.canonicalFilePath(), applications()).write();
+    ASSERT_TRUE(waitFor([&] { return saysThatTypingWorks(item); }));
+    const WaylandReceiver receiver(WaylandReceiver::Kind::Gtk3);
+    ASSERT_TRUE(program.invoke("Toggle"));
+    ASSERT_TRUE(program.waitForState(QStringLiteral("recording")));
+    letPass(std::chrono::milliseconds(400));
+    ASSERT_TRUE(program.invoke("Toggle"));
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text()) << qPrintable(home::log());
 }
 
 }  // namespace

@@ -12,8 +12,10 @@
 
 #include <QDBusInterface>
 #include <QDBusReply>
+#include <QFile>
 
 #include <cerrno>
+#include <csignal>
 
 namespace parlivo::desktop {
 namespace {
@@ -152,6 +154,57 @@ TEST_P(EveryKwinReceiver, PastesTenThousandCharacters) {
 
 INSTANTIATE_TEST_SUITE_P(All, EveryKwinReceiver, testing::Values(Kind::Gtk3, Kind::Gtk4, Kind::Qt),
                          [](const auto& kind) { return nameOf(kind.param); });
+
+/// Ends KWin as a crash does, and starts it again with the same command.
+void restartKwin() {
+    const QString desktop = qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/desktop/");
+    QFile pid(desktop + QStringLiteral("kwin.pid"));
+    ASSERT_TRUE(pid.open(QIODevice::ReadOnly));
+    const auto process = static_cast<pid_t>(pid.readAll().trimmed().toInt());
+    const auto wordsOf = [&](const char* file) {
+        QFile words(QStringLiteral("/proc/%1/%2").arg(process).arg(QLatin1String(file)));
+        EXPECT_TRUE(words.open(QIODevice::ReadOnly));
+        QStringList list;
+        for (const QByteArray& word : words.readAll().split('\0'))
+            if (!word.isEmpty()) list.append(QString::fromLocal8Bit(word));
+        return list;
+    };
+    const QStringList command = wordsOf("cmdline");
+    const QStringList variables = wordsOf("environ");
+    ASSERT_EQ(kill(process, SIGKILL), 0);
+    ASSERT_TRUE(waitFor([] { return !wayland::WaylandConnection::open(); }));
+    static ProcessGroup kwin;  // ends with the test
+    kwin.start(QStringLiteral("env"), QStringList{QStringLiteral("-i")} + variables + command);
+    ASSERT_TRUE(
+        waitFor([] { return wayland::WaylandConnection::open() && kde::KdeHotKeyService::isOffered(); }));
+}
+
+/// A toolkit that outlives its compositor, as Qt does where the session asks for it (Plasma 6); here because
+/// its windows are on the X server.
+TEST(KwinRestartTest, ADictationGoesOnInTheNewCompositor) {
+    const QString spoken = QStringLiteral("Perché no? «Sì» — 12 €");
+    separateSpeakerFromMicrophone();
+    home::settle();
+    StubRecogniser stub(spoken);
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PARLIVO_PLATFORM"), QStringLiteral("wayland"));
+    const Program program(builtBundle(), environment);
+    ASSERT_TRUE(program.waitUntilUp());
+    ASSERT_TRUE(program.invoke("Toggle"));
+    ASSERT_TRUE(program.waitForState(QStringLiteral("recording")));
+    restartKwin();
+    Hands hands;
+    const WaylandReceiver receiver(Kind::Gtk3);
+    EXPECT_EQ(program.state(), QStringLiteral("recording"));
+    ASSERT_TRUE(program.invoke("Toggle"));
+    EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text()) << qPrintable(home::log());
+    ASSERT_TRUE(program.waitForState(QStringLiteral("idle")));
+    hands.press({KEY_LEFTALT, KEY_SPACE});
+    ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(program.statusText());
+    letPass(400ms);
+    hands.release({KEY_SPACE, KEY_LEFTALT});
+    EXPECT_TRUE(receiver.waitForText(spoken + spoken)) << qPrintable(receiver.text());
+}
 
 class KwinDictation : public testing::TestWithParam<Kind> {};
 

@@ -4,12 +4,14 @@
 #include "support/Error.h"
 #include "support/Waiting.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 
 #include <algorithm>
+#include <csignal>
 #include <functional>
 
 namespace parlivo::desktop::sway {
@@ -89,6 +91,12 @@ bool accepts(const QString& command) {
 
 void command(const QString& command) {
     if (!accepts(command)) fail(command);
+}
+
+void kill() {
+    QFile file(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/desktop/sway.pid"));
+    if (!file.open(QIODevice::ReadOnly) || ::kill(file.readAll().trimmed().toInt(), SIGKILL) != 0)
+        fail(QStringLiteral("no process of sway's"));
 }
 
 QImage screenshot() {

@@ -22,6 +22,8 @@ QString focusedTitle();
 bool accepts(const QString& command);
 /// The same; throws Error if it is refused.
 void command(const QString& command);
+/// Ends it as a crash does.
+void kill();
 /// What the screens show now.
 QImage screenshot();
 

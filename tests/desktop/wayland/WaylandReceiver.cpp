@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/wayland/WaylandReceiver.h"
 
+#include "desktop/wayland/Hands.h"
 #include "desktop/wayland/Sway.h"
 #include "support/Error.h"
 #include "support/Uuid.h"
 
 #include <QFile>
 
+#include <optional>
 #include <ostream>
 
 namespace parlivo::desktop {
@@ -27,6 +29,16 @@ QStringList commandOf(WaylandReceiver::Kind kind, const QString& title, const QS
             return {folder + QStringLiteral("receiver_gtk4"), title, file};
         case WaylandReceiver::Kind::Qt:
             return {folder + QStringLiteral("receiver_qt"), title, file};
+        case WaylandReceiver::Kind::Chromium:
+            return {folder + QStringLiteral("receiver_chromium"), title, file,
+                    QStringLiteral("--ozone-platform=wayland")};
+        case WaylandReceiver::Kind::ChromiumText:
+            return {folder + QStringLiteral("receiver_chromium"),
+                    title,
+                    file,
+                    QStringLiteral("--ozone-platform=wayland"),
+                    QStringLiteral("--enable-wayland-ime"),
+                    QStringLiteral("--wayland-text-input-version=3")};
     }
     return {};
 }
@@ -51,8 +63,15 @@ WaylandReceiver::WaylandReceiver(Kind kind)
     const auto focused = [this] {
         return qEnvironmentVariableIsEmpty("SWAYSOCK") || sway::focusedTitle() == title_;
     };
-    if (!waitFor([&] { return focused() && QFile::exists(file_); }))
-        fail(QStringLiteral("no focus: ") + QString::fromStdString(nameOf(kind)));
+    const bool wantsKeys = kind == Kind::Chromium || kind == Kind::ChromiumText;
+    std::optional<Hands> hands;
+    if (wantsKeys) hands.emplace();
+    const auto ready = [&] {
+        const bool hasFocus = focused();
+        if (hasFocus && wantsKeys) hands->tap(KEY_LEFTSHIFT);
+        return hasFocus && QFile::exists(file_);
+    };
+    if (!waitFor(ready)) fail(QStringLiteral("no focus: ") + QString::fromStdString(nameOf(kind)));
 }
 
 QString WaylandReceiver::text() const {
@@ -84,6 +103,10 @@ std::string nameOf(WaylandReceiver::Kind kind) {
             return "Gtk4";
         case WaylandReceiver::Kind::Qt:
             return "Qt";
+        case WaylandReceiver::Kind::Chromium:
+            return "Chromium";
+        case WaylandReceiver::Kind::ChromiumText:
+            return "ChromiumText";
     }
     return "Unknown";
 }

@@ -17,7 +17,14 @@ namespace parlivo::desktop {
 /// happen.
 class WaylandReceiver {
   public:
-    enum class Kind { Foot, Gtk3, Gtk4, Qt };
+    enum class Kind {
+        Foot,
+        Gtk3,
+        Gtk4,
+        Qt,
+        Chromium,      ///< as it starts by itself: text comes by keys and by paste
+        ChromiumText,  ///< told to take text from an input method
+    };
 
     explicit WaylandReceiver(Kind kind);
     WaylandReceiver(const WaylandReceiver&) = delete;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/dictation/ProgramTest.h"
+#include "desktop/hotkey/ShortcutsPortal.h"
 #include "desktop/tray/NotifierWatcher.h"
 #include "desktop/wayland/Hands.h"
+#include "desktop/wayland/PortalSession.h"
 #include "desktop/wayland/Sway.h"
 #include "desktop/wayland/WaylandReceiver.h"
 
@@ -273,15 +275,54 @@ TEST_F(WaylandSessionTest, TheFocusMayChangeWhileTheUserSpeaksAndWhileTheTextCom
         << qPrintable(first.text());
 }
 
-TEST_F(WaylandSessionTest, TheProgramEndsWithItsCompositor) {
-    Program program(builtBundle(), session());
+TEST_F(WaylandSessionTest, ADictationThatEndsWithItsCompositorIsToldOfAtTheNextStart) {
+    const QString lost = QStringLiteral("la dettatura precedente non è arrivata alla fine");
+    {
+        Program program(builtBundle(), session());
+        ASSERT_TRUE(program.waitUntilUp());
+        startRecording(program);
+        sway::kill();
+        program.waitForExit();
+        EXPECT_FALSE(program.isRunning());
+    }
+    // The next session, in which sway may as well not be started again.
+    auto next = QProcessEnvironment::systemEnvironment();
+    next.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    next.remove(QStringLiteral("SWAYSOCK"));
+    for (int start = 0; start < 2; ++start) {
+        Program program(builtBundle(), next);
+        ASSERT_TRUE(program.waitUntilUp());
+        EXPECT_TRUE(waitFor([&] { return home::log().contains(lost); }));
+        EXPECT_TRUE(home::recordings().isEmpty());
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.waitForExit(), 0);
+    }
+    EXPECT_EQ(home::log().count(lost), 1) << "told once";
+}
+
+TEST_F(WaylandSessionTest, APortalThatHangsIsNotWaitedFor) {
+    const PortalSession portals;
+    ShortcutsPortal portal({.hangs = true});
+    const Program program(builtBundle(), portals.within(session()));
     ASSERT_TRUE(program.waitUntilUp());
-    startRecording(program);
-    QFile pid(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/desktop/sway.pid"));
-    ASSERT_TRUE(pid.open(QIODevice::ReadOnly));
-    ASSERT_EQ(kill(pid.readAll().trimmed().toInt(), SIGKILL), 0);
-    program.waitForExit();
-    EXPECT_FALSE(program.isRunning());
+    EXPECT_TRUE(portal.isAsked());
+    EXPECT_EQ(program.state(), QStringLiteral("idle"));
+    EXPECT_TRUE(program.statusText().contains(QStringLiteral("va assegnata nelle impostazioni")))
+        << qPrintable(program.statusText());
+    // It has not been given up: it serves once it answers.
+    portal.wakeUp();
+    EXPECT_TRUE(waitFor([&] { return portal.program() == ownWindows; }));
+    EXPECT_TRUE(home::log().contains(QStringLiteral("sessione: Wayland: tasto globale del portale")));
+    EXPECT_FALSE(home::log().contains(QStringLiteral("nessun tasto globale")));
+}
+
+TEST_F(WaylandSessionTest, WithoutAPortalForItTheLogTellsTheWayThatIsLeft) {
+    const PortalSession portals;
+    ShortcutsPortal portal({.knowsProgram = false});
+    const Program program(builtBundle(), portals.within(session()));
+    ASSERT_TRUE(program.waitUntilUp());
+    EXPECT_TRUE(waitFor(
+        [] { return home::log().contains(QStringLiteral("sessione: Wayland: nessun tasto globale")); }));
 }
 
 TEST_F(WaylandSessionTest, TheWindowsWork) {

@@ -10,6 +10,9 @@
 #include "support/PlatformTest.h"
 #include "support/Text.h"
 
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -107,7 +110,8 @@ TEST_P(EveryTextField, TakesEachCharacterAtThePace) {
     EXPECT_EQ(sway::clipboard(), QByteArray()) << "pasted, not typed";
 }
 
-INSTANTIATE_TEST_SUITE_P(All, EveryTextField, testing::Values(Kind::Foot, Kind::Gtk3, Kind::Gtk4),
+INSTANTIATE_TEST_SUITE_P(All, EveryTextField,
+                         testing::Values(Kind::Foot, Kind::Gtk3, Kind::Gtk4, Kind::ChromiumText),
                          [](const auto& kind) { return nameOf(kind.param); });
 
 TEST_P(EveryWaylandReceiver, PastesTenThousandCharacters) {
@@ -122,8 +126,41 @@ TEST_P(EveryWaylandReceiver, PastesTenThousandCharacters) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, EveryWaylandReceiver,
-                         testing::Values(Kind::Foot, Kind::Gtk3, Kind::Gtk4, Kind::Qt),
+                         testing::Values(Kind::Foot, Kind::Gtk3, Kind::Gtk4, Kind::Qt, Kind::Chromium),
                          [](const auto& kind) { return nameOf(kind.param); });
+
+/// A program that keeps what is copied, but nothing that its owner marks as passing.
+class ClipboardHistory {
+  public:
+    ClipboardHistory() {
+        const QString keepUnlessMarked = QStringLiteral(
+            "wl-paste --list-types | grep -q x-kde-passwordManagerHint || { wl-paste --no-newline; echo; } >>\"$0\"");
+        watcher_.start(QStringLiteral("wl-paste"), {QStringLiteral("--watch"), QStringLiteral("sh"),
+                                                    QStringLiteral("-c"), keepUnlessMarked, file_});
+    }
+    QByteArray kept() const {
+        QFile file(file_);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+  private:
+    QTemporaryDir folder_;
+    QString file_ = folder_.filePath(QStringLiteral("history"));
+    ProcessGroup watcher_;
+};
+
+TEST_F(WaylandTypingTest, AHistoryThatHonoursTheMarkKeepsNothing) {
+    const ClipboardHistory history;
+    const WaylandReceiver receiver(Kind::Gtk3);
+    sway::copy("prima");
+    ASSERT_TRUE(waitFor([&] { return history.kept() == "prima\n"; })) << history.kept().constData();
+    const QString text = mixed(10'000);
+    EXPECT_EQ(paste(text), Injector::Outcome::Delivered);
+    EXPECT_TRUE(receiver.waitForText(text)) << qPrintable(receiver.text());
+    EXPECT_TRUE(waitFor([] { return sway::clipboard() == "prima"; })) << sway::clipboard().constData();
+    sway::copy("dopo");
+    EXPECT_TRUE(waitFor([&] { return history.kept() == "prima\ndopo\n"; })) << history.kept().constData();
+}
 
 using Standstill = std::tuple<Kind, int>;  // milliseconds
 
@@ -232,6 +269,17 @@ TEST_F(WaylandTypingTest, ControlCharactersAreLeftOut) {
     ASSERT_TRUE(takesText());
     EXPECT_EQ(type(QStringLiteral("a\u0007b\r\nc\td\re\u007ff")), Injector::Outcome::Delivered);
     EXPECT_TRUE(receiver.waitForText(QStringLiteral("ab\nc\td\nef"))) << qPrintable(receiver.text());
+}
+
+TEST(DeadCompositorTest, TheInputMethodIsRefusedAtOnce) {
+    const auto connection = wayland::WaylandConnection::open();
+    const auto method = wayland::InputMethod::make(*connection);
+    ASSERT_TRUE(method);
+    sway::kill();
+    EXPECT_TRUE(waitFor([&] { return method->presence() == wayland::InputMethod::Presence::Refused; }));
+    EXPECT_TRUE(method->waitForAnswer(Clock::now())) << "nothing to wait for";
+    EXPECT_FALSE(method->waitUntilActive(Clock::now() + 1h));
+    EXPECT_NE(method->commit("a"), wayland::InputMethod::Commit::Accepted);
 }
 
 TEST(SecondInputMethodTest, IsRefusedAndTheTextPasted) {

@@ -9,6 +9,7 @@
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusReply>
+#include <QDBusServiceWatcher>
 #include <QList>
 
 #include <cerrno>
@@ -75,6 +76,9 @@ bool KdeHotKeyService::isOffered() {
 KdeHotKeyService::KdeHotKeyService(std::unique_ptr<KeyLayout> layout, NoOpKey noOpKey)
     : layout_(std::move(layout)), noOpKey_(std::move(noOpKey)), bus_(QDBusConnection::sessionBus()) {
     qDBusRegisterMetaType<QList<int>>();
+    auto* const watcher =
+        new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForRegistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { serviceRestarted(); });
 }
 
 KdeHotKeyService::~KdeHotKeyService() = default;
@@ -93,6 +97,7 @@ HotKeyService::Result KdeHotKeyService::registerHotKey(KeyCode key, HotKeyModifi
     const int error = take(action, *combination);
     if (error == ENOTCONN) return HotKeyRefusal{error, HotKeyRefusal::Reason::Unusable};
     if (error != 0) return HotKeyRefusal{error};
+    if (action == dictate) combination_ = combination;
     return std::make_unique<Registration>(*this, action);
 }
 
@@ -125,7 +130,16 @@ int KdeHotKeyService::take(const QStringList& action, int combination) {
     return 0;
 }
 
+/// KWin serves hot keys itself, and a program may outlive it.
+void KdeHotKeyService::serviceRestarted() {
+    endHold();
+    if (!combination_) return;
+    const int error = take(dictate, *combination_);
+    edges_.tell(error == 0 ? std::nullopt : std::optional(HotKeyRefusal{error}));
+}
+
 void KdeHotKeyService::giveUp(const QStringList& action) {
+    if (action == dictate) combination_.reset();
     if (action == dictate)
         ask(bus_, QStringLiteral("setInactive"), {action});
     else

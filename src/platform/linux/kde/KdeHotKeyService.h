@@ -62,6 +62,7 @@ class KdeHotKeyService : public QObject, public HotKeyService {
     /// 0 or the errno.
     int take(const QStringList& action, int combination);
     void giveUp(const QStringList& action);
+    void serviceRestarted();
     bool listen();
     void beginHold();
     void endHold();
@@ -70,7 +71,8 @@ class KdeHotKeyService : public QObject, public HotKeyService {
     const NoOpKey noOpKey_;
     QDBusConnection bus_;
     HotKeyEdges edges_;
-    QString component_;  // its object's path, once it is known
+    std::optional<int> combination_;  // of the hot key, while it is registered
+    QString component_;               // its object's path, once it is known
 };
 
 }  // namespace parlivo::kde

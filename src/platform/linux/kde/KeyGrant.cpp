@@ -50,7 +50,7 @@ std::vector<SessionHint> KeyGrant::hints() const {
     if (isWritten()) {
         hint.text = QCoreApplication::translate(
             "parlivo::KeyGrant",
-            "Il permesso di incollare è dato: riavvia Parlivo, o se non basta la sessione, perché valga.");
+            "Il permesso di incollare è dato: KDE lo applica entro qualche secondo. Se questa riga resta, esci dalla sessione e rientra.");
     } else {
         hint.text = QCoreApplication::translate(
             "parlivo::KeyGrant",

@@ -13,7 +13,8 @@ namespace parlivo::kde {
 /// KWin's leave to press keys (org_kde_kwin_fake_input): it is given to programs whose desktop file asks for
 /// it (X-KDE-Wayland-Interfaces) and names the program by its full path. The installed desktop file names the
 /// command instead, so that a moved installation keeps working; hence one of the user's own, which no menu
-/// shows. Main thread.
+/// shows. KWin looks at it when a program connects, so that it counts for connections made since. Main
+/// thread.
 class KeyGrant {
   public:
     /// `program` is the full path of this program, `folder` the user's folder of desktop files.

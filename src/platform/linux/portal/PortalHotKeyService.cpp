@@ -9,11 +9,11 @@
 #include <QDBusMetaType>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
-#include <QDBusReply>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
 #include <cerrno>
+#include <chrono>
 #include <utility>
 
 namespace parlivo::portal {
@@ -49,7 +49,8 @@ const QString shortcutId = QStringLiteral("dictate");
 /// more.
 const QString connectionName = QStringLiteral("portal");
 
-constexpr int replyTimeout = 3000;  // ms
+/// A portal that has to be started waits for others in a session that is just beginning.
+constexpr std::chrono::seconds answerTimeout{25};
 constexpr HotKeyRefusal notSetUp{EAGAIN, HotKeyRefusal::Reason::NotSetUp};
 
 QDBusMessage methodCall(const QString& path, const QString& interface, const QString& method,
@@ -59,12 +60,13 @@ QDBusMessage methodCall(const QString& path, const QString& interface, const QSt
     return message;
 }
 
-bool hasShortcuts(const QDBusConnection& bus) {
-    const QDBusReply<QDBusVariant> version(
-        bus.call(methodCall(object, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
-                            {shortcutsInterface, QStringLiteral("version")}),
-                 QDBus::Block, replyTimeout));
-    return version.isValid() && version.value().variant().toUInt() >= 1;
+QDBusMessage versionQuestion() {
+    return methodCall(object, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+                      {shortcutsInterface, QStringLiteral("version")});
+}
+
+bool isReply(const QDBusMessage& message) {
+    return message.type() == QDBusMessage::ReplyMessage;
 }
 
 QDBusMessage registration() {
@@ -77,38 +79,57 @@ class Registration : public HotKeyRegistration {};
 
 }  // namespace
 
-std::unique_ptr<PortalHotKeyService> PortalHotKeyService::open(PortalDesktop desktop) {
-    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
-    const bool isOffered =
-        bus.isConnected() &&
-        bus.call(registration(), QDBus::Block, replyTimeout).type() == QDBusMessage::ReplyMessage &&
-        hasShortcuts(bus);
-    if (isOffered)
-        return std::unique_ptr<PortalHotKeyService>(new PortalHotKeyService(bus, std::move(desktop)));
-    QDBusConnection::disconnectFromBus(connectionName);
-    return nullptr;
-}
-
-PortalHotKeyService::PortalHotKeyService(QDBusConnection bus, PortalDesktop desktop)
-    : bus_(std::move(bus)), desktop_(std::move(desktop)) {
+PortalHotKeyService::PortalHotKeyService(PortalDesktop desktop, std::function<void()> unavailable)
+    : bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)),
+      desktop_(std::move(desktop)),
+      unavailable_(std::move(unavailable)) {
     qDBusRegisterMetaType<Shortcut>();
     qDBusRegisterMetaType<QList<Shortcut>>();
     rule_.setRepeat(desktop_.repeat);
     silence_.setSingleShot(true);
     silence_.setTimerType(Qt::PreciseTimer);
     connect(&silence_, &QTimer::timeout, this, [this] { releaseHold(); });
-    bus_.connect(service, object, shortcutsInterface, QStringLiteral("Activated"), this,
-                 SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
-    bus_.connect(service, object, shortcutsInterface, QStringLiteral("Deactivated"), this,
-                 SLOT(deactivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
     auto* const watcher =
         new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForRegistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { portalRestarted(); });
+    introduce();
 }
 
 PortalHotKeyService::~PortalHotKeyService() {
     // The connection's end ends the session, too.
     QDBusConnection::disconnectFromBus(connectionName);
+}
+
+void PortalHotKeyService::introduce() {
+    call(registration(), [this](const QDBusMessage& registered) {
+        if (!isReply(registered)) return unavailable_();
+        call(versionQuestion(), [this](const QDBusMessage& version) {
+            const auto number = version.arguments().value(0).value<QDBusVariant>().variant().toUInt();
+            if (!isReply(version) || number < 1) return unavailable_();
+            becomeReady();
+        });
+    });
+}
+
+/// The answer never comes within the call, not even where there is no bus.
+void PortalHotKeyService::call(const QDBusMessage& question, const Answer& answer) {
+    const auto timeout = Clock::scaled(answerTimeout);
+    auto* const watcher =
+        new QDBusPendingCallWatcher(bus_.asyncCall(question, static_cast<int>(timeout.count())), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answer] {
+        watcher->deleteLater();
+        answer(watcher->reply());
+    });
+}
+
+/// Not earlier: a slot that is connected before the first call is never called (seen with Qt 6.4).
+void PortalHotKeyService::becomeReady() {
+    isReady_ = true;
+    bus_.connect(service, object, shortcutsInterface, QStringLiteral("Activated"), this,
+                 SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+    bus_.connect(service, object, shortcutsInterface, QStringLiteral("Deactivated"), this,
+                 SLOT(deactivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+    if (isAsking_) openSession();
 }
 
 std::unique_ptr<HotKeyHandler> PortalHotKeyService::installHandler(Edge pressed, Edge released,
@@ -185,7 +206,10 @@ void PortalHotKeyService::request(const QString& method, const QVariantList& arg
 }
 
 void PortalHotKeyService::ask() {
-    if (std::exchange(isAsking_, true)) return;
+    if (!std::exchange(isAsking_, true) && isReady_) openSession();
+}
+
+void PortalHotKeyService::openSession() {
     if (!session_.isEmpty()) return bind();
     request(QStringLiteral("CreateSession"), {},
             {{QStringLiteral("session_handle_token"), QStringLiteral("parlivo")}},
@@ -262,6 +286,7 @@ void PortalHotKeyService::sessionClosed(const QVariantMap&) {
 
 /// Another portal knows neither this program nor its session.
 void PortalHotKeyService::portalRestarted() {
+    if (!isReady_) return;  // it was started for the first question
     const bool wasBound = isBound_;
     releaseHold();
     session_.clear();

@@ -7,6 +7,7 @@
 #include "platform/linux/portal/ReleaseRule.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QObject>
 #include <QTimer>
@@ -40,10 +41,10 @@ class PortalHotKeyService : public QObject, public HotKeyService {
     Q_OBJECT
 
   public:
-    /// Null if the portal has no hot keys, or none for this program: it wants an installed desktop file.
-    /// Waits for the portal, which may have to be started, three seconds at most. Main thread.
-    static std::unique_ptr<PortalHotKeyService> open(PortalDesktop desktop);
-
+    /// Asks the portal, which may have to be started for that, and waits for nothing. `unavailable` is called
+    /// later, once at most, if the portal has no hot keys, or none for this program (it wants an installed
+    /// desktop file), or does not answer. Main thread.
+    PortalHotKeyService(PortalDesktop desktop, std::function<void()> unavailable);
     ~PortalHotKeyService() override;
     PortalHotKeyService(const PortalHotKeyService&) = delete;
     PortalHotKeyService& operator=(const PortalHotKeyService&) = delete;
@@ -68,11 +69,16 @@ class PortalHotKeyService : public QObject, public HotKeyService {
     void sessionClosed(const QVariantMap& details);
 
   private:
-    PortalHotKeyService(QDBusConnection bus, PortalDesktop desktop);
+    using Answer = std::function<void(const QDBusMessage&)>;
 
+    /// Says who this program is, and asks for the hot keys' version.
+    void introduce();
+    void call(const QDBusMessage& question, const Answer& answer);
+    void becomeReady();
     /// Sends a request whose answer comes to the slot.
     void request(const QString& method, const QVariantList& arguments, QVariantMap options, const char* slot);
     void ask();
+    void openSession();
     void bind();
     void fail();
     void releaseHold();
@@ -80,14 +86,16 @@ class PortalHotKeyService : public QObject, public HotKeyService {
 
     QDBusConnection bus_;
     const PortalDesktop desktop_;
+    const std::function<void()> unavailable_;
     HotKeyEdges edges_;
     ReleaseRule rule_;
     QTimer silence_;
     std::optional<HotKeyIdentity> identity_;
-    QString wanted_;   // how the portal spells the chosen combination
-    QString session_;  // the path of its object; empty without one
-    QString keys_;     // what the desktop has bound, in its words
-    bool isAsking_ = false;
+    QString wanted_;         // how the portal spells the chosen combination
+    QString session_;        // the path of its object; empty without one
+    QString keys_;           // what the desktop has bound, in its words
+    bool isReady_ = false;   // knows this program, and has hot keys
+    bool isAsking_ = false;  // for the key, or will when it is ready
     bool isBound_ = false;
     bool wasRefused_ = false;
     int requests_ = 0;

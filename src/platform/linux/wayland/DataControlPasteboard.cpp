@@ -3,6 +3,7 @@
 
 #include "platform/linux/wayland/ClipboardText.h"
 #include "support/Clock.h"
+#include "support/MainQueue.h"
 
 #include <fcntl.h>
 #include <wlr-data-control-client.h>
@@ -20,7 +21,21 @@ using namespace std::chrono_literals;
 /// How long the owner of a clipboard may take to give its text.
 constexpr auto ownerTimeout = 1000ms;
 
+/// How long a compositor that ended may take to be there again.
+constexpr auto restartTimeout = 5s;
+constexpr auto restartPollInterval = 50ms;
+
 constexpr std::array everyPlace{PasteboardPlace::Clipboard, PasteboardPlace::PrimarySelection};
+
+/// The main thread waits for nothing.
+std::unique_ptr<WaylandConnection> openAgain() {
+    const Clock::Deadline deadline(restartTimeout);
+    auto connection = WaylandConnection::open();
+    while (!connection && !MainQueue::isCurrent() && !deadline.passed() &&
+           Clock::sleepFor(restartPollInterval))
+        connection = WaylandConnection::open();
+    return connection;
+}
 
 }  // namespace
 
@@ -103,26 +118,47 @@ std::unique_ptr<DataControlPasteboard> DataControlPasteboard::open() {
     auto connection = WaylandConnection::open();
     if (!connection) return nullptr;
     std::unique_ptr<DataControlPasteboard> pasteboard(new DataControlPasteboard(std::move(connection)));
-    bool started = false;
-    pasteboard->connection_->run([&] { started = pasteboard->start(); });
-    return started ? std::move(pasteboard) : nullptr;
+    return pasteboard->start() ? std::move(pasteboard) : nullptr;
 }
 
 DataControlPasteboard::DataControlPasteboard(std::unique_ptr<WaylandConnection> connection)
     : connection_(std::move(connection)) {}
 
 DataControlPasteboard::~DataControlPasteboard() {
-    const auto destroyAll = [this] {
-        ours_.clear();
-        offers_.clear();
-        if (device_) zwlr_data_control_device_v1_destroy(device_);
-        if (manager_) zwlr_data_control_manager_v1_destroy(manager_);
-    };
     // A broken connection has no thread any more that could use the objects.
-    if (!connection_->run(destroyAll)) destroyAll();
+    if (!connection_->run([this] { destroyAll(); })) destroyAll();
+}
+
+void DataControlPasteboard::destroyAll() {
+    ours_.clear();
+    offers_.clear();
+    present_.clear();
+    if (device_) zwlr_data_control_device_v1_destroy(std::exchange(device_, nullptr));
+    if (manager_) zwlr_data_control_manager_v1_destroy(std::exchange(manager_, nullptr));
+}
+
+void DataControlPasteboard::run(const WaylandConnection::Job& job) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (connection_->run(job)) return;
+    }
+    auto fresh = openAgain();
+    const std::lock_guard lock(mutex_);
+    if (fresh && connection_->isBroken()) {
+        destroyAll();
+        connection_ = std::move(fresh);
+        if (!start()) return;
+    }
+    connection_->run(job);
 }
 
 bool DataControlPasteboard::start() {
+    bool started = false;
+    connection_->run([&] { started = bindAll(); });
+    return started;
+}
+
+bool DataControlPasteboard::bindAll() {
     constexpr std::uint32_t withPrimarySelection = 2;
     auto* const seat = connection_->bind<wl_seat>(wl_seat_interface, 1);
     manager_ = connection_->bind<zwlr_data_control_manager_v1>(zwlr_data_control_manager_v1_interface,
@@ -176,7 +212,7 @@ void DataControlPasteboard::put(PasteboardPlace place, const QString& text, Hist
 
 PasteboardTexts DataControlPasteboard::texts() {
     std::vector<Reading> readings;
-    connection_->run([&] { readings = startReading(); });
+    run([&] { readings = startReading(); });
     PasteboardTexts texts;
     const Clock::Deadline deadline(ownerTimeout);
     for (const auto& [place, own, pipe] : readings) {
@@ -200,14 +236,14 @@ std::vector<DataControlPasteboard::Reading> DataControlPasteboard::startReading(
 }
 
 void DataControlPasteboard::setText(const QString& text, History history) {
-    connection_->run([&] {
+    run([&] {
         for (const PasteboardPlace place : everyPlace) put(place, text, history);
         connection_->roundTrip();
     });
 }
 
 void DataControlPasteboard::restore(const PasteboardTexts& texts) {
-    connection_->run([&] {
+    run([&] {
         for (auto entry = texts.begin(); entry != texts.end(); ++entry) {
             // A history has the text from its first stay, unless it was one that no history should have.
             if (ours_.contains(entry.key())) put(entry.key(), entry.value(), History::Omit);

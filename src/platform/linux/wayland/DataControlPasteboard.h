@@ -10,6 +10,7 @@
 #include <atomic>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -20,7 +21,8 @@ struct zwlr_data_control_offer_v1;
 namespace parlivo::wayland {
 
 /// Clipboard and primary selection of a Wayland session, which can be read and set without the focus through
-/// zwlr_data_control_v1. What is set stays as long as this object lives.
+/// zwlr_data_control_v1. What is set stays as long as this object lives and the compositor does; one that is
+/// started anew is connected to with the next use.
 class DataControlPasteboard : public Pasteboard {
   public:
     /// Null if no compositor answers or if it lacks the protocol.
@@ -41,9 +43,14 @@ class DataControlPasteboard : public Pasteboard {
     struct Events;
 
     explicit DataControlPasteboard(std::unique_ptr<WaylandConnection> connection);
+    /// Runs a job on the connection's thread, on a new connection if the compositor has ended the last one.
+    void run(const WaylandConnection::Job& job);
     bool start();
+    /// On the connection's thread, or when that has ended.
+    void destroyAll();
 
     // On the connection's thread.
+    bool bindAll();
     void put(PasteboardPlace place, const QString& text, History history);
     void placeChanged(PasteboardPlace place, zwlr_data_control_offer_v1* handle);
     void sourceReplaced(const Source* source);
@@ -55,7 +62,8 @@ class DataControlPasteboard : public Pasteboard {
     };
     std::vector<Reading> startReading();
 
-    std::unique_ptr<WaylandConnection> connection_;
+    std::mutex mutex_;
+    std::unique_ptr<WaylandConnection> connection_;  // replaced under mutex_, when its thread has ended
     zwlr_data_control_manager_v1* manager_ = nullptr;
     zwlr_data_control_device_v1* device_ = nullptr;
     std::map<zwlr_data_control_offer_v1*, std::unique_ptr<Offer>> offers_;

@@ -29,6 +29,7 @@ std::unique_ptr<InputMethod> InputMethod::make(WaylandConnection& connection) {
 InputMethod::~InputMethod() {
     const auto destroyAll = [this] {
         alive_.reset();
+        connection_.onBreak(nullptr);
         if (handle_) zwp_input_method_v2_destroy(handle_);
         if (manager_) zwp_input_method_manager_v2_destroy(manager_);
     };
@@ -60,6 +61,13 @@ bool InputMethod::start() {
     };
     handle_ = zwp_input_method_manager_v2_get_input_method(manager_, seat);
     zwp_input_method_v2_add_listener(handle_, &listener, this);
+    // Whoever waits for the compositor goes other ways at once.
+    connection_.onBreak([this] {
+        tell([this] {
+            presence_ = Presence::Refused;
+            if (fate_ == Fate::Unknown) fate_ = Fate::Late;
+        });
+    });
     wl_seat_destroy(seat);
     return connection_.roundTrip();
 }
@@ -100,7 +108,7 @@ bool InputMethod::waitUntilActive(Clock::TimePoint end) {
 }
 
 bool InputMethod::waitForAnswer(Clock::TimePoint end) {
-    return waitFor([this] { return answered_; }, end);
+    return waitFor([this] { return answered_ || presence_ == Presence::Refused; }, end);
 }
 
 InputMethod::Commit InputMethod::commit(const QByteArray& text) {

@@ -52,8 +52,8 @@ class InputMethod {
     /// not for the field.
     Commit commit(const QByteArray& text);
 
-    /// Waits until the text field has reacted to the last commit that was accepted. False at `end` or at the
-    /// program's end.
+    /// Waits until the text field has reacted to the last commit that was accepted, or cannot any more
+    /// because this is refused. False at `end` or at the program's end.
     bool waitForAnswer(Clock::TimePoint end);
 
   private:

@@ -35,13 +35,13 @@ Posted InputMethodSource::postPiece(QStringView piece) {
     const QByteArray text = committable(piece);
     if (text.isEmpty()) return Posted::Skipped;
     if (!mayGoOn()) return Posted::NotTaken;
-    if (!method_.waitUntilActive(Clock::Deadline(activationTimeout).end())) return Posted::Failed;
-    return method_.commit(text) == InputMethod::Commit::Accepted ? Posted::Yes : Posted::Failed;
+    if (!method_->waitUntilActive(Clock::Deadline(activationTimeout).end())) return Posted::Failed;
+    return method_->commit(text) == InputMethod::Commit::Accepted ? Posted::Yes : Posted::Failed;
 }
 
 bool InputMethodSource::mayGoOn() {
     const auto start = Clock::now();
-    if (method_.waitForAnswer(Clock::Deadline(answerTimeout).end())) {
+    if (method_->waitForAnswer(Clock::Deadline(answerTimeout).end())) {
         waited_ = {};
         return true;
     }

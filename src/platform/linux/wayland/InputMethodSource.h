@@ -4,6 +4,9 @@
 #include "platform/KeyboardSynthesizer.h"
 #include "platform/linux/wayland/InputMethod.h"
 
+#include <memory>
+#include <utility>
+
 namespace parlivo::wayland {
 
 /// Enters one text through the input method, piece by piece: a piece goes out when the field has reacted to
@@ -12,8 +15,7 @@ namespace parlivo::wayland {
 /// text: a terminal only when its cursor moves.)
 class InputMethodSource : public KeyEventSource {
   public:
-    /// `method` must outlive this.
-    explicit InputMethodSource(InputMethod& method) : method_(method) {}
+    explicit InputMethodSource(std::shared_ptr<InputMethod> method) : method_(std::move(method)) {}
 
     TextIntake intake() const override { return TextIntake::Pieces; }
     /// It has no keys.
@@ -25,7 +27,7 @@ class InputMethodSource : public KeyEventSource {
   private:
     bool mayGoOn();
 
-    InputMethod& method_;
+    const std::shared_ptr<InputMethod> method_;
     Clock::Duration waited_{};  // in vain, since the last answer
 };
 

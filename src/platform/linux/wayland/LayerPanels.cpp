@@ -7,48 +7,85 @@
 
 namespace parlivo::wayland {
 
-LayerPanel::LayerPanel(WaylandConnection& connection, LayerGlobals& globals, const PanelPlacing& placing)
-    : connection_(connection), globals_(globals), placing_(placing) {
-    connection_.run([this] {
-        scale_ = globals_.largestScale();
-        globals_.screenAdded = [this] {
+std::shared_ptr<LayerConnection> LayerConnection::open() {
+    auto connection = WaylandConnection::open();
+    if (!connection) return nullptr;
+    std::shared_ptr<LayerConnection> layers(new LayerConnection(std::move(connection)));
+    return layers->globals_ && layers->globals_->areComplete() ? layers : nullptr;
+}
+
+LayerConnection::LayerConnection(std::unique_ptr<WaylandConnection> connection)
+    : connection_(std::move(connection)) {
+    connection_->run([this] { globals_ = std::make_unique<LayerGlobals>(*connection_); });
+}
+
+LayerConnection::~LayerConnection() {
+    const auto destroyAll = [this] { globals_.reset(); };
+    // A broken connection has no thread any more that could use the objects.
+    if (!connection_->run(destroyAll)) destroyAll();
+}
+
+LayerPanel::LayerPanel(std::shared_ptr<LayerConnection> layers, const PanelPlacing& placing)
+    : layers_(std::move(layers)), placing_(placing) {
+    attach();
+}
+
+LayerPanel::~LayerPanel() {
+    detach();
+}
+
+void LayerPanel::attach() {
+    run([this] {
+        alive_ = std::make_shared<bool>(true);
+        LayerGlobals& globals = layers_->globals();
+        scale_ = globals.largestScale();
+        globals.screenAdded = [this] {
             if (wanted_ && !surface_) map();
         };
         // Not every compositor closes what was on a screen that is gone (sway 1.10).
-        globals_.screenRemoved = [this] {
+        globals.screenRemoved = [this] {
             if (surface_) closed();
         };
-        globals_.scaleChanged = [this] {
+        globals.scaleChanged = [this] {
             if (surface_) surface_->updateScale();
         };
     });
 }
 
-LayerPanel::~LayerPanel() {
+void LayerPanel::detach() {
     const auto destroyAll = [this] {
         alive_.reset();
-        globals_.screenAdded = nullptr;
-        globals_.screenRemoved = nullptr;
-        globals_.scaleChanged = nullptr;
+        moving_ = false;
+        LayerGlobals& globals = layers_->globals();
+        globals.screenAdded = nullptr;
+        globals.screenRemoved = nullptr;
+        globals.scaleChanged = nullptr;
         surface_.reset();
     };
     // A broken connection has no thread any more that could use the objects.
-    if (!connection_.run(destroyAll)) destroyAll();
+    if (!run(destroyAll)) destroyAll();
 }
 
 void LayerPanel::show() {
     visible_ = true;
-    connection_.run([this] {
+    const auto showAnew = [this] {
         wanted_ = true;
         // Anew, on the screen that is right now.
         surface_.reset();
         map();
-    });
+    };
+    if (run(showAnew)) return;
+    auto fresh = LayerConnection::open();
+    if (!fresh) return;
+    detach();
+    layers_ = std::move(fresh);
+    attach();
+    run(showAnew);
 }
 
 void LayerPanel::hide() {
     visible_ = false;
-    connection_.run([this] {
+    run([this] {
         wanted_ = false;
         surface_.reset();
     });
@@ -56,15 +93,15 @@ void LayerPanel::hide() {
 
 void LayerPanel::present(const QImage& frame) {
     if (!visible_) return;
-    connection_.run([&] {
+    run([&] {
         if (surface_) surface_->present(frame);
     });
 }
 
 void LayerPanel::map() {
-    if (!globals_.hasScreen()) return;
+    if (!layers_->globals().hasScreen()) return;
     surface_ = std::make_unique<LayerSurface>(
-        globals_, placing_,
+        layers_->globals(), placing_,
         LayerSurface::Events{.scaled = [this](double scale) { scale_ = scale; },
                              .closed = [this] { closed(); }});
 }
@@ -72,7 +109,7 @@ void LayerPanel::map() {
 /// Another screen may take it. By the time of the answer the compositor has said which ones are left.
 void LayerPanel::closed() {
     if (std::exchange(moving_, true)) return;
-    connection_.afterRequests([this, alive = std::weak_ptr(alive_)] {
+    layers_->connection().afterRequests([this, alive = std::weak_ptr(alive_)] {
         if (alive.expired()) return;
         moving_ = false;
         surface_.reset();
@@ -84,21 +121,10 @@ bool LayerPanels::isOffered(WaylandConnection& connection) {
     return connection.offers(zwlr_layer_shell_v1_interface);
 }
 
-LayerPanels::~LayerPanels() {
-    if (!connection_) return;
-    const auto destroyAll = [this] { globals_.reset(); };
-    // A broken connection has no thread any more that could use the objects.
-    if (!connection_->run(destroyAll)) destroyAll();
-}
-
 std::unique_ptr<FloatingPanel> LayerPanels::makePanel(const PanelPlacing& placing) {
-    if (!connection_) {
-        connection_ = WaylandConnection::open();
-        if (!connection_) return nullptr;
-        connection_->run([this] { globals_ = std::make_unique<LayerGlobals>(*connection_); });
-    }
-    if (!globals_ || !globals_->areComplete()) return nullptr;
-    return std::make_unique<LayerPanel>(*connection_, *globals_, placing);
+    if (!layers_) layers_ = LayerConnection::open();
+    if (!layers_) return nullptr;
+    return std::make_unique<LayerPanel>(layers_, placing);
 }
 
 }  // namespace parlivo::wayland

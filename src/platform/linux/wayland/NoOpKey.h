@@ -2,7 +2,6 @@
 #pragma once
 
 #include "platform/linux/wayland/ChordKeys.h"
-#include "platform/linux/wayland/WaylandConnection.h"
 
 #include <array>
 #include <cstdint>
@@ -18,19 +17,17 @@ class NoOpKey {
     /// Null if the compositor lets programs press no keys.
     static std::unique_ptr<NoOpKey> make();
 
-    /// Presses and releases it. Any thread; about a millisecond.
-    void tap() { keys_->press(noKey); }
+    /// Presses and releases it. False if the compositor is gone. Any thread; about a millisecond.
+    bool tap() { return keys_->press(noKey); }
     /// One edge of it. As tap().
-    void move(ChordKeys::Edge edge) { keys_->move(noKey.front(), edge); }
+    bool move(ChordKeys::Edge edge) { return keys_->move(noKey.front(), edge); }
 
   private:
     /// The kernel gives its code 0 (KEY_RESERVED) to no key.
     static constexpr std::array<std::uint32_t, 1> noKey{0};
 
-    NoOpKey(std::unique_ptr<WaylandConnection> connection, std::unique_ptr<ChordKeys> keys)
-        : connection_(std::move(connection)), keys_(std::move(keys)) {}
+    explicit NoOpKey(std::unique_ptr<ChordKeys> keys) : keys_(std::move(keys)) {}
 
-    std::unique_ptr<WaylandConnection> connection_;
     std::unique_ptr<ChordKeys> keys_;
 };
 

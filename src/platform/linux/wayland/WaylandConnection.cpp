@@ -84,6 +84,11 @@ bool WaylandConnection::run(const Job& job) {
     return false;
 }
 
+bool WaylandConnection::isBroken() {
+    const std::lock_guard lock(mutex_);
+    return broken_;
+}
+
 bool WaylandConnection::roundTrip() {
     return wl_display_roundtrip(display_.get()) >= 0;
 }
@@ -100,12 +105,14 @@ void WaylandConnection::send(UniqueFd pipe, const QByteArray& bytes) {
 void WaylandConnection::loop() {
     blockBrokenPipeSignal();
     listGlobals();
-    while (handleEvents()) {
+    bool isEnding = false;
+    while (!isEnding && handleEvents()) {
         runJobs();
         wl_display_flush(display_.get());
         const std::lock_guard lock(mutex_);
-        if (ending_) break;
+        isEnding = ending_;
     }
+    if (!isEnding && onBreak_) onBreak_();
     const std::lock_guard lock(mutex_);
     broken_ = true;
     changed_.notify_all();

@@ -19,6 +19,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace parlivo::wayland {
@@ -39,6 +40,9 @@ class WaylandConnection {
     /// Runs `job` on the connection's thread, sends off what it asked for and returns. False, with the job
     /// not run, if the connection is broken. Any other thread.
     bool run(const Job& job);
+
+    /// Whether the compositor has ended it. Any thread.
+    bool isBroken();
 
     /// Waits until the compositor has handled all requests so far, and handles what it sent. False if the
     /// connection is broken. Connection thread.
@@ -72,6 +76,10 @@ class WaylandConnection {
     };
     /// In place of the former watch; an empty one ends it. Connection thread.
     void watchGlobals(GlobalWatch watch);
+
+    /// `broken` is called once if the connection breaks, before run() says so. In place of the former; an
+    /// empty function ends it. Connection thread, as is the call.
+    void onBreak(Job broken) { onBreak_ = std::move(broken); }
 
     /// Writes `bytes` into a pipe as fast as its reader takes them, then closes it. Connection thread.
     void send(UniqueFd pipe, const QByteArray& bytes);
@@ -114,6 +122,7 @@ class WaylandConnection {
     GlobalWatch watch_;
     std::list<Echo> echoes_;  // that are to come
     std::vector<Transfer> transfers_;
+    Job onBreak_;
 
     std::mutex mutex_;
     std::condition_variable changed_;

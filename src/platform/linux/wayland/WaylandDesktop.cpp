@@ -3,10 +3,9 @@
 
 #include "platform/linux/base/InheritedEnvironment.h"
 #include "platform/linux/desktop/OwnKeyHint.h"
+#include "platform/linux/wayland/ConnectedKeys.h"
 #include "platform/linux/wayland/DataControlPasteboard.h"
-#include "platform/linux/wayland/FakeInput.h"
 #include "platform/linux/wayland/LayerPanels.h"
-#include "platform/linux/wayland/VirtualKeyboard.h"
 #include "platform/linux/x11/QtPasteboard.h"
 
 #include <QCoreApplication>
@@ -38,15 +37,17 @@ std::unique_ptr<Pasteboard> toolkitsPasteboard() {
     return std::make_unique<QtPasteboard>();
 }
 
-std::unique_ptr<wayland::WaylandKeyboard> keyboardOn(wayland::WaylandConnection* connection) {
-    using namespace wayland;
-    if (!connection) return std::make_unique<WaylandKeyboard>(nullptr, nullptr);
-    std::unique_ptr<ChordKeys> keys;
-    if (VirtualKeyboard::isOffered(*connection))
-        keys = std::make_unique<VirtualKeyboard>(*connection);
-    else if (FakeInput::isOffered(*connection))
-        keys = std::make_unique<FakeInput>(*connection);
-    return std::make_unique<WaylandKeyboard>(InputMethod::make(*connection), std::move(keys));
+/// What a connection offers to enter text with, which keeps the connection.
+wayland::WaylandKeyboard::Means meansOn(const std::shared_ptr<wayland::WaylandConnection>& connection) {
+    struct All {
+        std::shared_ptr<wayland::WaylandConnection> connection;
+        std::unique_ptr<wayland::InputMethod> inputMethod;
+        std::unique_ptr<wayland::ChordKeys> keys;
+    };
+    if (!connection) return {};
+    const auto all = std::make_shared<All>(
+        All{connection, wayland::InputMethod::make(*connection), wayland::ConnectedKeys::on(*connection)});
+    return {.inputMethod = {all, all->inputMethod.get()}, .keys = {all, all->keys.get()}};
 }
 
 }  // namespace
@@ -54,10 +55,11 @@ std::unique_ptr<wayland::WaylandKeyboard> keyboardOn(wayland::WaylandConnection*
 WaylandDesktop::WaylandDesktop(OwnWays ways)
     : ways_(std::move(ways)),
       connection_(wayland::WaylandConnection::open()),
-      keyboard_(keyboardOn(connection_.get())),
+      keyboard_(std::make_unique<wayland::WaylandKeyboard>(nullptr, nullptr)),
       pasteboard_(wayland::DataControlPasteboard::open()),
       hasDataControl_(pasteboard_ != nullptr),
       hasLayers_(connection_ && wayland::LayerPanels::isOffered(*connection_)) {
+    keyboard_->use(meansOn(connection_));
     if (!pasteboard_) pasteboard_ = toolkitsPasteboard();
     if (hasLayers_)
         panels_ = std::make_unique<wayland::LayerPanels>();
@@ -76,34 +78,51 @@ const HotKeyWay& WaylandDesktop::hotKey() {
     return hotKey_;
 }
 
+QString WaylandDesktop::pasteName() {
+    const std::lock_guard lock(pasteMutex_);
+    followCompositor();
+    if (pasteName_.isEmpty()) seekPaste();
+    return pasteName_;
+}
+
+/// One that was started anew, which the toolkit may survive, too, or not need.
+void WaylandDesktop::followCompositor() {
+    if (!hasDataControl_ || !connection_ || !connection_->isBroken()) return;
+    std::shared_ptr<wayland::WaylandConnection> fresh = wayland::WaylandConnection::open();
+    if (!fresh) return;
+    connection_ = std::move(fresh);
+    keyboard_->use(meansOn(connection_));
+}
+
 void WaylandDesktop::seekPaste() {
-    std::call_once(pasteSought_, [this] {
-        if (hasDataControl_ && keyboard_->canPressKeys()) {
-            pasteName_ =
-                QCoreApplication::translate("parlivo::WaylandDesktop", "incolla da tastiera virtuale");
-            return;
-        }
-        PasteWay way = ways_.findPaste();
-        if (!way.keys || !way.pasteboard) return;
-        keyboard_->useKeys(std::move(way.keys));
-        ownPasteboard_ = std::move(way.pasteboard);
-        pasteName_ = way.name;
-    });
+    // The user may give leave to press keys while the program runs.
+    if (hasDataControl_ && !keyboard_->canPressKeys())
+        keyboard_->use(
+            {.inputMethod = keyboard_->means().inputMethod, .keys = wayland::ConnectedKeys::open()});
+    if (hasDataControl_ && keyboard_->canPressKeys()) {
+        pasteName_ = QCoreApplication::translate("parlivo::WaylandDesktop", "incolla da tastiera virtuale");
+        return;
+    }
+    if (std::exchange(ownPasteSought_, true)) return;
+    PasteWay way = ways_.findPaste();
+    if (!way.keys || !way.pasteboard) return;
+    keyboard_->use({.inputMethod = keyboard_->means().inputMethod, .keys = std::move(way.keys)});
+    ownPasteboard_ = std::move(way.pasteboard);
+    pasteName_ = way.name;
 }
 
 KeyboardSynthesizer& WaylandDesktop::keyboard() {
-    seekPaste();
+    pasteName();
     return *keyboard_;
 }
 
 Pasteboard& WaylandDesktop::pasteboard() {
-    seekPaste();
+    pasteName();
     return ownPasteboard_ ? *ownPasteboard_ : *pasteboard_;
 }
 
 bool WaylandDesktop::canDeliverText() {
-    seekPaste();
-    return !pasteName_.isEmpty() || keyboard_->canCommitText();
+    return !pasteName().isEmpty() || keyboard_->canCommitText();
 }
 
 std::optional<QString> WaylandDesktop::startProblem() {
@@ -115,12 +134,15 @@ std::optional<QString> WaylandDesktop::startProblem() {
 
 std::vector<SessionHint> WaylandDesktop::sessionHints() {
     auto hints = hotKey().hints ? hotKey().hints() : std::vector<SessionHint>();
+    const bool canDeliver = canDeliverText();
+    if (canDeliver)
+        std::erase_if(hints, [](const SessionHint& hint) { return hint.topic == SessionHint::Topic::Text; });
     const auto saysSomethingOn = [&](SessionHint::Topic topic) {
         return std::ranges::find(hints, topic, &SessionHint::topic) != hints.end();
     };
     if (hotKeys().edges() == HotKeyService::Edges::None && !saysSomethingOn(SessionHint::Topic::HotKey))
         hints.push_back(ownKeyHint());
-    if (!canDeliverText() && !saysSomethingOn(SessionHint::Topic::Text)) {
+    if (!canDeliver && !saysSomethingOn(SessionHint::Topic::Text)) {
         hints.push_back(
             {.topic = SessionHint::Topic::Text,
              .text = QCoreApplication::translate(
@@ -137,11 +159,11 @@ QString WaylandDesktop::summary() {
     QStringList text;
     if (keyboard_->canCommitText())
         text << QCoreApplication::translate("parlivo::WaylandDesktop", "testo dal metodo di inserimento");
-    seekPaste();
-    if (!pasteName_.isEmpty()) text << pasteName_;
+    if (const QString paste = pasteName(); !paste.isEmpty()) text << paste;
     if (text.isEmpty()) text << QCoreApplication::translate("parlivo::WaylandDesktop", "testo negli appunti");
-    const QString key = !hotKey().name.isEmpty()
-                            ? hotKey().name
+    const QString name = hotKey().name ? hotKey().name() : QString();
+    const QString key = !name.isEmpty()
+                            ? name
                             : QCoreApplication::translate("parlivo::WaylandDesktop", "nessun tasto globale");
     const QString panel = hasLayers_
                               ? QCoreApplication::translate("parlivo::WaylandDesktop", "pannello")

@@ -13,8 +13,10 @@ namespace parlivo {
 /// How one kind of compositor lets a hot key be taken: Wayland has no way of its own.
 struct HotKeyWay {
     std::unique_ptr<HotKeyService> service;
-    QString name;  ///< in Italian, for the user
-    /// What the user should know of it, or has to do once; null for nothing. As Platform::sessionHints.
+    /// In Italian, for the user; it may change when the desktop has answered. Null without a service.
+    std::function<QString()> name = {};
+    /// What the user should know of it, or has to do once; null for nothing. As Platform::sessionHints; those
+    /// on text are shown as long as there is no way for it.
     std::function<std::vector<SessionHint>()> hints = {};
 };
 
@@ -59,15 +61,18 @@ class WaylandDesktop : public Desktop {
 
   private:
     const HotKeyWay& hotKey();
-    /// Decides how text is delivered.
+    /// How text is pasted, in Italian; empty as long as there is no way. Any thread.
+    QString pasteName();
     void seekPaste();
+    void followCompositor();
 
     const OwnWays ways_;
     std::once_flag hotKeySought_;
     HotKeyWay hotKey_;
-    std::once_flag pasteSought_;
-    QString pasteName_;                                       // empty where nothing can be pasted
-    std::unique_ptr<wayland::WaylandConnection> connection_;  // the keyboard's
+    std::mutex pasteMutex_;
+    QString pasteName_;                                       // under pasteMutex_
+    bool ownPasteSought_ = false;                             // under pasteMutex_
+    std::shared_ptr<wayland::WaylandConnection> connection_;  // the keyboard's; replaced under pasteMutex_
     std::unique_ptr<wayland::WaylandKeyboard> keyboard_;
     std::unique_ptr<Pasteboard> pasteboard_;
     std::unique_ptr<FloatingPanels> panels_;

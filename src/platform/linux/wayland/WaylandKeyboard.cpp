@@ -13,45 +13,58 @@ namespace {
 /// The paste shortcut: Shift+Insert pastes in terminals, too, and it means the same on every layout.
 class ShortcutSource : public KeyEventSource {
   public:
-    explicit ShortcutSource(ChordKeys& keys) : keys_(keys) {
+    explicit ShortcutSource(std::shared_ptr<ChordKeys> keys) : keys_(std::move(keys)) {
         // A window that meets this keyboard for the first time may lose its first key; this one does nothing.
         constexpr std::array harmless{EvdevKey::leftShift};
-        ready_ = keys_.press(harmless);
+        ready_ = keys_->press(harmless);
     }
 
     Posted postKey(KeyCode key, KeyFlags flags) override {
         if (!ready_ || key != VirtualKey::v || flags != KeyFlag::command) return Posted::Failed;
         constexpr std::array chord{EvdevKey::leftShift, EvdevKey::insert};
-        return keys_.press(chord) ? Posted::Yes : Posted::Failed;
+        return keys_->press(chord) ? Posted::Yes : Posted::Failed;
     }
     Posted postCharacter(QStringView) override { return Posted::Failed; }
 
   private:
-    ChordKeys& keys_;
+    const std::shared_ptr<ChordKeys> keys_;
     bool ready_ = false;
 };
 
 }  // namespace
 
-WaylandKeyboard::WaylandKeyboard(std::unique_ptr<InputMethod> inputMethod, std::unique_ptr<ChordKeys> keys)
-    : inputMethod_(std::move(inputMethod)), keys_(std::move(keys)) {}
+WaylandKeyboard::Means WaylandKeyboard::means() const {
+    const std::lock_guard lock(mutex_);
+    return means_;
+}
+
+void WaylandKeyboard::use(Means means) {
+    const std::lock_guard lock(mutex_);
+    std::swap(means_, means);  // the former ones end without the lock
+}
 
 void WaylandKeyboard::prepare() {
-    if (keys_) keys_->prepare();
+    if (const auto keys = means().keys) keys->prepare();
+}
+
+bool WaylandKeyboard::canPressKeys() const {
+    return means().keys != nullptr;
 }
 
 bool WaylandKeyboard::canCommitText() const {
-    return inputMethod_ && inputMethod_->presence() != InputMethod::Presence::Refused;
+    const auto method = means().inputMethod;
+    return method && method->presence() != InputMethod::Presence::Refused;
 }
 
 std::unique_ptr<KeyEventSource> WaylandKeyboard::makeSource(QStringView) {
-    if (!inputMethod_ || inputMethod_->presence() != InputMethod::Presence::Active) return nullptr;
-    return std::make_unique<InputMethodSource>(*inputMethod_);
+    auto method = means().inputMethod;
+    if (!method || method->presence() != InputMethod::Presence::Active) return nullptr;
+    return std::make_unique<InputMethodSource>(std::move(method));
 }
 
 std::unique_ptr<KeyEventSource> WaylandKeyboard::makeShortcutSource() {
-    if (!keys_) return nullptr;
-    return std::make_unique<ShortcutSource>(*keys_);
+    auto keys = means().keys;
+    return keys ? std::make_unique<ShortcutSource>(std::move(keys)) : nullptr;
 }
 
 }  // namespace parlivo::wayland

@@ -6,6 +6,7 @@
 #include "platform/linux/wayland/InputMethod.h"
 
 #include <memory>
+#include <mutex>
 #include <utility>
 
 namespace parlivo::wayland {
@@ -16,23 +17,32 @@ namespace parlivo::wayland {
 /// the shortcut has modifiers of its own.
 class WaylandKeyboard : public KeyboardSynthesizer {
   public:
-    /// Either may be null. The connection that they use must outlive this.
-    WaylandKeyboard(std::unique_ptr<InputMethod> inputMethod, std::unique_ptr<ChordKeys> keys);
+    /// What it enters text with; each may be null. A source that has been made keeps its own.
+    struct Means {
+        std::shared_ptr<InputMethod> inputMethod;
+        std::shared_ptr<ChordKeys> keys;
+    };
+
+    /// Each may be null. What they need must be there as long as they are.
+    WaylandKeyboard(std::shared_ptr<InputMethod> inputMethod, std::shared_ptr<ChordKeys> keys)
+        : means_{std::move(inputMethod), std::move(keys)} {}
 
     void prepare() override;
     /// Null if the text has to be pasted. Waits for nothing.
     std::unique_ptr<KeyEventSource> makeSource(QStringView text) override;
     std::unique_ptr<KeyEventSource> makeShortcutSource() override;
 
-    /// Takes other keys. Before the first source is made.
-    void useKeys(std::unique_ptr<ChordKeys> keys) { keys_ = std::move(keys); }
-    bool canPressKeys() const { return keys_ != nullptr; }
+    Means means() const;
+    /// Takes other means from now on. Any thread.
+    void use(Means means);
+    /// Any thread.
+    bool canPressKeys() const;
     /// Any thread.
     bool canCommitText() const;
 
   private:
-    std::unique_ptr<InputMethod> inputMethod_;
-    std::unique_ptr<ChordKeys> keys_;
+    mutable std::mutex mutex_;
+    Means means_;  // under mutex_
 };
 
 }  // namespace parlivo::wayland
