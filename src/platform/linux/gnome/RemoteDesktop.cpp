@@ -21,8 +21,9 @@ using namespace std::chrono_literals;
 constexpr auto idleTime = 2000ms;
 /// How long GNOME may take to copy a text that is put back: it does so within milliseconds.
 constexpr auto copyTimeout = 1000ms;
-/// From the moment at which GNOME has read a text until its copy is in its place.
-constexpr auto copyTime = 50ms;
+/// From the moment at which GNOME has read a text until its copy is in its place; it does not tell. On a
+/// machine that is busy with everything else 50 ms were too short once, and the clipboard was empty.
+constexpr auto copyTime = 250ms;
 constexpr auto endTimeout = 500ms;
 
 /// A program that asked for the clipboard's text and went away must not end this one.
