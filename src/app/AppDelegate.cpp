@@ -100,10 +100,8 @@ void AppDelegate::applicationWillTerminate() {
         if (const auto recording = recorder_.stop()) QFile::remove(*recording);
         overlay_.hide();
     }
-    if (mark_) {
-        Log::info(QStringLiteral("dettatura interrotta: il programma termina"));
-        mark_->leave();
-    }
+    if (mark_) Log::info(QStringLiteral("dettatura interrotta: il programma termina"));
+    mark_.reset();  // who ends the program knows
     collaborators_.stopEngines();
 }
 

@@ -37,7 +37,7 @@ class AppDelegate : public QObject {
     /// Start-up; once, before the event loop.
     void applicationDidFinishLaunching();
     /// Shut-down; once, after the event loop. Everything that waits is interrupted, the engines are stopped,
-    /// no recording stays on disk; a dictation that this cuts short is told of at the next start.
+    /// no recording stays on disk.
     void applicationWillTerminate();
 
     /// Only in `idle`.

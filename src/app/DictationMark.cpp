@@ -27,7 +27,7 @@ DictationMark::DictationMark()
       file_(createLockedFile(path_, ownerOnlyMode)) {}
 
 DictationMark::~DictationMark() {
-    if (!path_.isEmpty()) QFile::remove(path_);
+    QFile::remove(path_);
 }
 
 bool takeLeftMarks() {

@@ -8,23 +8,20 @@
 namespace parlivo {
 
 /// Stands for the dictation that is under way: an empty file among the temporary ones, locked while the
-/// program lives. It stays behind when the program ends before the dictation does, be it by a signal or by a
-/// compositor that is gone, so that the next start can tell the user. Nothing of what was said is in it.
-/// Main thread.
+/// program lives. It stays behind when the program ends without its shut-down, be it killed or by a
+/// compositor that is gone, so that the next start can tell the user. Nothing of what was said is in it. Main
+/// thread.
 class DictationMark {
   public:
     /// Without a file where the disk takes none.
     DictationMark();
-    /// Deletes the file: the dictation has come to its end.
+    /// Deletes the file: the dictation has come to its end, or the user has ended the program.
     ~DictationMark();
     DictationMark(const DictationMark&) = delete;
     DictationMark& operator=(const DictationMark&) = delete;
 
-    /// Keeps the file: the program ends before the dictation does.
-    void leave() { path_.clear(); }
-
   private:
-    QString path_;
+    const QString path_;
     UniqueFd file_;
 };
 

@@ -15,9 +15,7 @@
 
 #include <QApplication>
 
-#include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -90,42 +88,6 @@ RemoteTarget targetOf(AppDelegate& delegate) {
     };
 }
 
-/// Qt calls exit() when the display server has ended, in the midst of everything: other threads still run,
-/// and what static objects would give back goes through libraries that have ended before them. While one of
-/// these exists the process ends at once then, before anything is destroyed: Qt says what has happened just
-/// before its exit(). The next start clears up.
-class ExitGuard {
-  public:
-    ExitGuard() {
-        isOn_ = true;
-        std::atexit([] { endAtOnce(); });  // should Qt put it in other words
-        former_ = qInstallMessageHandler(
-            [](QtMsgType type, const QMessageLogContext& context, const QString& message) {
-                former_(type, context, message);
-                if (message.startsWith(QLatin1String("The X11 connection broke")) ||
-                    message.startsWith(QLatin1String("The Wayland connection broke")))
-                    endAtOnce();
-            });
-    }
-    ~ExitGuard() {
-        isOn_ = false;
-        qInstallMessageHandler(former_);
-    }
-    ExitGuard(const ExitGuard&) = delete;
-    ExitGuard& operator=(const ExitGuard&) = delete;
-
-  private:
-    static void endAtOnce() {
-        if (!isOn_) return;
-        Log::info(QStringLiteral("il server grafico è terminato: l'app si chiude"));
-        Log::flush();
-        std::_Exit(EXIT_FAILURE);
-    }
-
-    static inline std::atomic<bool> isOn_ = false;
-    static inline QtMessageHandler former_ = nullptr;
-};
-
 /// Tells the log which ways this session has: at the start, and when the desktop's answer changes them.
 class SessionLog {
   public:
@@ -147,6 +109,10 @@ int runApplication(const CommandLine& line) {
     QObject::connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, &delegate,
                      [&session] { session.note(); });
     platform.onTerminationRequest([] { QCoreApplication::quit(); });
+    platform.onDisplayLoss([] {
+        Log::info(QStringLiteral("il server grafico è terminato: l'app si chiude"));
+        Log::flush();
+    });
     // Runs inside the event loop, because the what's-new notice waits for the user, and the program must
     // react to quit requests and to the bus meanwhile.
     MainQueue::async([&] {
@@ -154,10 +120,7 @@ int runApplication(const CommandLine& line) {
         delegate.applicationDidFinishLaunching();
         for (const RemoteCommand command : line.commands) delegate.perform(command);
     });
-    const int result = [] {
-        const ExitGuard guard;
-        return QCoreApplication::exec();
-    }();
+    const int result = QCoreApplication::exec();
     delegate.applicationWillTerminate();
     return result;
 }

@@ -76,6 +76,9 @@ class Platform {
     /// `requested` is called on the main thread when the system asks the program to end. After the
     /// application object exists, once.
     virtual void onTerminationRequest(std::function<void()> requested) = 0;
+    /// Where the program can lose its display server: `last` is called then, on any thread, and the process
+    /// ends at once, with nothing destroyed. After the application object exists, once.
+    virtual void onDisplayLoss(std::function<void()> last) = 0;
 
     /// The one in force. Installed by main before anything else runs; a test installs a fake and removes it
     /// at its end.

@@ -21,7 +21,6 @@ struct StatusItemPlace {
     /// Who draws an item's menu.
     enum class Menus {
         DrawnByUs,     ///< an ordinary pop-up window
-        OpenedByUs,    ///< the same; the place must not get to know of it, or it would draw another
         DrawnByPanel,  ///< titles travel to the panel, which reads an underscore as the mark of a shortcut
         Native,        ///< the system's own kind of menu, which the place opens itself
     };

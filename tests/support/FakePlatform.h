@@ -319,6 +319,7 @@ class FakePlatform : public Platform {
     void onTerminationRequest(std::function<void()> requested) override {
         terminationRequested = std::move(requested);
     }
+    void onDisplayLoss(std::function<void()>) override {}
 
     std::function<void()> terminationRequested;
     std::vector<SessionHint> hints;

@@ -235,12 +235,6 @@ TEST_F(StatusMenuTest, ASymbolOnAPanelOfUnknownColourCanBeSeenOnAny) {
     }
 }
 
-TEST_F(StatusMenuTest, APanelThatLeavesBothButtonsToUsShowsOurTitlesUnchanged) {
-    platform.statusItems().report(StatusItemPlace{Foreground::Light, Menus::OpenedByUs});
-    menu.setTitle(QStringLiteral("⚠️ R&D: a_b.wav"));
-    EXPECT_EQ(line(menu, 1)->text(), QStringLiteral("⚠️ R&&D: a_b.wav"));
-}
-
 TEST_F(StatusMenuTest, TheToolTipTellsStateAndKey) {
     const QString key = HotKeyManager::presets().front().label;
     menu.setTitle(QStringLiteral("🔴 Registrazione…"));

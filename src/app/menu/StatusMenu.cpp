@@ -54,7 +54,7 @@ QString updateTitle(const QString& version, UpdateStage stage) {
 /// What follows a tab would be taken for a shortcut's name.
 QString escaped(QString text, StatusItemPlace::Menus menus) {
     text.replace(QLatin1Char('\t'), QLatin1Char(' '));
-    if (menus == StatusItemPlace::Menus::DrawnByUs || menus == StatusItemPlace::Menus::OpenedByUs)
+    if (menus == StatusItemPlace::Menus::DrawnByUs)
         return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
     text.replace(QLatin1Char('_'), QStringLiteral("__"));
     const auto ampersand = text.indexOf(QLatin1Char('&'));
@@ -205,14 +205,11 @@ void StatusMenu::placeChanged(const std::optional<StatusItemPlace>& place) {
 void StatusMenu::showItem() {
     item_ = std::make_unique<QSystemTrayIcon>(icon_);
     item_->setToolTip(toolTip());
-    const auto menus = place_.value_or(StatusItemPlace()).menus;
-    if (menus != StatusItemPlace::Menus::OpenedByUs) item_->setContextMenu(&menu_);
+    item_->setContextMenu(&menu_);
     // Panels open the menu with the right button only; here the left one opens it too.
     connect(item_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        const auto now = place_.value_or(StatusItemPlace()).menus;
-        const bool left = reason == QSystemTrayIcon::Trigger && now != StatusItemPlace::Menus::Native;
-        const bool right = reason == QSystemTrayIcon::Context && now == StatusItemPlace::Menus::OpenedByUs;
-        if (left || right) menu_.popup(QCursor::pos());
+        const bool native = place_.value_or(StatusItemPlace()).menus == StatusItemPlace::Menus::Native;
+        if (reason == QSystemTrayIcon::Trigger && !native) menu_.popup(QCursor::pos());
     });
     item_->show();
 }

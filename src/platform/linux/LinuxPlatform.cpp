@@ -54,4 +54,8 @@ void LinuxPlatform::onTerminationRequest(std::function<void()> requested) {
     signals_ = std::make_unique<TerminationSignals>(std::move(requested));
 }
 
+void LinuxPlatform::onDisplayLoss(std::function<void()> last) {
+    displayLoss_ = std::make_unique<DisplayLoss>(std::move(last));
+}
+
 }  // namespace parlivo

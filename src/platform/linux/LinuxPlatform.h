@@ -17,6 +17,7 @@
 #include "platform/linux/desktop/LinuxStatusItemHost.h"
 #include "platform/linux/session/BusNotifications.h"
 #include "platform/linux/session/BusRemoteControl.h"
+#include "platform/linux/session/DisplayLoss.h"
 #include "platform/linux/session/XdgLoginItem.h"
 #include "platform/linux/sound/PulseAudioInput.h"
 #include "platform/linux/sound/PulseMicrophone.h"
@@ -62,6 +63,7 @@ class LinuxPlatform : public Platform {
     std::function<void()> childSetup() override;
     QProcessEnvironment childEnvironment() override;
     void onTerminationRequest(std::function<void()> requested) override;
+    void onDisplayLoss(std::function<void()> last) override;
 
   private:
     /// Any thread.
@@ -82,6 +84,7 @@ class LinuxPlatform : public Platform {
     OnDemand<BusRemoteControl> remoteControl_;
     OnDemand<BusNotifications> notifications_;
     std::unique_ptr<TerminationSignals> signals_;
+    std::unique_ptr<DisplayLoss> displayLoss_;
     std::once_flag desktopChosen_;
     std::unique_ptr<Desktop> desktop_;
     OnDemand<LinuxPermissions> permissions_;     // uses the desktop

@@ -61,6 +61,8 @@ class MacPlatform : public Platform {
     std::function<void()> childSetup() override;
     QProcessEnvironment childEnvironment() override;
     void onTerminationRequest(std::function<void()> requested) override;
+    /// The window server's end is that of the session, and ends every program by a signal.
+    void onDisplayLoss(std::function<void()>) override {}
 
   private:
     OsLog systemLog_;
