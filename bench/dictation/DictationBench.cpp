@@ -10,8 +10,7 @@
 #include "desktop/dictation/Home.h"
 #include "desktop/dictation/Program.h"
 #include "desktop/dictation/Sound.h"
-#include "desktop/tray/NotifierWatcher.h"
-#include "dictation/ProcessStatus.h"
+#include "dictation/StartAndIdle.h"
 #include "dictation/Testbed.h"
 #include "dictation/WithParlivo.h"
 #include "support/Keyboard.h"
@@ -55,28 +54,6 @@ class ByHand : public DictationMethod {
     QTemporaryDir folder_;
     QProcess process_;
 };
-
-/// From the start until the item is on the panel, the key is grabbed and the bus answers.
-double timeToReady(const QString& bundle, const NotifierWatcher& panel) {
-    const auto before = panel.items().size();
-    const auto begin = SteadyClock::now();
-    Program program(bundle);
-    require(waitFor([&] { return panel.items().size() > before; }), "no item came onto the panel");
-    // Asked before the panel has the item, the program might be waiting for the panel, which is this thread.
-    require(program.waitUntilUp(), "the program does not come up");
-    const auto ready = SteadyClock::now();
-    program.signal(SIGTERM);
-    require(program.waitForExit() == 0, "the program does not end");
-    return milliseconds(ready - begin);
-}
-
-void measureStart(Table& table, const QString& bundle, int rounds) {
-    const NotifierWatcher panel;
-    timeToReady(bundle, panel);  // from the disk
-    Samples samples;
-    for (int round = 0; round < rounds; ++round) samples.add(timeToReady(bundle, panel));
-    table.row("start to ready: item on the panel, key grabbed, bus answering", "ms", samples, 250);
-}
 
 /// What a row is made of, for both contestants.
 struct Both {
@@ -136,29 +113,6 @@ void measurePace(Table& table, Testbed& testbed, DictationMethod& parlivo, const
     table.row(std::string("pace \"") + pacing.speed + "\", " + std::to_string(pacing.characters) +
                   " characters: off from pause × characters",
               "%", both.ours, 2, both.theirs);
-}
-
-void measureIdle(Table& table, const Program& program) {
-    constexpr int rounds = 3;
-    constexpr auto settling = 10s;  // an error's stay in the status line, and the like
-    constexpr auto window = 20s;
-    letPass(settling);
-    Samples wakeUps;
-    Samples resident;
-    Samples own;
-    for (int round = 0; round < rounds; ++round) {
-        const auto before = sleepsOf(program.processId());
-        letPass(window);
-        const auto sleeps = sleepsOf(program.processId()) - before;
-        wakeUps.add(static_cast<double>(sleeps) / std::chrono::duration<double>(window).count());
-        const Memory memory = memoryOf(program.processId());
-        resident.add(memory.resident);
-        own.add(memory.own);
-    }
-    require(program.isRunning() && !resident.empty() && resident.median() > 1, "nobody is idle");
-    table.row("idle after all this: wake-ups a second, all threads", "", wakeUps, 1);
-    table.row("resident memory then", "MB", resident, 70);
-    table.row("of this not shared with other programs", "MB", own, {});
 }
 
 void printNotes() {
