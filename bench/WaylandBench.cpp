@@ -14,6 +14,7 @@
 #include "desktop/hotkey/ShortcutsPortal.h"
 #include "desktop/wayland/Hands.h"
 #include "desktop/wayland/PortalSession.h"
+#include "desktop/wayland/WaylandEnvironment.h"
 #include "desktop/wayland/WaylandReceiver.h"
 #include "dictation/StartAndIdle.h"
 #include "dictation/Testbed.h"
@@ -190,10 +191,7 @@ std::size_t printPaste(qsizetype characters) {
 
 int printProgram(int starts) {
     home::settle();
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
-    environment.remove(QStringLiteral("DISPLAY"));
-    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    const QProcessEnvironment environment = waylandEnvironment();
     const BundleCopy bundle;  // without engines
     Table table("The whole program in sway");
     measureStart(table, bundle.path(), starts, environment);

@@ -45,7 +45,7 @@ const Preset& HotKeyManager::preset(const QString& id) {
 HotKeyManager::HotKeyManager() {
     retryTimer_.setSingleShot(true);
     QObject::connect(&retryTimer_, &QTimer::timeout, &retryTimer_, [this] { retryByTheClock(); });
-    QObject::connect(&HotKeyStatus::shared(), &HotKeyStatus::lookedAt, &retryTimer_, [this] { tryAgain(); });
+    QObject::connect(&HotKeyStatus::shared(), &HotKeyStatus::lookedAt, &retryTimer_, [this] { retryNow(); });
 }
 
 HotKeyManager::~HotKeyManager() {
@@ -149,7 +149,7 @@ void HotKeyManager::retryByTheClock() {
     if (watching_) waitForRetry();
 }
 
-void HotKeyManager::tryAgain() {
+void HotKeyManager::retryNow() {
     if (!watching_) return;
     retries_ = 0;
     retry();

@@ -41,8 +41,6 @@ class HotKeyManager {
     /// Called with the new `refusal()` after each registration and whenever it changes later.
     std::function<void(const std::optional<HotKeyRefusal>& refusal)> onOutcome;
 
-    /// Tries a refused combination again, now: the user is looking at what is said about it.
-    void tryAgain();
     /// How long to wait for the next try when there have been so many by the clock alone.
     static std::chrono::seconds retryInterval(int retries);
 
@@ -60,6 +58,8 @@ class HotKeyManager {
     /// Those of which any would do.
     static std::vector<HotKeyCombination> candidates();
     void retryByTheClock();
+    /// At once: the user is looking at what is said of the refused combination.
+    void retryNow();
     void waitForRetry();
 
     std::optional<HotKeyRefusal> refusal_;

@@ -50,6 +50,11 @@ class GnomePortalTest : public GnomeProgramTest {
             QStringLiteral("sessione: Wayland: tasto globale del portale, incolla per mezzo di GNOME")));
         letPass(3s);
     }
+    void holdKey(const Program& running) {
+        waitUntilBound(running);
+        hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_D});
+        ASSERT_TRUE(running.waitForState(QStringLiteral("recording"))) << qPrintable(running.statusText());
+    }
 };
 
 TEST_F(GnomePortalTest, TheKeyIsHeldWhileOneSpeaks) {
@@ -57,9 +62,7 @@ TEST_F(GnomePortalTest, TheKeyIsHeldWhileOneSpeaks) {
     StubRecogniser stub(spoken);
     const WaylandReceiver receiver(Kind::Gtk4);
     const Program running(builtBundle(), session());
-    waitUntilBound(running);
-    hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_D});
-    ASSERT_TRUE(running.waitForState(QStringLiteral("recording"))) << qPrintable(running.statusText());
+    ASSERT_NO_FATAL_FAILURE(holdKey(running));
     letPass(1500ms);
     EXPECT_EQ(running.state(), QStringLiteral("recording")) << "it is held";
     hands.release({KEY_D, KEY_LEFTALT, KEY_LEFTCTRL});
@@ -71,9 +74,7 @@ TEST_F(GnomePortalTest, TheModifierMayComeUpFirst) {
     StubRecogniser stub(spoken);
     const WaylandReceiver receiver(Kind::Gtk3);
     const Program running(builtBundle(), session());
-    waitUntilBound(running);
-    hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_D});
-    ASSERT_TRUE(running.waitForState(QStringLiteral("recording"))) << qPrintable(running.statusText());
+    ASSERT_NO_FATAL_FAILURE(holdKey(running));
     letPass(1500ms);
     EXPECT_EQ(running.state(), QStringLiteral("recording")) << "it is held";
     hands.release({KEY_LEFTALT, KEY_LEFTCTRL, KEY_D});
@@ -100,9 +101,7 @@ TEST_F(GnomePortalTest, APortalThatEndsEndsTheHoldAndTheNextOneGivesTheKeyAgain)
     StubRecogniser stub(spoken);
     const WaylandReceiver receiver(Kind::Gtk4);
     const Program running(builtBundle(), session());
-    waitUntilBound(running);
-    hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_D});
-    ASSERT_TRUE(running.waitForState(QStringLiteral("recording"))) << qPrintable(running.statusText());
+    ASSERT_NO_FATAL_FAILURE(holdKey(running));
     letPass(1s);
     gnome::SessionService portal(QStringLiteral("portal"));
     gnome::SessionService behind(QStringLiteral("portal-gnome"));

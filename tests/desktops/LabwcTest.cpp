@@ -2,6 +2,7 @@
 #include "desktop/dictation/ProgramTest.h"
 #include "desktop/wayland/Hands.h"
 #include "desktop/wayland/Sway.h"
+#include "desktop/wayland/WaylandEnvironment.h"
 #include "desktop/wayland/WaylandReceiver.h"
 #include "platform/linux/desktop/OwnKeyHint.h"
 
@@ -52,13 +53,6 @@ class LabwcTest : public testing::Test {
         ASSERT_TRUE(pid.open(QIODevice::ReadOnly));
         ASSERT_EQ(::kill(pid.readAll().trimmed().toInt(), SIGHUP), 0);
     }
-    static QProcessEnvironment session() {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-        return environment;
-    }
 
     void pressKey() {
         hands_.press({KEY_LEFTALT, KEY_SPACE});
@@ -94,7 +88,7 @@ TEST_P(LabwcDictation, ByTheBoundKeyTheTextStandsInTheFocusedWindow) {
     StubRecogniser stub(spoken);
     sway::copy("prima");
     const WaylandReceiver receiver(kind);
-    const Program running(builtBundle(), session());
+    const Program running(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(running.waitUntilUp());
     dictate(running);
     EXPECT_TRUE(receiver.waitForText(spoken)) << qPrintable(receiver.text());
@@ -122,7 +116,7 @@ TEST_F(LabwcTest, TenThousandCharactersOfADictationArrive) {
     const QString text = sample.repeated(10'000 / sample.size() + 1).trimmed();
     StubRecogniser stub(text);
     const WaylandReceiver receiver(Kind::Gtk3);
-    const Program running(builtBundle(), session());
+    const Program running(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(running.waitUntilUp());
     dictate(running);
     EXPECT_TRUE(receiver.waitForText(text)) << receiver.text().size() << " of " << text.size();
@@ -130,7 +124,7 @@ TEST_F(LabwcTest, TenThousandCharactersOfADictationArrive) {
 
 TEST_F(LabwcTest, TheCardIsShownWhileOneSpeaks) {
     StubRecogniser stub(spoken);
-    const Program running(builtBundle(), session());
+    const Program running(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(running.waitUntilUp());
     const QImage before = sway::screenshot();
     ASSERT_FALSE(before.isNull());
@@ -151,7 +145,7 @@ TEST_F(LabwcTest, TheCardIsShownWhileOneSpeaks) {
 
 TEST_F(LabwcTest, WithoutATextFieldTheTextGoesToTheClipboardAndThatIsSaid) {
     StubRecogniser stub(spoken);
-    const Program running(builtBundle(), session());
+    const Program running(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(running.waitUntilUp());
     dictate(running);
     EXPECT_TRUE(waitFor([&] { return running.statusText() == onClipboard; }))

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/dictation/ProgramTest.h"
 #include "desktop/tray/NotifierWatcher.h"
+#include "desktop/wayland/WaylandEnvironment.h"
 #include "desktop/wayland/WaylandReceiver.h"
 #include "platform/linux/kde/KeyGrant.h"
 #include "platform/linux/wayland/FakeInput.h"
@@ -47,11 +48,7 @@ TEST(KwinGrantTest, TheRunningProgramNeedsNoRestart) {
     home::settle();
     StubRecogniser stub(spoken);
     const NotifierWatcher panel;
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
-    environment.remove(QStringLiteral("DISPLAY"));
-    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-    const Program program(builtBundle(), environment);
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     ASSERT_TRUE(waitFor([&] { return !panel.items().isEmpty(); }));
     const NotifierItem item(panel.bus(), panel.items().value(0));

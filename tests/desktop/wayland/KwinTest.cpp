@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/dictation/ProgramTest.h"
 #include "desktop/wayland/Hands.h"
+#include "desktop/wayland/WaylandEnvironment.h"
 #include "desktop/wayland/WaylandReceiver.h"
 #include "input/Injector.h"
 #include "platform/linux/kde/KdeHotKeyService.h"
@@ -217,11 +218,7 @@ TEST_P(KwinDictation, TheTextStandsInTheFocusedWindow) {
     Hands hands;
     StubRecogniser stub(spoken);
     const WaylandReceiver receiver(GetParam());
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
-    environment.remove(QStringLiteral("DISPLAY"));
-    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-    const Program program(builtBundle(), environment);
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     hands.press({KEY_LEFTALT, KEY_SPACE});
     ASSERT_TRUE(program.waitForState(QStringLiteral("recording"))) << qPrintable(home::log());

@@ -5,6 +5,7 @@
 #include "desktop/wayland/Hands.h"
 #include "desktop/wayland/PortalSession.h"
 #include "desktop/wayland/Sway.h"
+#include "desktop/wayland/WaylandEnvironment.h"
 #include "desktop/wayland/WaylandReceiver.h"
 
 #include <algorithm>
@@ -40,14 +41,6 @@ class WaylandSessionTest : public testing::Test {
         home::provideModels();
     }
 
-    static QProcessEnvironment session() {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-        return environment;
-    }
-
     void press() { hands_.press({KEY_LEFTALT, KEY_SPACE}); }
     void release() { hands_.release({KEY_SPACE, KEY_LEFTALT}); }
 
@@ -81,7 +74,7 @@ TEST_P(WaylandDictation, TheTextStandsInTheFocusedWindow) {
     StubRecogniser stub(spoken);
     const WaylandReceiver receiver(GetParam());
     sway::copy("prima");
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     const bool cardBefore = isCardShown();
     EXPECT_FALSE(cardBefore);
@@ -109,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(All, WaylandDictation, testing::Values(Kind::Foot, Kind
 TEST_F(WaylandSessionTest, TheRealEngineHearsAVoice) {
     settle({{QStringLiteral("typingSpeed"), QStringLiteral("fast")}});
     const WaylandReceiver receiver(Kind::Gtk4);
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     ASSERT_TRUE(Program::waitUntilServed(recogniserUrl));
     const auto& all = demo::phrases();
@@ -125,7 +118,7 @@ TEST_F(WaylandSessionTest, TheRealEngineHearsAVoice) {
 
 TEST_F(WaylandSessionTest, WithoutATextFieldTheTextGoesToTheClipboardAndThatIsSaid) {
     StubRecogniser stub(spoken);
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     dictate(program);
     EXPECT_TRUE(waitFor([&] { return program.statusText() == onClipboard; }))
@@ -137,7 +130,7 @@ TEST_F(WaylandSessionTest, WithoutATextFieldTheTextGoesToTheClipboardAndThatIsSa
 
 TEST_F(WaylandSessionTest, TheMenuSaysThatTypingWorks) {
     const NotifierWatcher panel;
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(waitFor([&] { return !panel.items().isEmpty(); }));
     const NotifierItem item(panel.bus(), panel.items().value(0));
     const auto saysSo = [&] {
@@ -149,7 +142,7 @@ TEST_F(WaylandSessionTest, TheMenuSaysThatTypingWorks) {
 }
 
 TEST_F(WaylandSessionTest, NothingIsLeftBoundAtTheEnd) {
-    Program program(builtBundle(), session());
+    Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
 
     program.signal(SIGTERM);
@@ -161,7 +154,7 @@ TEST_F(WaylandSessionTest, NothingIsLeftBoundAtTheEnd) {
 TEST_F(WaylandSessionTest, AKilledProgramLeavesNothingThatTheNextStartDoesNotMend) {
     StubRecogniser stub(spoken);
     {
-        Program killed(builtBundle(), session());
+        Program killed(builtBundle(), waylandEnvironment());
         ASSERT_TRUE(killed.waitUntilUp());
         startRecording(killed);
         killed.signal(SIGKILL);
@@ -172,7 +165,7 @@ TEST_F(WaylandSessionTest, AKilledProgramLeavesNothingThatTheNextStartDoesNotMen
     // Another key than the killed program had.
     settle({{QStringLiteral("hotkeyPreset"), QStringLiteral("ctrl-opt-space")}});
     const WaylandReceiver receiver(Kind::Gtk3);
-    const Program next(builtBundle(), session());
+    const Program next(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(next.waitUntilUp());
     EXPECT_FALSE(sway::accepts(QStringLiteral("unbindcode Mod1+65")));
     hands_.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_SPACE});
@@ -187,7 +180,7 @@ TEST_F(WaylandSessionTest, InToggleModeOnePressStartsAndTheNextStops) {
     StubRecogniser stub(spoken);
     // Its menu bar would open at each tap of Alt.
     const WaylandReceiver receiver(Kind::Qt);
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     startRecording(program);
     release();
@@ -201,7 +194,7 @@ TEST_F(WaylandSessionTest, InToggleModeOnePressStartsAndTheNextStops) {
 TEST_F(WaylandSessionTest, AnUnpluggedScreenTakesNothingAway) {
     StubRecogniser stub(spoken);
     const WaylandReceiver receiver(Kind::Gtk3);
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     startRecording(program);
     EXPECT_TRUE(waitFor(isCardShown));
@@ -224,7 +217,7 @@ TEST_F(WaylandSessionTest, AnUnpluggedScreenTakesNothingAway) {
 TEST_F(WaylandSessionTest, WithoutAScreenTheTextIsNotLost) {
     StubRecogniser stub(spoken);
     const WaylandReceiver receiver(Kind::Gtk3);
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     startRecording(program);
     sway::command(QStringLiteral("output HEADLESS-1 disable"));
@@ -242,7 +235,7 @@ TEST_F(WaylandSessionTest, WithoutAScreenTheTextIsNotLost) {
 TEST_F(WaylandSessionTest, BehindALockedScreenTheTextGoesToTheClipboardAndThatIsSaid) {
     StubRecogniser stub(spoken);
     const WaylandReceiver receiver(Kind::Gtk3);
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     startRecording(program);
     // It returns when the screen is locked, and ends with the compositor.
@@ -261,7 +254,7 @@ TEST_F(WaylandSessionTest, TheFocusMayChangeWhileTheUserSpeaksAndWhileTheTextCom
     settle({{QStringLiteral("typingSpeed"), QStringLiteral("natural")}});
     StubRecogniser stub(longText);
     const WaylandReceiver first(Kind::Gtk3);
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     startRecording(program);
     letPass(400ms);
@@ -278,7 +271,7 @@ TEST_F(WaylandSessionTest, TheFocusMayChangeWhileTheUserSpeaksAndWhileTheTextCom
 TEST_F(WaylandSessionTest, ADictationThatEndsWithItsCompositorIsToldOfAtTheNextStart) {
     const QString lost = QStringLiteral("la dettatura precedente non è arrivata alla fine");
     {
-        Program program(builtBundle(), session());
+        Program program(builtBundle(), waylandEnvironment());
         ASSERT_TRUE(program.waitUntilUp());
         startRecording(program);
         sway::kill();
@@ -303,7 +296,7 @@ TEST_F(WaylandSessionTest, ADictationThatEndsWithItsCompositorIsToldOfAtTheNextS
 TEST_F(WaylandSessionTest, APortalThatHangsIsNotWaitedFor) {
     const PortalSession portals;
     ShortcutsPortal portal({.hangs = true});
-    const Program program(builtBundle(), portals.within(session()));
+    const Program program(builtBundle(), portals.within(waylandEnvironment()));
     ASSERT_TRUE(program.waitUntilUp());
     EXPECT_TRUE(portal.isAsked());
     EXPECT_EQ(program.state(), QStringLiteral("idle"));
@@ -319,14 +312,14 @@ TEST_F(WaylandSessionTest, APortalThatHangsIsNotWaitedFor) {
 TEST_F(WaylandSessionTest, WithoutAPortalForItTheLogTellsTheWayThatIsLeft) {
     const PortalSession portals;
     ShortcutsPortal portal({.knowsProgram = false});
-    const Program program(builtBundle(), portals.within(session()));
+    const Program program(builtBundle(), portals.within(waylandEnvironment()));
     ASSERT_TRUE(program.waitUntilUp());
     EXPECT_TRUE(waitFor(
         [] { return home::log().contains(QStringLiteral("sessione: Wayland: nessun tasto globale")); }));
 }
 
 TEST_F(WaylandSessionTest, TheWindowsWork) {
-    const Program program(builtBundle(), session());
+    const Program program(builtBundle(), waylandEnvironment());
     ASSERT_TRUE(program.waitUntilUp());
     EXPECT_FALSE(sway::applications().contains(ownWindows));
     ASSERT_TRUE(program.invoke("ShowSettings"));
@@ -335,7 +328,7 @@ TEST_F(WaylandSessionTest, TheWindowsWork) {
 }
 
 TEST_F(WaylandSessionTest, TheVariableOverridesTheChoice) {
-    auto environment = session();
+    auto environment = waylandEnvironment();
     environment.insert(QStringLiteral("PARLIVO_PLATFORM"), QStringLiteral("x11"));
     Program x11(builtBundle(), environment);
     EXPECT_EQ(x11.waitForExit(), 1);
