@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QMap>
 #include <QString>
+
+#include <optional>
 
 namespace parlivo {
 
@@ -11,5 +14,13 @@ namespace parlivo {
 /// the next best, but without any of them the engine ends when it loads its model, and its reason goes to the
 /// null device. Engines that were built for one processor are one file, and pass. Any thread.
 void checkEngineFiles(const QString& program);
+
+/// The file with which the engine computes on a graphics processor, an absolute path; nullopt if the package
+/// that has it is not installed. Any thread.
+std::optional<QString> graphicsFile(const QString& program);
+
+/// The environment variable that lets an engine load the file. ggml looks for it nowhere by itself, so that
+/// an engine which is not told comes into contact with no driver.
+QMap<QString, QString> withGraphics(const QString& file);
 
 }  // namespace parlivo

@@ -3,10 +3,12 @@
 
 #include "engines/EngineFiles.h"
 #include "engines/JsonExchange.h"
+#include "settings/Log.h"
 #include "support/Error.h"
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 
 #include <utility>
 
@@ -49,6 +51,11 @@ void LocalServer::noteAlive() {
     started_->seen = Clock::now();
 }
 
+void LocalServer::noteReply() {
+    const std::lock_guard lock(mutex_);
+    if (started_) started_->hasReplied = true;
+}
+
 void LocalServer::forgetSight() {
     const std::lock_guard lock(mutex_);
     if (started_) started_->seen.reset();
@@ -63,12 +70,14 @@ bool LocalServer::isAlive() {
 
 bool LocalServer::waitUntilAlive(std::chrono::milliseconds timeout) {
     const Clock::Deadline deadline(timeout);
-    const auto awaited = process();
+    auto awaited = process();
     while (!deadline.passed()) {
         // Before the question: what answers after that is another server.
         const bool ended = awaited && !awaited->isRunning();
         if (isAlive()) return true;
-        if (ended || !Clock::sleepFor(traits_.pollInterval)) return false;
+        if (ended && !startWithoutGraphics(awaited)) return false;
+        if (ended) awaited = process();
+        if (!Clock::sleepFor(traits_.pollInterval)) return false;
     }
     return false;
 }
@@ -78,7 +87,11 @@ void LocalServer::start(ChildProcess::Program program, const QString& model) {
     // ggml looks for its libraries in the current folder too: it must be one in which nobody else can put
     // any.
     program.workingFolder = QDir::rootPath();
-    terminate();
+    {
+        const std::lock_guard lock(mutex_);
+        judgeGraphics();
+        forgetStarted();
+    }
     if (!waitForFormer()) {
         throw Error(QStringLiteral("Process"), 0, Texts::tr("il server precedente non termina"));
     }
@@ -86,22 +99,80 @@ void LocalServer::start(ChildProcess::Program program, const QString& model) {
         const std::lock_guard lock(mutex_);
         return terminations_;
     }();
+    launch(std::move(program), model, terminations);
+}
+
+/// Lets the program use graphics, or not, in its environment.
+LocalServer::Graphics LocalServer::graphicsFor(ChildProcess::Program& program) const {
+    const auto file = graphicsFile(program.path);
+    program.environment.clear();
+    if (!file) return Graphics::None;
+    const std::lock_guard lock(mutex_);
+    if (brokenGraphics_ == program.path) return Graphics::Withheld;
+    program.environment = withGraphics(*file);
+    return Graphics::Allowed;
+}
+
+/// Starts the program, and ends it at once if somebody has ended the server since it had that many
+/// terminations.
+void LocalServer::launch(ChildProcess::Program program, const QString& model, int terminations) {
+    const Graphics graphics = graphicsFor(program);
     // Not under the lock: a slow disk may hold this up, but nobody who ends the server meanwhile.
     auto process = ChildProcess::launch(program);
     const std::lock_guard lock(mutex_);
     if (terminations_ == terminations) {
-        started_ = Started{std::move(process), model, Clock::Deadline(longestLoad)};
+        started_ =
+            Started{std::move(process), std::move(program), graphics, model, Clock::Deadline(longestLoad)};
     } else {
         process->terminate();
         former_ = std::move(process);
     }
 }
 
+/// Blames the graphics, or clears them, if the server has failed. Under mutex_.
+void LocalServer::judgeGraphics() {
+    if (!started_ || started_->hasReplied || started_->graphics == Graphics::None) return;
+    const bool tooSlow = !started_->wasAlive && started_->loadLimit.passed();
+    if (started_->process->isRunning() && !tooSlow) return;
+    if (started_->graphics == Graphics::Withheld) {
+        brokenGraphics_.reset();
+        return;
+    }
+    brokenGraphics_ = started_->program.path;
+    Log::info(QStringLiteral("%1 non funziona con il processore grafico: riparte senza")
+                  .arg(QFileInfo(started_->program.path).fileName()));
+}
+
+/// Starts the server again that has ended by itself. False if graphics had no part in its end.
+bool LocalServer::startWithoutGraphics(const std::shared_ptr<ChildProcess>& ended) {
+    std::optional<Started> failed;
+    int terminations = 0;
+    {
+        const std::lock_guard lock(mutex_);
+        if (!started_ || started_->process != ended) return false;
+        if (started_->graphics != Graphics::Allowed) return false;
+        judgeGraphics();
+        if (!brokenGraphics_) return false;
+        failed = started_;
+        forgetStarted();
+        terminations = terminations_;
+    }
+    try {
+        launch(std::move(failed->program), failed->model, terminations);
+    } catch (const Error& error) {
+        Log::info(error.localizedDescription());
+        return false;
+    }
+    return true;
+}
+
 std::optional<QJsonObject> LocalServer::ask(const HttpRequest& request) {
     forgetSight();  // the request may be its end
     const HttpReply reply = JsonExchange::send(request);
     if (reply.timedOut) terminate();
-    return JsonExchange::object(reply);
+    auto object = JsonExchange::object(reply);
+    if (object) noteReply();
+    return object;
 }
 
 bool LocalServer::isLoading(const QString& model) const {
@@ -123,6 +194,11 @@ std::optional<QString> LocalServer::loadedModel() const {
 
 void LocalServer::terminate() {
     const std::lock_guard lock(mutex_);
+    forgetStarted();
+}
+
+/// Under mutex_.
+void LocalServer::forgetStarted() {
     ++terminations_;
     if (!started_) return;
     started_->process->terminate();

@@ -43,7 +43,8 @@ class LocalServer {
     /// again.
     bool isAlive();
     /// Looks again and again until the server is alive, `timeout` has passed, or the server that we started
-    /// has ended and nobody else answers in its place.
+    /// has ended and nobody else answers in its place. One that has ended and may have used a graphics
+    /// processor is first started again without.
     bool waitUntilAlive(std::chrono::milliseconds timeout);
     /// Whether the server that we started last is to load `model`, runs, and has not been alive yet. One that
     /// takes longer than any disk needs (5 min) does not count.
@@ -52,6 +53,10 @@ class LocalServer {
     /// Ends the server that we started earlier, waits until it has really gone (two servers may share a port
     /// without a word, and either would answer) and starts `program` in the root folder; it loads `model`, an
     /// absolute path. Throws Error with the reason when it cannot be started or lacks a file.
+    ///
+    /// An engine that brings a file for graphics processors depends on drivers, which may be broken. If it
+    /// ended by itself before its first reply, or took too long to load, it gets none from its next start on
+    /// and the log says so. If that does not help, the drivers were not the reason, and it gets them again.
     void start(ChildProcess::Program program, const QString& model);
 
     /// Sends a request and reads the reply, one JSON object; nullopt if it is anything else. A server of ours
@@ -67,26 +72,43 @@ class LocalServer {
     void terminate();
 
   private:
+    /// What a start leaves to the engine.
+    enum class Graphics {
+        None,      ///< it brings no file for graphics processors
+        Allowed,   ///< it may use one
+        Withheld,  ///< it is not told of the file
+    };
+
     bool answers() const;
     bool wasJustSeen() const;
     void noteAlive();
+    void noteReply();
     void forgetSight();
     bool waitForFormer();
     std::shared_ptr<ChildProcess> process() const;
+    void forgetStarted();
+    void judgeGraphics();
+    Graphics graphicsFor(ChildProcess::Program& program) const;
+    void launch(ChildProcess::Program program, const QString& model, int terminations);
+    bool startWithoutGraphics(const std::shared_ptr<ChildProcess>& ended);
 
     struct Started {
         std::shared_ptr<ChildProcess> process;
+        ChildProcess::Program program;
+        Graphics graphics = Graphics::None;
         QString model;
         Clock::Deadline loadLimit;
         bool wasAlive = false;
+        bool hasReplied = false;
         std::optional<Clock::TimePoint> seen{};  ///< alive, and not asked for anything since
     };
 
     const Traits traits_;
     mutable std::mutex mutex_;
-    std::optional<Started> started_;        // under mutex_
-    int terminations_ = 0;                  // under mutex_
-    std::shared_ptr<ChildProcess> former_;  // under mutex_: asked to end, perhaps still there
+    std::optional<Started> started_;         // under mutex_
+    int terminations_ = 0;                   // under mutex_
+    std::shared_ptr<ChildProcess> former_;   // under mutex_: asked to end, perhaps still there
+    std::optional<QString> brokenGraphics_;  // under mutex_: the program that failed with graphics
 };
 
 }  // namespace parlivo

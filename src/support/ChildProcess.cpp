@@ -32,6 +32,21 @@ struct ChildConditions {
     QProcessEnvironment environment{QProcessEnvironment::InheritFromParent};
 };
 
+namespace {
+
+QProcessEnvironment environmentOf(const ChildProcess::Program& program, const ChildConditions& conditions) {
+    if (program.environment.isEmpty()) return conditions.environment;
+    QProcessEnvironment environment = conditions.environment.inheritsFromParent()
+                                          ? QProcessEnvironment::systemEnvironment()
+                                          : conditions.environment;
+    for (auto entry = program.environment.begin(); entry != program.environment.end(); ++entry) {
+        environment.insert(entry.key(), entry.value());
+    }
+    return environment;
+}
+
+}  // namespace
+
 /// The thread on which every QProcess lives.
 class ChildProcessThread : private LoopJobs {
   public:
@@ -84,7 +99,7 @@ class ChildProcessThread : private LoopJobs {
         process->setStandardOutputFile(QProcess::nullDevice());
         process->setStandardErrorFile(QProcess::nullDevice());
         if (conditions.setup) process->setChildProcessModifier(conditions.setup);
-        process->setProcessEnvironment(conditions.environment);
+        process->setProcessEnvironment(environmentOf(program, conditions));
         process->start();
         if (!process->waitForStarted()) {
             throw launchError(*process);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QMap>
 #include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
@@ -28,6 +29,8 @@ class ChildProcess {
         QString path;
         QStringList arguments;
         QString workingFolder{};  ///< this program's own if empty
+        /// What the child's environment has besides that of every child, or in its place.
+        QMap<QString, QString> environment{};
     };
 
     /// Starts a program. Throws Error (domain "Process") with the system's reason when it cannot be started.

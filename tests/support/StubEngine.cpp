@@ -4,11 +4,13 @@
 // as its model is a JSON object that says how it behaves:
 //   "idle"         serve nothing, wait for the end
 //   "exitAtStart"  exit at once with this status
+//   "killedAtStart" be ended at once by a signal, as a crash would
 //   "loading"      milliseconds until it serves; before, port 8765 refuses and port 8766 answers 503
 //   "text"         what it answers to a request; read afresh for each
 //   "onRequest"    "answer" (the default), "never" or "die"
 //   "lingering"    milliseconds that it goes on serving when asked to end
 //   "deaf"         it takes no notice of being asked
+//   "withGraphics" another such object, which holds where it is given a file for graphics processors
 // It writes a line to the file MODEL.starts for each start: its process id, the number of earlier ones that
 // still ran then, and its arguments, separated by tabs; and a dot to MODEL.probes for each GET of "/".
 
@@ -40,7 +42,10 @@ QByteArray argumentAfter(const QByteArrayList& arguments, const char* option) {
 QJsonObject readBehaviour(const QString& model) {
     QFile file(model);
     if (!file.open(QIODevice::ReadOnly)) _exit(1);
-    return QJsonDocument::fromJson(file.readAll()).object();
+    const QJsonObject behaviour = QJsonDocument::fromJson(file.readAll()).object();
+    const QJsonValue withGraphics = behaviour.value(QLatin1String("withGraphics"));
+    const bool given = qEnvironmentVariableIsSet("GGML_BACKEND_PATH");
+    return given && withGraphics.isObject() ? withGraphics.toObject() : behaviour;
 }
 
 int countRunning(const QByteArray& starts) {
@@ -122,6 +127,8 @@ int main(int argc, char** argv) {
     const QJsonObject behaviour = readBehaviour(model);
     const QJsonValue exitStatus = behaviour.value(QLatin1String("exitAtStart"));
     if (exitStatus.isDouble()) return exitStatus.toInt();
+    // No core file is left behind by this one.
+    if (behaviour.value(QLatin1String("killedAtStart")).toBool()) kill(getpid(), SIGKILL);
 
     const auto port = static_cast<quint16>(argumentAfter(arguments, "--port").toUInt());
     const milliseconds loading = duration(behaviour, QLatin1String("loading"));

@@ -57,6 +57,26 @@ TEST_F(ChildProcessTest, GetsTheInstalledEnvironmentAndNothingSetSince) {
     ChildProcess::setEnvironment(QProcessEnvironment(QProcessEnvironment::InheritFromParent));
 }
 
+TEST_F(ChildProcessTest, AProgramsOwnEnvironmentComesOnTop) {
+    QProcessEnvironment common = QProcessEnvironment::systemEnvironment();
+    const QProcessEnvironment inherited(QProcessEnvironment::InheritFromParent);
+    qputenv("PARLIVO_TEST_KEPT", "1");
+    qputenv("PARLIVO_TEST_OWN", "1");
+    common.insert(QStringLiteral("PARLIVO_TEST_KEPT"), QStringLiteral("1"));
+    common.insert(QStringLiteral("PARLIVO_TEST_OWN"), QStringLiteral("1"));
+    for (const QProcessEnvironment& environment : {common, inherited}) {
+        ChildProcess::setEnvironment(environment);
+        auto program = shell(QStringLiteral("test \"$PARLIVO_TEST_KEPT$PARLIVO_TEST_OWN\" = 12"));
+        program.environment = {{QStringLiteral("PARLIVO_TEST_OWN"), QStringLiteral("2")}};
+        const auto child = ChildProcess::launch(program);
+        EXPECT_TRUE(child->waitForExit(seconds(20)));
+        EXPECT_EQ(child->exitStatus(), 0);
+    }
+    qunsetenv("PARLIVO_TEST_KEPT");
+    qunsetenv("PARLIVO_TEST_OWN");
+    ChildProcess::setEnvironment(inherited);
+}
+
 TEST_F(ChildProcessTest, AMissingProgramIsAnErrorWithTheSystemsReason) {
     try {
         ChildProcess::launch({folder.filePath(QStringLiteral("gone")), {}});
