@@ -10,16 +10,13 @@
 #include "desktop/dictation/Home.h"
 #include "desktop/dictation/Program.h"
 #include "desktop/dictation/Sound.h"
+#include "dictation/ByHand.h"
 #include "dictation/StartAndIdle.h"
 #include "dictation/Testbed.h"
 #include "dictation/WithParlivo.h"
 #include "support/Keyboard.h"
 #include "support/Waiting.h"
 
-#include <QProcess>
-#include <QTemporaryDir>
-
-#include <csignal>
 #include <cstdio>
 #include <span>
 
@@ -35,25 +32,6 @@ QString textOf(qsizetype characters) {
     const QString prose = (sentence + QLatin1Char(' ')).repeated(characters / sentence.size());
     return prose.left(characters - 1) + QLatin1Char('.');
 }
-
-/// The user of a script, which some program of the desktop starts and tells when the key is pressed and
-/// released.
-class ByHand : public DictationMethod {
-  public:
-    ByHand(QString script, std::chrono::milliseconds delay) : script_(std::move(script)), delay_(delay) {}
-    void press() override {
-        process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process_.start(script_, {folder_.path(), QString::number(delay_.count())});
-    }
-    void release() override { ::kill(static_cast<pid_t>(process_.processId()), SIGUSR1); }
-    bool isOver() override { return process_.state() == QProcess::NotRunning; }
-
-  private:
-    const QString script_;
-    const std::chrono::milliseconds delay_;
-    QTemporaryDir folder_;
-    QProcess process_;
-};
 
 /// What a row is made of, for both contestants.
 struct Both {

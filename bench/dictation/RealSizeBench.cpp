@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+
+/// Measures how long a user waits from the key's release to the first typed character with engines and models
+/// of the sizes that users have, and which share of it is the program's; beside it the same put together by
+/// hand.
+///
+/// usage: real_size_bench BY-HAND ENGINES RECOGNISER CLEANER [ROUNDS]
+
+#include "BenchMain.h"
+#include "Table.h"
+#include "desktop/dictation/Home.h"
+#include "desktop/dictation/Program.h"
+#include "desktop/dictation/Sound.h"
+#include "dictation/ByHand.h"
+#include "dictation/EngineRelay.h"
+#include "dictation/KeyListener.h"
+#include "dictation/WithParlivo.h"
+#include "support/Receiver.h"
+#include "support/Waiting.h"
+
+#include <array>
+#include <cstdio>
+#include <span>
+#include <string>
+
+namespace parlivo::bench {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace desktop;
+
+constexpr std::array lengths{3s, 10s, 30s};
+constexpr auto dictationLimit = 10min;
+
+/// What one way to dictate took, in seconds; the share in per cent.
+struct Waits {
+    Samples whole;
+    Samples engines;
+    Samples share;
+};
+
+class Bench {
+  public:
+    Bench(EngineRelay& recogniser, EngineRelay& cleaner)
+        : engines_{&recogniser, &cleaner}, receiver_(Receiver::Kind::Xterm) {}
+
+    void dictate(DictationMethod& way, std::chrono::milliseconds hold, Waits& waits) {
+        way.press();
+        letPass(hold);
+        const auto released = SteadyClock::now();
+        way.release();
+        require(waitFor([&] { return way.isOver(); }, dictationLimit), "the dictation does not end");
+        SteadyClock::duration engines{};
+        auto answered = released;
+        for (const EngineRelay* engine : engines_) {
+            for (const auto& exchange : engine->since(released)) {
+                engines += exchange.answered - exchange.arrived;
+                answered = std::max(answered, exchange.answered);
+            }
+        }
+        require(answered > released, "no engine was asked");
+        std::vector<SteadyClock::time_point> keys;
+        require(waitFor([&] { return !(keys = listener_.pressesSince(answered)).empty(); }),
+                "nothing was typed");
+        const double whole = milliseconds(keys.front() - released);
+        waits.whole.add(whole / 1'000);
+        waits.engines.add(milliseconds(engines) / 1'000);
+        waits.share.add(100 * (whole - milliseconds(engines)) / whole);
+    }
+
+  private:
+    const std::array<EngineRelay*, 2> engines_;
+    Receiver receiver_;
+    KeyListener listener_;
+};
+
+void print(Table& table, const std::string& what, const Waits& ours, const Waits& byHand) {
+    table.row(what + "key-up to the first key", "s", ours.whole, {}, byHand.whole);
+    table.row(what + "of this the engines", "s", ours.engines, {}, byHand.engines);
+    table.row(what + "share of the wait that is not the engines'", "%", ours.share, 1, byHand.share);
+}
+
+int run(const std::vector<QString>& arguments, int rounds) {
+    const QString engines = arguments.at(1);
+    separateSpeakerFromMicrophone();
+    home::settle();
+    const BundleCopy bundle;  // without engines: the program takes those that answer
+    EngineRelay recogniser(
+        {engines + QStringLiteral("/whisper-server"),
+         {QStringLiteral("-m"), arguments.at(2), QStringLiteral("-bs"), QStringLiteral("5")},
+         8765,
+         "/",
+         "/inference"});
+    EngineRelay cleaner(
+        {engines + QStringLiteral("/llama-server"),
+         {QStringLiteral("-m"), arguments.at(3), QStringLiteral("-c"), QStringLiteral("4096")},
+         8766,
+         "/health",
+         "/v1/chat/completions"});
+    Bench bench(recogniser, cleaner);
+    Table table("From the key's release to the text, with models of real size", "by hand");
+    Program program(bundle.path());
+    require(program.waitUntilUp(), "the program does not come up");
+    WithParlivo parlivo(program);
+    ByHand byHand(arguments.at(0), 7ms);
+    Waits first;
+    bench.dictate(parlivo, 1s, first);  // once for what is done once only
+    bench.dictate(byHand, 1s, first);
+    for (const auto length : lengths) {
+        Waits ours;
+        Waits theirs;
+        for (int round = 0; round < rounds; ++round) {
+            bench.dictate(parlivo, length, ours);
+            bench.dictate(byHand, length, theirs);
+        }
+        print(table, std::to_string(length.count()) + " s of sound: ", ours, theirs);
+    }
+    home::set(QStringLiteral("cleanupLevel"), QStringLiteral("medium"));
+    for (const auto length : lengths) {
+        Waits ours;
+        for (int round = 0; round < rounds; ++round) bench.dictate(parlivo, length, ours);
+        print(table, std::to_string(length.count()) + " s of sound, cleaned: ", ours, {});
+    }
+    return table.status();
+}
+
+}  // namespace
+}  // namespace parlivo::bench
+
+int main(int argc, char** argv) {
+    using namespace parlivo::bench;
+    return runBenchmark(argc, argv, [](std::span<char*> arguments) {
+        if (arguments.size() < 5) {
+            std::fputs("usage: real_size_bench BY-HAND ENGINES RECOGNISER CLEANER [ROUNDS]\n", stderr);
+            return 2;
+        }
+        std::vector<QString> words;
+        for (char* word : arguments.subspan(1, 4)) words.push_back(QString::fromLocal8Bit(word));
+        return run(words, argument(arguments, 5, 3));
+    });
+}
