@@ -73,10 +73,10 @@ else()
 endif()
 
 # Qt's own words in the interface's language.
+get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
 set(PARLIVO_QT_TRANSLATIONS "" CACHE PATH "Folder with qtbase_it.qm; without it, Qt's own")
 set(qt_translations ${PARLIVO_QT_TRANSLATIONS})
 if(NOT qt_translations)
-    get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
     execute_process(COMMAND ${qmake} -query QT_INSTALL_TRANSLATIONS
                     OUTPUT_VARIABLE qt_translations OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 endif()

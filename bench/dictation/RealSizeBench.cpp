@@ -119,7 +119,7 @@ int run(const std::vector<QString>& arguments, int rounds) {
     for (const auto length : lengths) {
         Waits ours;
         for (int round = 0; round < rounds; ++round) bench.dictate(parlivo, length, ours);
-        print(table, std::to_string(length.count()) + " s of sound, cleaned: ", ours, {});
+        print(table, std::to_string(length.count()) + " s of sound, cleaned: ", ours, Waits());
     }
     return table.status();
 }
