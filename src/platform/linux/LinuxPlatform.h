@@ -44,7 +44,7 @@ class LinuxPlatform : public Platform {
     HotKeyService& hotKeys() override { return desktop().hotKeys(); }
     KeyboardSynthesizer& keyboard() override { return desktop().keyboard(); }
     LoginItem& loginItem() override { return loginItem_; }
-    Notifications& notifications() override { return notifications_.get(); }
+    Notifications& notifications() override { return notifications_.get(bundle_); }
     Pasteboard& pasteboard() override { return desktop().pasteboard(); }
     Permissions& permissions() override { return permissions_.get(desktop(), microphone_); }
     RemoteControl& remoteControl() override { return remoteControl_.get(); }

@@ -10,6 +10,7 @@ import os
 import pathlib
 import shutil
 import tempfile
+import urllib.parse
 
 import windows
 from notifications import NotificationService
@@ -52,6 +53,27 @@ class NotificationTest(WindowsTest):
         self.assertEqual(actions[1::2], ["Impostazioni audio"])
         service.choose(1, actions[0])
         self.assertIn("pavucontrol", self.opened())
+
+    def test_the_icon_is_the_themes_and_without_one_the_bundles(self):
+        service = self.serve()
+        share = pathlib.Path(os.environ["TMPDIR"], "condivisi")
+        themed = share / "icons/hicolor/48x48/apps/it.parlivo.Parlivo.png"
+        themed.parent.mkdir(parents=True)
+        self.addCleanup(shutil.rmtree, share)
+        before = os.environ.get("XDG_DATA_DIRS")
+        self.addCleanup(lambda: os.environ.pop("XDG_DATA_DIRS") if before is None
+                        else os.environ.__setitem__("XDG_DATA_DIRS", before))
+        os.environ["XDG_DATA_DIRS"] = str(share)
+        for count in (1, 2):
+            self.start_without_sound()
+            windows.command("--toggle")
+            wait_for("the notification", lambda count=count: len(service.icons) == count)
+            self.program.end()
+            themed.write_bytes(b"a picture")
+        self.assertEqual(service.icons[1], "it.parlivo.Parlivo")
+        self.assertTrue(service.icons[0].startswith("file:///"), service.icons[0])
+        picture = pathlib.Path(urllib.parse.unquote(urllib.parse.urlparse(service.icons[0]).path))
+        self.assertEqual(picture.read_bytes()[:4], b"\x89PNG")
 
     def test_a_second_error_takes_the_place_of_the_first(self):
         service = self.serve()

@@ -26,6 +26,7 @@ class NotificationService:
     def __init__(self, capabilities=("actions", "body", "body-markup")):
         self.capabilities = list(capabilities)
         self.calls = []  # (name of the program, id that it replaces, summary, body, actions)
+        self.icons = []  # of the calls
         self.shown = {}  # bodies by id
         self.closed = []
         self.last = 0
@@ -51,13 +52,14 @@ class NotificationService:
         if method == "GetCapabilities":
             return invocation.return_value(GLib.Variant("(as)", (self.capabilities,)))
         if method == "Notify":
-            name, replaced, _icon, summary, body, actions, _hints, _time = values
+            name, replaced, icon, summary, body, actions, _hints, _time = values
             if replaced not in self.shown:
                 self.last += 1
                 replaced, asked = self.last, replaced
             else:
                 asked = replaced
             self.shown[replaced] = body
+            self.icons.append(icon)
             self.calls.append((name, asked, summary, body, actions))
             return invocation.return_value(GLib.Variant("(u)", (replaced,)))
         if method == "CloseNotification":

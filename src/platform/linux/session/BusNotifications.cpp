@@ -5,7 +5,9 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
+#include <QStandardPaths>
 #include <QStringList>
+#include <QUrl>
 #include <QVariantMap>
 
 #include <utility>
@@ -26,9 +28,19 @@ QDBusMessage call(const char* method) {
     return QDBusMessage::createMethodCall(service, path, service, QString::fromLatin1(method));
 }
 
+/// As the protocol has it: a name of the icon theme, or the URI of a file. The theme knows the name only
+/// where the program was installed; a bundle that was merely unpacked shows its own picture.
+QString iconOf(const Bundle& bundle) {
+    const auto picture = QStringLiteral("icons/hicolor/48x48/apps/%1.png").arg(desktopEntry);
+    if (!QStandardPaths::locate(QStandardPaths::GenericDataLocation, picture).isEmpty()) return desktopEntry;
+    const auto file = bundle.resource(picture);
+    return file ? QUrl::fromLocalFile(*file).toString(QUrl::FullyEncoded) : desktopEntry;
+}
+
 }  // namespace
 
-BusNotifications::BusNotifications() : bus_(QDBusConnection::sessionBus()) {
+BusNotifications::BusNotifications(const Bundle& bundle)
+    : bus_(QDBusConnection::sessionBus()), icon_(iconOf(bundle)) {
     if (!bus_.isConnected()) return;
     bus_.connect(service, path, service, QStringLiteral("ActionInvoked"), this,
                  SLOT(actionInvoked(uint, QString)));
@@ -85,7 +97,7 @@ void BusNotifications::send() {
     const QString body = markup_.value_or(false) ? shown_->text.toHtmlEscaped() : shown_->text;
     const QVariantMap hints{{QStringLiteral("desktop-entry"), desktopEntry}};
     QDBusMessage notify = call("Notify");
-    notify << programName << id_ << desktopEntry << programName << body << actions << hints << serviceDecides;
+    notify << programName << id_ << icon_ << programName << body << actions << hints << serviceDecides;
     auto* answer = new QDBusPendingCallWatcher(bus_.asyncCall(notify), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/Bundle.h"
 #include "platform/Notifications.h"
 
 #include <QDBusConnection>
 #include <QObject>
+#include <QString>
 
 #include <optional>
 
@@ -18,7 +20,8 @@ class BusNotifications : public QObject, public Notifications {
     Q_OBJECT
 
   public:
-    BusNotifications();
+    /// The bundle has the icon for a desktop whose theme does not.
+    explicit BusNotifications(const Bundle& bundle);
 
     void show(Notification notification) override;
     void withdraw() override;
@@ -34,6 +37,7 @@ class BusNotifications : public QObject, public Notifications {
     void sent(uint id);
 
     QDBusConnection bus_;
+    QString icon_;
     std::optional<bool> markup_;  ///< whether the service takes texts for markup; nullopt while unknown
     bool asking_ = false;
     bool sending_ = false;
