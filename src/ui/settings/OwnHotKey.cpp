@@ -20,8 +20,9 @@ OwnHotKey::OwnHotKey(std::function<void()> adopted, QWidget* parent)
       verdict_(new Label({}, TextStyle::Caption, secondaryColour, this)),
       warning_(new Label({}, TextStyle::Caption, errorColour, this)) {
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(RowLook::margin, 0, RowLook::margin, 0);
-    column->setSpacing(4);
+    constexpr int spacing = 4;
+    column->setContentsMargins(RowLook::margin, 0, RowLook::margin, spacing);
+    column->setSpacing(spacing);
     column->addWidget(button_, 0, Qt::AlignRight);
     column->addWidget(verdict_);
     column->addWidget(warning_);

@@ -51,6 +51,8 @@ void limitHeight(QMessageBox& box) {
     if (!text || text->sizeHint().height() <= limit) return;
     auto* area = new QScrollArea(&box);
     const std::unique_ptr<QLayoutItem> former(box.layout()->replaceWidget(text, area));
+    constexpr int gap = 8;  // between the text and the scroll bar
+    text->setContentsMargins(0, 0, gap, 0);
     area->setMinimumWidth(text->sizeHint().width() + area->verticalScrollBar()->sizeHint().width());
     area->setFixedHeight(limit);
     area->setFrameShape(QFrame::NoFrame);
@@ -138,10 +140,12 @@ QString nearestExisting(QString folder) {
     return folder;
 }
 
-/// Qt's own panel cuts the heads of its columns off; a desktop's panel has none.
+/// Qt's own panel cuts the heads of its columns off; a desktop's panel has none. A folder has no size of its
+/// own, and all are of one type.
 void fitColumns(const QFileDialog& panel) {
-    const auto* list = panel.findChild<QTreeView*>();
+    auto* list = panel.findChild<QTreeView*>();
     if (!list) return;
+    for (const int sizeOrType : {1, 2}) list->hideColumn(sizeOrType);
     list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
 }
