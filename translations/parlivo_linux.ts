@@ -4,8 +4,8 @@
 <!-- Italian to Italian: what the interface says on Linux where its own words name the machine, the system, the menu bar,
      the permission lists or a key of macOS. "%1" in a sentence that has none of its own is the chosen hot key
      (src/input/HotKeyTitle.h); in a preset's name it is what the layout prints on the key.
-     And the letters by which Alt reaches what stands in the settings and the feedback, after an ampersand; on macOS there
-     are none. Within a page each is there once; the four tabs have G, D, P and Z. -->
+     And the letters by which Alt reaches what stands in the settings, the first run and the feedback, after an ampersand; on
+     macOS there are none. Within a page each is there once; the four tabs have G, D, P and Z, the first run's foot C, S and I. -->
 <TS version="2.1" language="it_IT" sourcelanguage="it_IT">
 <context>
     <name>parlivo::HotKeyManager</name>
@@ -85,7 +85,55 @@ Si apre una guida: spiega come ottenerlo in questa sessione.</translation>
     </message>
     <message>
         <source>Apri Impostazioni</source>
-        <translation>Apri la guida</translation>
+        <translation>Apri la &amp;guida</translation>
+    </message>
+    <message>
+        <source>Consenti microfono</source>
+        <translation>Consenti &amp;microfono</translation>
+    </message>
+    <message>
+        <source>Salta</source>
+        <translation>&amp;Salta</translation>
+    </message>
+    <message>
+        <source>Continua</source>
+        <translation>&amp;Continua</translation>
+    </message>
+    <message>
+        <source>Inizia a dettare</source>
+        <translation>&amp;Inizia a dettare</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::FolderPage</name>
+    <message>
+        <source>Cambia…</source>
+        <translation>Cam&amp;bia…</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::DownloadPage</name>
+    <message>
+        <source>Riprova</source>
+        <translation>&amp;Riprova</translation>
+    </message>
+    <message>
+        <source>Più tardi</source>
+        <translation>Più &amp;tardi</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::MicrophoneMeter</name>
+    <message>
+        <source>Impostazioni audio</source>
+        <translation>Impostazioni &amp;audio</translation>
+    </message>
+</context>
+<context>
+    <name>parlivo::ReadyPage</name>
+    <message>
+        <source>Scegli la scorciatoia…</source>
+        <translation>Scegli &amp;la scorciatoia…</translation>
     </message>
 </context>
 <context>
