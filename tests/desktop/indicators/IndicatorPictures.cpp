@@ -2,7 +2,9 @@
 
 // Takes pictures of the program's indicators, on a desktop of 1280 x 800 points.
 //
-// usage: indicator_pictures FOLDER SCALE     writes FOLDER/NAME.png, at scale 2 FOLDER/NAME@2x.png
+// usage: indicator_pictures FOLDER SCALE [page]     writes FOLDER/NAME.png, at scale 2 FOLDER/NAME@2x.png
+//
+// With "page" only the card on a white page, and beside it NAME.json with its place, for tools/contrast.
 
 #include "audio/overlay/WaveformPainter.h"
 #include "desktop/indicators/IndicatorProcess.h"
@@ -16,6 +18,10 @@
 #include "ui/views/SymbolIcon.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLinearGradient>
 #include <QPaintEvent>
 #include <QPainter>
@@ -37,6 +43,7 @@ using Panel = StateIcon::Panel;
 constexpr QSize screenSize(1280, 800);  // this and what follows in points
 constexpr int panelHeight = 32;
 constexpr QRect trayPlace(1150, 0, 40, panelHeight);
+constexpr QSize cardSize(240, 84);
 constexpr QRect cardSurroundings((1280 - 320) / 2, 800 - 110 - 84 - 30, 320, 144);
 constexpr QColor wallpaper(0x5f, 0x7b, 0x86);
 
@@ -76,7 +83,8 @@ QColor foreground(Panel panel) {
 /// The wallpaper, with the panel along its upper edge.
 class Backdrop : public QWidget {
   public:
-    explicit Backdrop(const QColor& panel) : panel_(panel) {
+    explicit Backdrop(const QColor& panel, const QColor& ground = wallpaper)
+        : panel_(panel), ground_(ground) {
         setAttribute(Qt::WA_X11NetWmWindowTypeDesktop);
         setGeometry(QRect(QPoint(), screenSize));
         show();
@@ -85,7 +93,7 @@ class Backdrop : public QWidget {
   private:
     void paintEvent(QPaintEvent* /*event*/) override {
         QPainter painter(this);
-        painter.fillRect(rect(), wallpaper);
+        painter.fillRect(rect(), ground_);
         painter.fillRect(QRect(0, 0, width(), panelHeight), panel_);
         painter.setPen(panel_.lightnessF() < 0.5 ? foreground(Panel::Dark) : foreground(Panel::Light));
         painter.drawText(QRect(trayPlace.right(), 0, width() - trayPlace.right() - 14, panelHeight),
@@ -93,6 +101,7 @@ class Backdrop : public QWidget {
     }
 
     QColor panel_;
+    QColor ground_;
 };
 
 /// Pictures of one size, from left to right.
@@ -118,10 +127,42 @@ class Studio {
         drawSymbols();
     }
 
+    /// Where its edge is hardest to see. Without a compositing manager the edge is drawn another way.
+    void takeCardOnPage() {
+        const Backdrop page(Qt::white, Qt::white);
+        IndicatorProcess indicators;
+        indicators.perform(QStringLiteral("level 0"));
+        indicators.perform(QStringLiteral("show"));
+        letPass(1500ms);
+        const bool composited = screen_.selectionOwner("_NET_WM_CM_S0") != XCB_NONE;
+        const QString name =
+            composited ? QStringLiteral("overlay-on-white") : QStringLiteral("overlay-on-white-uncomposited");
+        save(picture(cardSurroundings), name);
+        const QRect card(QPoint((cardSurroundings.width() - cardSize.width()) / 2,
+                                (cardSurroundings.height() - cardSize.height()) / 2),
+                         cardSize);
+        describeCard(inPixels(card), name);
+    }
+
   private:
-    void save(const QImage& picture, const QString& name) const {
+    QString path(const QString& name, const QString& ending) const {
         const QString suffix = scale_ == 1 ? QString() : QStringLiteral("@%1x").arg(scale_);
-        const QString file = folder_ + u'/' + name + suffix + QStringLiteral(".png");
+        return folder_ + u'/' + name + suffix + ending;
+    }
+
+    void describeCard(const QRect& area, const QString& name) const {
+        const QJsonObject card{
+            {QStringLiteral("role"), QStringLiteral("card")},
+            {QStringLiteral("name"), QStringLiteral("the overlay")},
+            {QStringLiteral("area"), QJsonArray{area.x(), area.y(), area.width(), area.height()}}};
+        QFile file(path(name, QStringLiteral(".json")));
+        require(file.open(QIODevice::WriteOnly) &&
+                    file.write(QJsonDocument(QJsonArray{card}).toJson(QJsonDocument::Compact)) > 0,
+                "cannot write the card's place");
+    }
+
+    void save(const QImage& picture, const QString& name) const {
+        const QString file = path(name, QStringLiteral(".png"));
         require(picture.save(file), "cannot write a picture");
         std::printf("%s\n", qPrintable(file));
     }
@@ -230,12 +271,18 @@ class Studio {
 };
 
 int run(std::span<char*> arguments) {
-    if (arguments.size() != 3) {
-        std::fputs("usage: indicator_pictures FOLDER SCALE\n", stderr);
+    const bool page = arguments.size() == 4 && QByteArray(arguments[3]) == "page";
+    if (arguments.size() != 3 && !page) {
+        std::fputs("usage: indicator_pictures FOLDER SCALE [page]\n", stderr);
         return 2;
     }
     Platform::install(makePlatform());
-    Studio(QString::fromLocal8Bit(arguments[1]), QByteArray(arguments[2]).toInt()).takeAll();
+    Studio studio(QString::fromLocal8Bit(arguments[1]), QByteArray(arguments[2]).toInt());
+    if (page) {
+        studio.takeCardOnPage();
+    } else {
+        studio.takeAll();
+    }
     Platform::install(nullptr);
     return 0;
 }

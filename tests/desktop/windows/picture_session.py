@@ -176,11 +176,8 @@ class Session:
     def alert(self, name, button, described=True):
         """Takes a picture of the alert with this button; `described` only without another window around it."""
         self.program.explained("the alert's button", lambda: self.program.find(button))
-        # Another window of the program may have the same title.
-        number = wait_for("the alert's window", lambda: subprocess.run(
-            ["xdotool", "getactivewindow"], capture_output=True, text=True, check=False).stdout.strip())
-        title = subprocess.run(["xdotool", "getwindowname", number], capture_output=True, text=True,
-                               check=True).stdout.strip()
+        # Another window of the program may have the same title. What was active may just have gone.
+        number, title = wait_for("the alert's window", active_window)
         self.picture(name, title, number, described)
 
     def describe(self, path, corner):
@@ -198,6 +195,15 @@ class Session:
                              "area": [place.x * scale - corner[0], place.y * scale - corner[1], place.width * scale,
                                       place.height * scale]})
         path.write_text(json.dumps(controls))
+
+
+def active_window():
+    """(number, title), or None."""
+    answers = []
+    for question in (["getactivewindow"], ["getactivewindow", "getwindowname"]):
+        run = subprocess.run(["xdotool", *question], capture_output=True, text=True, check=False)
+        answers.append(run.stdout.strip() if run.returncode == 0 else "")
+    return answers if all(answers) else None
 
 
 def extents(item):
