@@ -62,6 +62,10 @@ class KeyboardSynthesizer {
     /// Prepares what texts commonly need, so that the first one does not wait for it. Never necessary.
     virtual void prepare() = 0;
 
+    /// Whether texts can be typed at a chosen pace here; if not, every one is pasted. May change while the
+    /// program runs. Any thread.
+    virtual bool typesText() const { return true; }
+
     /// A source that can type every character of `text`. Null if the text needs more characters at once
     /// than this keyboard can be given (it should be pasted) or if the system has no way to type. May take
     /// some tens of milliseconds for characters that the keyboard does not have, and 1 s more while the user

@@ -72,6 +72,7 @@ class Keyboard : public parlivo::KeyboardSynthesizer {
         ++prepared;
         if (real) real->prepare();
     }
+    bool typesText() const override { return real ? real->typesText() : types.load(); }
     std::unique_ptr<KeyEventSource> makeSource(QStringView text) override;
     std::unique_ptr<KeyEventSource> makeShortcutSource() override;
 
@@ -84,6 +85,7 @@ class Keyboard : public parlivo::KeyboardSynthesizer {
 
     /// Asked instead, if set.
     parlivo::KeyboardSynthesizer* real = nullptr;
+    std::atomic<bool> types = true;
     std::atomic<bool> canType = true;
     std::atomic<bool> canSendShortcuts = true;
     /// Characters of this kind are skipped, and from this stroke on all fail.

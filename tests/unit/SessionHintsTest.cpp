@@ -52,6 +52,22 @@ TEST_F(SessionHintsTest, EachTopicHasItsPlace) {
     EXPECT_TRUE(shows(ready, u"Il tasto."_s));
 }
 
+TEST_F(SessionHintsTest, WhereTextIsOnlyPastedNoPaceIsOffered) {
+    const QString instead =
+        u"In questa sessione il testo non si scrive lettera per lettera, ma tutto insieme: la velocità non si sceglie."_s;
+    GeneralTab tab({});
+    tab.show();
+    auto* const fast = button(tab, u"Veloce (~285 caratteri/s)"_s);
+    ASSERT_NE(fast, nullptr);
+    EXPECT_TRUE(fast->isVisible());
+    EXPECT_FALSE(shows(tab, instead));
+    tab.hide();
+    platform.keyboard().types = false;
+    tab.show();
+    EXPECT_FALSE(fast->isVisible());
+    EXPECT_TRUE(shows(tab, instead));
+}
+
 TEST_F(SessionHintsTest, LinesAreShownAndCanBeCopied) {
     hint(SessionHint::Topic::HotKey, u"Il tasto."_s);
     DictationTab tab({});

@@ -36,14 +36,7 @@ GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
     form.toggle(tr("Mostra il riquadro con la waveform"), bindingTo(Settings::overlayEnabled));
     form.toggle(tr("Notifiche degli errori"), bindingTo(Settings::notificationsEnabled));
     form.divider();
-    form.radioGroup(tr("Velocità di scrittura"),
-                    {{tr("Istantanea (incolla tutto insieme)"), wordOf(TypingSpeed::Instant)},
-                     {tr("Veloce (~285 caratteri/s)"), wordOf(TypingSpeed::Fast)},
-                     {tr("Naturale (~85 caratteri/s)"), wordOf(TypingSpeed::Natural)}},
-                    bindingTo(Settings::typingSpeed));
-    form.caption(
-        tr("Con Istantanea il testo appare di colpo via clipboard; le altre modalità digitano lettera per lettera."),
-        Form::Under::Words);
+    addPace(form);
     form.divider();
     form.heading(tr("Diagnosi"));
     form.toggle(tr("Modalità debug (salva le trascrizioni nel log)"), bindingTo(Settings::debugMode));
@@ -61,6 +54,7 @@ GeneralTab::GeneralTab(const SettingsActions& actions, QWidget* parent)
 void GeneralTab::addSession(Form& form) {
     auto* const hints =
         new SessionHints(SessionHint::Topic::Text, {.margins = Form::headingMargins()}, contents());
+    connect(hints, &SessionHints::changed, this, [this] { showPace(); });
     if (const auto note = Platform::current().sessionNote()) {
         Label& label = form.caption(*note);
         const auto renew = [&label] { label.setText(Platform::current().sessionNote().value_or(QString())); };
@@ -68,6 +62,33 @@ void GeneralTab::addSession(Form& form) {
         connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, &label, renew);
     }
     form.add(hints);
+}
+
+void GeneralTab::addPace(Form& form) {
+    pace_ = &form.radioGroup(tr("Velocità di scrittura"),
+                             {{tr("Istantanea (incolla tutto insieme)"), wordOf(TypingSpeed::Instant)},
+                              {tr("Veloce (~285 caratteri/s)"), wordOf(TypingSpeed::Fast)},
+                              {tr("Naturale (~85 caratteri/s)"), wordOf(TypingSpeed::Natural)}},
+                             bindingTo(Settings::typingSpeed));
+    paceExplained_ = &form.caption(
+        tr("Con Istantanea il testo appare di colpo via clipboard; le altre modalità digitano lettera per lettera."),
+        Form::Under::Words);
+    noPace_ = &form.caption(tr(
+        "In questa sessione il testo non si scrive lettera per lettera, ma tutto insieme: la velocità non si sceglie."));
+    showPace();
+}
+
+/// A choice without an effect is not offered.
+void GeneralTab::showPace() {
+    const bool types = Platform::current().keyboard().typesText();
+    pace_->setVisible(types);
+    paceExplained_->setVisible(types);
+    noPace_->setVisible(!types);
+}
+
+void GeneralTab::showEvent(QShowEvent* event) {
+    showPace();
+    FormPage::showEvent(event);
 }
 
 void GeneralTab::setLaunchAtLogin(bool wanted) {

@@ -13,7 +13,12 @@ class GeneralTab : public FormPage {
   public:
     explicit GeneralTab(const SettingsActions& actions, QWidget* parent = nullptr);
 
+  protected:
+    void showEvent(QShowEvent* event) override;
+
   private:
+    void addPace(Form& form);
+    void showPace();
     void setLaunchAtLogin(bool wanted);
     void addModelsFolder(Form& form);
     void addProgram(Form& form);
@@ -24,6 +29,9 @@ class GeneralTab : public FormPage {
 
     const SettingsActions actions_;
     bool launchAtLogin_;
+    RadioGroup* pace_ = nullptr;
+    Label* paceExplained_ = nullptr;
+    Label* noPace_ = nullptr;  ///< in their place
     Label* modelsPath_ = nullptr;
     QPushButton* changeButton_ = nullptr;
 };

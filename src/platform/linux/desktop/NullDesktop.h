@@ -26,6 +26,7 @@ class NullHotKeyService : public HotKeyService {
 class NullKeyboard : public KeyboardSynthesizer {
   public:
     void prepare() override {}
+    bool typesText() const override { return false; }
     std::unique_ptr<KeyEventSource> makeSource(QStringView) override { return nullptr; }
     std::unique_ptr<KeyEventSource> makeShortcutSource() override { return nullptr; }
 };

@@ -28,6 +28,7 @@ class WaylandKeyboard : public KeyboardSynthesizer {
         : means_{std::move(inputMethod), std::move(keys)} {}
 
     void prepare() override;
+    bool typesText() const override { return canCommitText(); }
     /// Null if the text has to be pasted. Waits for nothing.
     std::unique_ptr<KeyEventSource> makeSource(QStringView text) override;
     std::unique_ptr<KeyEventSource> makeShortcutSource() override;
