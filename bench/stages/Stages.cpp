@@ -150,7 +150,7 @@ Work typingPreparation(qint64 characters) {
 Work pasting(qint64 characters) {
     const QString text = prose(characters);
     return [text] {
-        Platform::current().pasteboard().setText(text, Pasteboard::History::Omit);
+        require(Platform::current().pasteboard().setText(text, Pasteboard::History::Omit), "no clipboard");
         QProcess reader;
         reader.start(QStringLiteral("xclip"),
                      {QStringLiteral("-out"), QStringLiteral("-selection"), QStringLiteral("clipboard"),

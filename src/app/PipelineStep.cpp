@@ -98,9 +98,15 @@ void PipelineStep::deliver(const QString& raw) {
 
 void PipelineStep::copyInsteadOfTyping(const QString& text) {
     Log::info(QStringLiteral("iniezione SALTATA: permesso accessibilità mancante"));
-    onMain([text] { Platform::current().pasteboard().setText(text, Pasteboard::History::Keep); });
-    fail(tr("Testo copiato negli appunti — manca il permesso Accessibilità (menu)"), Remedy::OpenLog);
-    onMain([] { Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility); });
+    onMain([this, text] {
+        const bool copied = Platform::current().pasteboard().setText(text, Pasteboard::History::Keep);
+        if (!copied) Log::info(QStringLiteral("testo PERSO: gli appunti non lo hanno preso"));
+        observer_.onFailure(
+            copied ? tr("Testo copiato negli appunti — manca il permesso Accessibilità (menu)")
+                   : tr("Testo perso — manca il permesso Accessibilità e gli appunti non lo hanno preso"),
+            Remedy::OpenLog);
+        Platform::current().workspace().openPrivacyPane(PrivacyPane::Accessibility);
+    });
 }
 
 void PipelineStep::inject(const QString& text) {
@@ -122,6 +128,10 @@ void PipelineStep::inject(const QString& text) {
         case Injector::Outcome::RestOnClipboard:
             Log::info(QStringLiteral("iniezione INTERROTTA: resto del testo negli appunti"));
             return fail(tr("Il resto è negli appunti — la finestra attiva non lo ha preso: incollalo tu"),
+                        Remedy::OpenLog);
+        case Injector::Outcome::Lost:
+            Log::info(QStringLiteral("iniezione NON RIUSCITA: nemmeno gli appunti hanno preso il testo"));
+            return fail(tr("Testo perso, o in parte — né la finestra attiva né gli appunti lo hanno preso"),
                         Remedy::OpenLog);
     }
 }

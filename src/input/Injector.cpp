@@ -29,7 +29,7 @@ constexpr auto fastPause = 3'500us;
 constexpr auto pasteboardSettling = 50ms;
 constexpr auto restoreDelay = 500ms;
 /// How long the receiver of a paste may take to ask for the text, where the system tells that it has.
-constexpr auto readTimeout = 500ms;
+constexpr auto readTimeout = 1500ms;
 constexpr auto readPollInterval = 5ms;
 /// Between two pieces of a text: receivers that read late must not be sent too many of them.
 constexpr auto pieceInterval = 56ms;
@@ -138,8 +138,9 @@ bool isRead(Pasteboard& pasteboard, std::optional<int> before) {
 Outcome leaveOnClipboard(const QString& rest) {
     Log::info(QStringLiteral("l'applicazione non prende il testo: il resto va negli appunti"));
     pendingRestore().callOff();
-    Platform::current().pasteboard().setText(rest, Pasteboard::History::Keep);
-    return Outcome::LeftOnClipboard;
+    return Platform::current().pasteboard().setText(rest, Pasteboard::History::Keep)
+               ? Outcome::LeftOnClipboard
+               : Outcome::Lost;
 }
 
 /// By other means than those that failed after `progress`.
@@ -184,7 +185,12 @@ Outcome paste(const QString& text) {
         return Outcome::CutOff;
     }
     const auto ticket = pendingRestore().keep(text, present, interruptedRestore);
-    pasteboard.setText(text, Pasteboard::History::Omit);
+    if (!pasteboard.setText(text, Pasteboard::History::Omit)) {
+        if (Clock::interrupted()) return Outcome::CutOff;
+        // The shortcut would paste what the user had copied; a place that was changed gets that back.
+        restoreNow(ticket);
+        return Outcome::Lost;
+    }
     if (!Clock::sleepFor(pasteboardSettling)) return Outcome::CutOff;
     auto source = Platform::current().keyboard().makeShortcutSource();
     const auto readBefore = pasteboard.timesRead();

@@ -17,6 +17,7 @@ enum class Outcome {
     CutOff,           ///< the program's end came first: some of it, or nothing, was sent
     LeftOnClipboard,  ///< nothing of it could be sent: it is on the pasteboard for the user
     RestOnClipboard,  ///< the same with all that follows what was sent
+    Lost,             ///< what could not be sent is not on the pasteboard either
 };
 
 /// The pause after each character that a typing speed stands for.

@@ -29,8 +29,9 @@ class Pasteboard {
     /// The plain texts there now.
     virtual PasteboardTexts texts() = 0;
 
-    /// Clears every place and puts `text` there as plain text.
-    virtual void setText(const QString& text, History history) = 0;
+    /// Clears every place and puts `text` there as plain text. False if the system has not taken it, or does
+    /// not tell: then nobody may be told that it is there.
+    [[nodiscard]] virtual bool setText(const QString& text, History history) = 0;
 
     /// Puts texts back, each only into a place that still holds what we put there last.
     virtual void restore(const PasteboardTexts& texts) = 0;

@@ -2,6 +2,7 @@
 #include "ui/SessionHints.h"
 
 #include "platform/Platform.h"
+#include "settings/Log.h"
 #include "support/Clock.h"
 #include "ui/views/Form.h"
 
@@ -100,7 +101,8 @@ QWidget* SessionHints::makeButtons(const SessionHint& hint, QWidget* parent) {
     if (look_.alignment == Qt::AlignHCenter) row->addStretch(1);
     if (!hint.lines.isEmpty()) {
         const auto copy = [lines = hint.lines] {
-            Platform::current().pasteboard().setText(lines, Pasteboard::History::Keep);
+            if (!Platform::current().pasteboard().setText(lines, Pasteboard::History::Keep))
+                Log::info(QStringLiteral("le righe da copiare NON sono negli appunti"));
         };
         row->addWidget(makeButton(tr("Copia"), copy, buttons));
     }

@@ -105,7 +105,7 @@ class Keyboard : public parlivo::KeyboardSynthesizer {
 class Pasteboard : public parlivo::Pasteboard {
   public:
     PasteboardTexts texts() override;
-    void setText(const QString& text, History history) override;
+    bool setText(const QString& text, History history) override;
     void restore(const PasteboardTexts& texts) override;
 
     /// What the user (or another program) put there.
@@ -125,6 +125,8 @@ class Pasteboard : public parlivo::Pasteboard {
     std::atomic<int> readings = 0;
     /// Whether line ends become line feeds, as in X selections.
     std::atomic<bool> convertsLineEnds = false;
+    /// Whatever is to be put there.
+    std::atomic<bool> refuses = false;
 
     /// Asked instead, if set.
     parlivo::Pasteboard* real = nullptr;

@@ -222,14 +222,16 @@ PasteboardTexts Pasteboard::texts() {
     return contents_;
 }
 
-void Pasteboard::setText(const QString& text, History history) {
+bool Pasteboard::setText(const QString& text, History history) {
     if (real) return real->setText(text, history);
+    if (refuses) return false;
     const std::lock_guard lock(mutex_);
     QString held = text;
     if (convertsLineEnds) held.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     contents_ = {{PasteboardPlace::Clipboard, held}, {PasteboardPlace::PrimarySelection, held}};
     ours_ = true;
     sets_.push_back({text, history});
+    return true;
 }
 
 void Pasteboard::restore(const PasteboardTexts& texts) {

@@ -103,6 +103,30 @@ TEST_F(DictationPipelineTest, WithoutThePermissionToTypeTheTextIsCopied) {
     EXPECT_EQ(filesLeft(), Strings());
 }
 
+TEST_F(DictationPipelineTest, ATextThatTheClipboardDoesNotTakeIsNotSaidToBeThere) {
+    platform.permissions().trusted = false;
+    platform.pasteboard().refuses = true;
+    launch();
+    dictate(line(u"Da incollare."));
+    settle();
+    EXPECT_EQ(
+        delegate->statusLine(),
+        line(u"⚠️ Testo perso — manca il permesso Accessibilità e gli appunti non lo hanno preso"));
+    EXPECT_EQ(platform.workspace().panes, std::vector{PrivacyPane::Accessibility});
+    EXPECT_FALSE(logged().join(u'\n').contains(line(u"Da incollare")));
+}
+
+TEST_F(DictationPipelineTest, ATextThatNothingTakesIsAnnouncedAsLost) {
+    injection = Injector::Outcome::Lost;
+    launch();
+    dictate(line(u"Ciao."));
+    settle();
+    EXPECT_EQ(
+        delegate->statusLine(),
+        line(u"⚠️ Testo perso, o in parte — né la finestra attiva né gli appunti lo hanno preso"));
+    EXPECT_EQ(Config::get(Settings::dictationCount), 0);
+}
+
 TEST_F(DictationPipelineTest, AFailedConversionIsSaidAndLeavesNoFile) {
     launch();
     conversionError = Error(ErrorCode::ConversionFailed, line(u"afconvert fallito: disco pieno"))

@@ -190,6 +190,14 @@ TEST_F(InjectorTest, APieceThatIsNotTakenGoesToThePasteboardWithAllThatFollows) 
     EXPECT_EQ(platform.keyboard().typed() + clipboard(), text);
 }
 
+TEST_F(InjectorTest, ARestThatThePasteboardDoesNotTakeEitherIsLost) {
+    platform.keyboard().intake = TextIntake::Pieces;
+    platform.keyboard().failsAfter = 1;
+    platform.keyboard().failure = Posted::NotTaken;
+    platform.pasteboard().refuses = true;
+    EXPECT_EQ(Injector::typeText(QStringLiteral("0123456789").repeated(10)), Injector::Outcome::Lost);
+}
+
 TEST_F(InjectorTest, AReceiverThatTakesNothingMoreIsSentNoShortcutEither) {
     platform.keyboard().intake = TextIntake::Pieces;
     platform.keyboard().failsAfter = 1;
@@ -324,6 +332,15 @@ TEST_F(PasteTest, APasteThatNobodyReadsStaysOnThePasteboard) {
     passRestoreTime();
     EXPECT_EQ(clipboard(), newText);
     EXPECT_EQ(platform.pasteboard().restores(), 0);
+}
+
+TEST_F(PasteTest, APasteboardThatTakesNothingGetsNoShortcutAndTheTextIsLost) {
+    userCopies(QStringLiteral("prima"), QStringLiteral("evidenziato"));
+    platform.pasteboard().refuses = true;
+    EXPECT_EQ(Injector::paste(newText), Injector::Outcome::Lost);
+    EXPECT_TRUE(platform.keyboard().strokes().isEmpty()) << "it would paste what the user had copied";
+    passRestoreTime();
+    EXPECT_EQ(clipboard(), QStringLiteral("prima"));
 }
 
 TEST_F(PasteTest, APasteIsDeliveredWhenItIsRead) {

@@ -44,7 +44,9 @@ class ClipboardTest : public testing::Test {
         return read;
     }
     void setText(const QString& text, Pasteboard::History history) {
-        EXPECT_TRUE(pipeline_.run([&] { Platform::current().pasteboard().setText(text, history); }));
+        bool taken = false;
+        EXPECT_TRUE(pipeline_.run([&] { taken = Platform::current().pasteboard().setText(text, history); }));
+        EXPECT_TRUE(taken);
     }
     void restore(const PasteboardTexts& before) {
         EXPECT_TRUE(pipeline_.run([&] { Platform::current().pasteboard().restore(before); }));

@@ -30,7 +30,7 @@ class DataControlTest : public testing::Test {
 };
 
 TEST_F(DataControlTest, GivesItsTextToOthersWithoutTheFocus) {
-    pasteboard->setText(text, Pasteboard::History::Keep);
+    EXPECT_TRUE(pasteboard->setText(text, Pasteboard::History::Keep));
     EXPECT_EQ(sway::clipboard(), text.toUtf8());
     EXPECT_EQ(sway::clipboard(fromPrimary), text.toUtf8());
     EXPECT_EQ(pasteboard->texts(), (PasteboardTexts{{clipboard, text}, {primary, text}}));
@@ -38,7 +38,7 @@ TEST_F(DataControlTest, GivesItsTextToOthersWithoutTheFocus) {
 }
 
 TEST_F(DataControlTest, MarksAPassingTextForHistories) {
-    pasteboard->setText(text, Pasteboard::History::Omit);
+    EXPECT_TRUE(pasteboard->setText(text, Pasteboard::History::Omit));
     EXPECT_TRUE(sway::clipboard({QStringLiteral("--list-types")}).contains("x-kde-passwordManagerHint"));
     EXPECT_EQ(sway::clipboard({QStringLiteral("--type"), QStringLiteral("x-kde-passwordManagerHint")}),
               "secret");
@@ -46,7 +46,7 @@ TEST_F(DataControlTest, MarksAPassingTextForHistories) {
 
 TEST_F(DataControlTest, GivesALongTextWhole) {
     const QString novel = QStringLiteral("una riga di testo più lunga\n").repeated(40'000);
-    pasteboard->setText(novel, Pasteboard::History::Keep);
+    EXPECT_TRUE(pasteboard->setText(novel, Pasteboard::History::Keep));
     EXPECT_EQ(sway::clipboard(), novel.toUtf8());
 }
 
@@ -64,7 +64,7 @@ TEST_F(DataControlTest, WhatIsNoTextIsAbsent) {
 }
 
 TEST_F(DataControlTest, RestoresEachPlaceOnlyWhileItIsOurs) {
-    pasteboard->setText(text, Pasteboard::History::Omit);
+    EXPECT_TRUE(pasteboard->setText(text, Pasteboard::History::Omit));
     sway::copy("nuovo");
     ASSERT_TRUE(comesToRead({{clipboard, QStringLiteral("nuovo")}, {primary, text}}));
     pasteboard->restore({{clipboard, QStringLiteral("prima")}, {primary, QStringLiteral("evidenziato")}});
@@ -73,7 +73,7 @@ TEST_F(DataControlTest, RestoresEachPlaceOnlyWhileItIsOurs) {
 }
 
 TEST_F(DataControlTest, EndsWithItsTextsWithdrawn) {
-    pasteboard->setText(text, Pasteboard::History::Keep);
+    EXPECT_TRUE(pasteboard->setText(text, Pasteboard::History::Keep));
     pasteboard.reset();
     EXPECT_TRUE(waitFor([] { return sway::clipboard().isEmpty(); }));
 }

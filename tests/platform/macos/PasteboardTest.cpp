@@ -53,32 +53,37 @@ TEST_F(PasteboardTest, AnEmptyTextIsAText) {
 }
 
 TEST_F(PasteboardTest, PutsTextAfterClearing) {
-    pasteboard.setText(QStringLiteral("nuovo"), Pasteboard::History::Keep);
+    EXPECT_TRUE(pasteboard.setText(QStringLiteral("nuovo"), Pasteboard::History::Keep));
     EXPECT_EQ(mac::takeCalls(), put(QStringLiteral("nuovo")));
 }
 
+TEST_F(PasteboardTest, TellsThatTheSystemHasNotTakenAText) {
+    mac::world().refusesPasteboard = true;
+    EXPECT_FALSE(pasteboard.setText(QStringLiteral("nuovo"), Pasteboard::History::Keep));
+}
+
 TEST_F(PasteboardTest, MarksWhatNoHistoryShouldKeep) {
-    pasteboard.setText(QStringLiteral("di passaggio"), Pasteboard::History::Omit);
+    EXPECT_TRUE(pasteboard.setText(QStringLiteral("di passaggio"), Pasteboard::History::Omit));
     EXPECT_EQ(mac::takeCalls(), putSecretly(QStringLiteral("di passaggio")));
-    pasteboard.setText(QStringLiteral("resta"), Pasteboard::History::Keep);
+    EXPECT_TRUE(pasteboard.setText(QStringLiteral("resta"), Pasteboard::History::Keep));
     EXPECT_FALSE(mac::world().pasteboard.contains(concealed)) << "the mark of the text before";
 }
 
 TEST_F(PasteboardTest, RestoresOnlyWhatIsStillOurs) {
     const PasteboardTexts before{{PasteboardPlace::Clipboard, QStringLiteral("prima")}};
-    pasteboard.setText(QStringLiteral("nostro"), Pasteboard::History::Omit);
+    EXPECT_TRUE(pasteboard.setText(QStringLiteral("nostro"), Pasteboard::History::Omit));
     pasteboard.restore(before);
     EXPECT_EQ(text(), QStringLiteral("prima"));
     EXPECT_FALSE(mac::world().pasteboard.contains(concealed)) << "the user's own text is no secret of ours";
 
-    pasteboard.setText(QStringLiteral("nostro"), Pasteboard::History::Omit);
+    EXPECT_TRUE(pasteboard.setText(QStringLiteral("nostro"), Pasteboard::History::Omit));
     takeOver({{plain, QStringLiteral("nostro")}});  // the same text, but copied by the user
     pasteboard.restore(before);
     EXPECT_EQ(text(), QStringLiteral("nostro"));
 }
 
 TEST_F(PasteboardTest, RestoresNothingThatWasNotThere) {
-    pasteboard.setText(QStringLiteral("nostro"), Pasteboard::History::Omit);
+    EXPECT_TRUE(pasteboard.setText(QStringLiteral("nostro"), Pasteboard::History::Omit));
     mac::takeCalls();
     pasteboard.restore({});
     EXPECT_TRUE(mac::takeCalls().isEmpty());

@@ -35,7 +35,7 @@ class NullKeyboard : public KeyboardSynthesizer {
 class NullPasteboard : public Pasteboard {
   public:
     PasteboardTexts texts() override { return {}; }
-    void setText(const QString&, History) override {}
+    bool setText(const QString&, History) override { return false; }
     void restore(const PasteboardTexts&) override {}
 };
 

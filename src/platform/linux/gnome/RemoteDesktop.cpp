@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/gnome/RemoteDesktop.h"
 
+#include "support/Clock.h"
+
 #include <QEventLoop>
 #include <QThread>
 
@@ -18,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Longer than a paste takes until its clipboard is put back.
-constexpr auto idleTime = 2000ms;
+constexpr auto idleTime = 3000ms;
 /// How long GNOME may take to copy a text that is put back: it does so within milliseconds.
 constexpr auto copyTimeout = 1000ms;
 /// From the moment at which GNOME has read a text until its copy is in its place; it does not tell. On a
@@ -64,7 +66,7 @@ RemoteDesktop::~RemoteDesktop() {
 }
 
 RemoteSession* RemoteDesktop::session() {
-    closing_->start(idleTime);
+    closing_->start(Clock::scaled(idleTime));
     isLeaving_ = false;
     if (session_) return session_.get();
     session_ = RemoteSession::open(bus_);
@@ -78,12 +80,13 @@ RemoteSession* RemoteDesktop::session() {
 
 void RemoteDesktop::noteTaken() {
     ++timesRead_;
-    if (isLeaving_) closing_->start(copyTime);
+    if (isLeaving_) closing_->start(Clock::scaled(copyTime));
 }
 
 void RemoteDesktop::close() {
     closing_->stop();
-    isLeaving_ = false;
+    // One that is too busy to have made its copy yet is given that time.
+    if (session_ && std::exchange(isLeaving_, false)) session_->waitForCompositor();
     session_.reset();
 }
 
@@ -128,7 +131,7 @@ void RemoteDesktop::putBack(const std::optional<QString>& text) {
     if (!session_) return;
     if (!text || !session_->isOwner() || !session_->offer(*text, Pasteboard::History::Omit)) return close();
     isLeaving_ = true;
-    closing_->start(copyTimeout);
+    closing_->start(Clock::scaled(copyTimeout));
 }
 
 }  // namespace parlivo::gnome

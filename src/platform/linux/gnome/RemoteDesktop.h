@@ -21,7 +21,7 @@ class QThread;
 namespace parlivo::gnome {
 
 /// Keys and clipboard of GNOME's compositor, for any thread: a thread of its own opens a session when the
-/// first of them is used, and closes it as soon as the former clipboard is back, or two seconds after the
+/// first of them is used, and closes it as soon as the former clipboard is back, or three seconds after the
 /// last use.
 class RemoteDesktop {
   public:

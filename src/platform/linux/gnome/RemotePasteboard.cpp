@@ -31,9 +31,10 @@ PasteboardTexts RemotePasteboard::texts() {
     return texts;
 }
 
-void RemotePasteboard::setText(const QString& text, History history) {
-    primary_.setText(text, history);
-    if (!desktop_->setClipboard(text, history)) clipboard_.setText(text, history);
+/// The primary selection is a bonus: what users are told of is the clipboard.
+bool RemotePasteboard::setText(const QString& text, History history) {
+    static_cast<void>(primary_.setText(text, history));
+    return desktop_->setClipboard(text, history) || clipboard_.setText(text, history);
 }
 
 void RemotePasteboard::restore(const PasteboardTexts& texts) {

@@ -16,7 +16,7 @@ class RemotePasteboard : public Pasteboard {
     explicit RemotePasteboard(std::shared_ptr<RemoteDesktop> desktop);
 
     PasteboardTexts texts() override;
-    void setText(const QString& text, History history) override;
+    bool setText(const QString& text, History history) override;
     void restore(const PasteboardTexts& texts) override;
     std::optional<int> timesRead() override;
 

@@ -22,7 +22,7 @@ const QString service = QStringLiteral("org.gnome.Mutter.RemoteDesktop");
 const QString object = QStringLiteral("/org/gnome/Mutter/RemoteDesktop");
 const QString sessionInterface = QStringLiteral("org.gnome.Mutter.RemoteDesktop.Session");
 
-constexpr int replyTimeout = 1000;  // ms
+constexpr int replyTimeout = 3000;  // ms
 
 /// The device type "keyboard" of SupportedDeviceTypes.
 constexpr unsigned keyboardType = 1;
@@ -113,6 +113,10 @@ bool RemoteSession::offer(const QString& text, Pasteboard::History history) {
     ++offers_;
     isOwner_ = isReply(ask("SetSelection", {QVariantMap{{QStringLiteral("mime-types"), types}}}));
     return isOwner_;
+}
+
+void RemoteSession::waitForCompositor() {
+    compositorProperty(bus_, QStringLiteral("Version"));
 }
 
 void RemoteSession::transferAsked(const QString& type, uint serial) {

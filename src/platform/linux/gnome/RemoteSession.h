@@ -19,7 +19,7 @@ namespace parlivo::gnome {
 /// their position, and the clipboard. While a session runs the panel shows an orange sign.
 ///
 /// Used by one thread, with an event loop and SIGPIPE blocked. Every request waits for the compositor, a few
-/// milliseconds, one second at most. Destroying it ends the session.
+/// milliseconds, three seconds at most. Destroying it ends the session.
 ///
 /// org.gnome.Mutter.RemoteDesktop, as its introspection and Mutter's description of the interface state it.
 class RemoteSession : public QObject {
@@ -47,6 +47,8 @@ class RemoteSession : public QObject {
     bool offer(const QString& text, Pasteboard::History history);
     /// Whether the clipboard holds what was offered last.
     bool isOwner() const { return isOwner_; }
+    /// Returns when the compositor has come to a question that is asked now.
+    void waitForCompositor();
     const QString& offered() const { return text_; }
 
   Q_SIGNALS:

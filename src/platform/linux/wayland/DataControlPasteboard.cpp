@@ -235,15 +235,19 @@ std::vector<DataControlPasteboard::Reading> DataControlPasteboard::startReading(
     return readings;
 }
 
-void DataControlPasteboard::setText(const QString& text, History history) {
+bool DataControlPasteboard::setText(const QString& text, History history) {
+    bool taken = false;
     run([&] {
+        if (!device_) return;
         for (const PasteboardPlace place : everyPlace) put(place, text, history);
-        connection_->roundTrip();
+        taken = connection_->roundTrip();
     });
+    return taken;
 }
 
 void DataControlPasteboard::restore(const PasteboardTexts& texts) {
     run([&] {
+        if (!device_) return;
         for (auto entry = texts.begin(); entry != texts.end(); ++entry) {
             // A history has the text from its first stay, unless it was one that no history should have.
             if (ours_.contains(entry.key())) put(entry.key(), entry.value(), History::Omit);

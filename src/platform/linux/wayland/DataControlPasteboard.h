@@ -33,7 +33,7 @@ class DataControlPasteboard : public Pasteboard {
     DataControlPasteboard& operator=(const DataControlPasteboard&) = delete;
 
     PasteboardTexts texts() override;
-    void setText(const QString& text, History history) override;
+    bool setText(const QString& text, History history) override;
     void restore(const PasteboardTexts& texts) override;
     std::optional<int> timesRead() override { return timesRead_; }
 

@@ -6,6 +6,7 @@
 
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <memory>
 
 namespace parlivo {
@@ -18,6 +19,14 @@ constexpr auto ownerTimeout = 1000ms;
 
 QClipboard::Mode mode(PasteboardPlace place) {
     return place == PasteboardPlace::Clipboard ? QClipboard::Clipboard : QClipboard::Selection;
+}
+
+/// A Wayland compositor ignores a program without the focus and does not tell it so; the toolkit's other ways
+/// have no clipboard but this program's.
+bool reachesOthers() {
+    const QString way = QGuiApplication::platformName();
+    return way == QLatin1String("xcb") ||
+           (way.startsWith(QLatin1String("wayland")) && QGuiApplication::focusWindow());
 }
 
 /// What Klipper and most other clipboard managers leave out of their history.
@@ -61,12 +70,15 @@ PasteboardTexts QtPasteboard::texts() {
     return texts;
 }
 
-void QtPasteboard::setText(const QString& text, History history) {
+bool QtPasteboard::setText(const QString& text, History history) {
     // Lines end with a line feed in X selections: a terminal takes a carriage return for one more.
     const QString lines = QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    MainQueue::sync([&] {
+    bool taken = false;
+    const bool alive = MainQueue::sync([&] {
         for (const PasteboardPlace place : places_) put(place, lines, history);
+        taken = reachesOthers() && std::ranges::all_of(places_, [this](auto place) { return isOurs(place); });
     });
+    return alive && taken;
 }
 
 void QtPasteboard::restore(const PasteboardTexts& texts) {

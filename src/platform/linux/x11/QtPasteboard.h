@@ -26,7 +26,7 @@ class QtPasteboard : public Pasteboard {
     explicit QtPasteboard(QList<PasteboardPlace> places = everyPlace()) : places_(std::move(places)) {}
 
     PasteboardTexts texts() override;
-    void setText(const QString& text, History history) override;
+    bool setText(const QString& text, History history) override;
     void restore(const PasteboardTexts& texts) override;
 
     /// How often a text that was put there has been given to somebody, this program included. At once.

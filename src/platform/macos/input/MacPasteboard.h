@@ -11,11 +11,12 @@ namespace parlivo {
 class MacPasteboard : public Pasteboard {
   public:
     PasteboardTexts texts() override;
-    void setText(const QString& text, History history) override;
+    bool setText(const QString& text, History history) override;
     void restore(const PasteboardTexts& texts) override;
 
   private:
-    void put(const QString& text, History history);
+    /// Whether the system has taken the text.
+    bool put(const QString& text, History history);
 
     std::mutex mutex_;       // the pasteboard takes several calls for one change
     long changeCount_ = -1;  // after our last change; under mutex_

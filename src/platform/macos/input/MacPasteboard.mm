@@ -21,9 +21,9 @@ PasteboardTexts MacPasteboard::texts() {
     return {{PasteboardPlace::Clipboard, fromNSString(text)}};
 }
 
-void MacPasteboard::setText(const QString& text, History history) {
+bool MacPasteboard::setText(const QString& text, History history) {
     const std::lock_guard lock(mutex_);
-    put(text, history);
+    return put(text, history);
 }
 
 void MacPasteboard::restore(const PasteboardTexts& texts) {
@@ -33,12 +33,13 @@ void MacPasteboard::restore(const PasteboardTexts& texts) {
     put(*text, History::Keep);
 }
 
-void MacPasteboard::put(const QString& text, History history) {
+bool MacPasteboard::put(const QString& text, History history) {
     NSPasteboard* const board = NSPasteboard.generalPasteboard;
     [board clearContents];
-    [board setString:toNSString(text) forType:NSPasteboardTypeString];
+    const bool taken = [board setString:toNSString(text) forType:NSPasteboardTypeString];
     if (history == History::Omit) [board setString:@"" forType:concealedType];
     changeCount_ = board.changeCount;
+    return taken;
 }
 
 }  // namespace parlivo

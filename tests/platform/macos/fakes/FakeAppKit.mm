@@ -79,6 +79,7 @@ QStringList windowOf(quintptr view) {
 }
 - (BOOL)setString:(NSString*)string forType:(NSString*)dataType {
     mac::record(QStringLiteral("set «%1» as %2").arg(mac::textOf(string), mac::textOf(dataType)));
+    if (mac::world().refusesPasteboard) return NO;
     mac::world().pasteboard[mac::textOf(dataType)] = mac::textOf(string);
     return YES;
 }

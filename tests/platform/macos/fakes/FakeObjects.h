@@ -24,6 +24,7 @@ struct Rectangle {
 struct World {
     // NSPasteboard
     std::map<QString, QString> pasteboard;  ///< text by type
+    bool refusesPasteboard = false;         ///< whatever is to be put there
     long changeCount = 7;
 
     // NSUserDefaults: bool, qlonglong, double, QString or QDateTime
