@@ -161,6 +161,74 @@ TEST_F(PortalHotKeyTest, ANewPortalIsAskedAgain) {
     EXPECT_TRUE(waitFor([&] { return edges.startsWith(u'+'); }));
 }
 
+/// With the pauses between questions cut short.
+class LostPortalTest : public PortalHotKeyTest {
+  protected:
+    ~LostPortalTest() override { Clock::setScale(1); }
+    void SetUp() override {
+        start();
+        statusOf(VirtualKey::space);
+        follow();
+        told.clear();
+        Clock::setScale(0.02);
+        desktop.reset();
+    }
+    bool isTold(bool works) {
+        return waitFor([&] { return !told.empty() && told.back().has_value() != works; });
+    }
+};
+
+TEST_F(LostPortalTest, OneThatFailsAtFirstIsAskedUntilItGivesTheKey) {
+    desktop.emplace(ShortcutsPortal::Behaviour{.failures = 3});
+    EXPECT_TRUE(isTold(true));
+    EXPECT_EQ(desktop->questions(), 4);
+    desktop->tell("Activated");
+    EXPECT_TRUE(waitFor([&] { return edges.startsWith(u'+'); }));
+}
+
+TEST_F(LostPortalTest, OneThatAlwaysFailsIsAskedNoMoreUntilTheUserAsks) {
+    constexpr int most = 7;
+    desktop.emplace(ShortcutsPortal::Behaviour{.failures = most});
+    EXPECT_TRUE(waitFor([&] { return desktop->questions() == most; }));
+    EXPECT_TRUE(isTold(false));
+    letPass(1s);
+    EXPECT_EQ(desktop->questions(), most);
+    follow();
+    EXPECT_EQ(told.back(), std::nullopt);
+}
+
+TEST_F(LostPortalTest, AUserWhoSaysNoIsNotAskedAgain) {
+    desktop.emplace(ShortcutsPortal::Behaviour{.answer = Answer::Dismissed});
+    EXPECT_TRUE(isTold(false));
+    letPass(1s);
+    EXPECT_EQ(desktop->questions(), 1);
+}
+
+TEST_F(LostPortalTest, ThatItStaysAwayIsToldAndOneThatComesLateGivesTheKey) {
+    EXPECT_TRUE(isTold(false));
+    letPass(2s);
+    desktop.emplace(ShortcutsPortal::Behaviour{});
+    EXPECT_TRUE(isTold(true));
+}
+
+TEST_F(PortalHotKeyTest, APortalThatEndsWhileItIsAskedIsFollowedByTheNext) {
+    start({.hangs = true});
+    EXPECT_TRUE(waitFor([&] { return desktop->isAsked(); }));
+    desktop->wakeUp();
+    statusOf(VirtualKey::space);
+    follow();
+    desktop.reset();
+    told.clear();
+    desktop.emplace(ShortcutsPortal::Behaviour{.hangs = true});
+    EXPECT_TRUE(waitFor([&] { return desktop->isAsked(); }));
+    desktop.reset();
+    desktop.emplace(ShortcutsPortal::Behaviour{});
+    EXPECT_TRUE(waitFor([&] { return !told.empty() && !told.back(); }));
+    letPass(200ms);
+    EXPECT_EQ(told.back(), std::nullopt) << "the answer that never came counts no more";
+    EXPECT_EQ(desktop->questions(), 1);
+}
+
 TEST_F(PortalHotKeyTest, WhatTheDesktopHasItselfIsRefusedAndATrialAsksNothing) {
     start();
     EXPECT_EQ(statusOf(VirtualKey::space), EAGAIN);

@@ -121,7 +121,10 @@ class ShortcutsPortal::Object : public QDBusVirtualObject {
         bus_.send(response);
     }
     bool createSession(const QDBusMessage& request) {
-        session_ = QStringLiteral("%1/session/%2/one").arg(root, partOf(request));
+        const auto options = qdbus_cast<QVariantMap>(request.arguments().last());
+        session_ =
+            QStringLiteral("%1/session/%2/%3")
+                .arg(root, partOf(request), options.value(QStringLiteral("session_handle_token")).toString());
         respond(request, 0, {{QStringLiteral("session_handle"), session_}});
         return true;
     }
@@ -130,8 +133,8 @@ class ShortcutsPortal::Object : public QDBusVirtualObject {
         auto asked = qdbus_cast<QList<Shortcut>>(request.arguments().value(1).value<QDBusArgument>());
         id_ = asked.value(0).id;
         trigger_ = asked.value(0).details.value(QStringLiteral("preferred_trigger")).toString();
-        if (behaviour_.answer == Answer::Dismissed) {
-            respond(request, 1, {});
+        if (behaviour_.answer == Answer::Dismissed || behaviour_.failures-- > 0) {
+            respond(request, behaviour_.answer == Answer::Dismissed ? 1 : 2, {});
             return true;
         }
         for (Shortcut& shortcut : asked)

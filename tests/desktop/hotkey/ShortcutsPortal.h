@@ -26,6 +26,7 @@ class ShortcutsPortal {
         bool knowsProgram = true;  ///< by its desktop file
         unsigned version = 1;      ///< 0: has no hot keys
         bool hangs = false;        ///< answers nothing until `wakeUp`
+        int failures = 0;          ///< of the first questions, before it answers so
     };
 
     explicit ShortcutsPortal(Behaviour behaviour);

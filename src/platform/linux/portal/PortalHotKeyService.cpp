@@ -12,6 +12,7 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <utility>
@@ -40,6 +41,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, Shortcut& shortcu
 
 namespace {
 
+using namespace std::chrono_literals;
+
 const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString object = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString shortcutsInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
@@ -50,7 +53,12 @@ const QString shortcutId = QStringLiteral("dictate");
 const QString connectionName = QStringLiteral("portal");
 
 /// A portal that has to be started waits for others in a session that is just beginning.
-constexpr std::chrono::seconds answerTimeout{25};
+constexpr auto answerTimeout = 25s;
+/// The response's code when the user has said no.
+constexpr uint dismissed = 1;
+
+/// Before a lost key is asked for the next time. What stands behind a portal may start after it.
+constexpr std::array<std::chrono::milliseconds, 6> regainPauses{500ms, 1s, 4s, 8s, 16s, 32s};
 constexpr HotKeyRefusal notSetUp{EAGAIN, HotKeyRefusal::Reason::NotSetUp};
 
 QDBusMessage methodCall(const QString& path, const QString& interface, const QString& method,
@@ -74,6 +82,15 @@ QDBusMessage registration() {
                       QStringLiteral("Register"), {programId, QVariantMap()});
 }
 
+/// Starts it if it is there no more.
+QDBusMessage activation() {
+    auto message = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("StartServiceByName"));
+    message.setArguments({service, 0U});
+    return message;
+}
+
 /// The keys go with the session.
 class Registration : public HotKeyRegistration {};
 
@@ -89,9 +106,15 @@ PortalHotKeyService::PortalHotKeyService(PortalDesktop desktop, std::function<vo
     silence_.setSingleShot(true);
     silence_.setTimerType(Qt::PreciseTimer);
     connect(&silence_, &QTimer::timeout, this, [this] { releaseHold(); });
+    regaining_.setSingleShot(true);
+    connect(&regaining_, &QTimer::timeout, this, [this] { regain(); });
     auto* const watcher =
-        new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForRegistration, this);
-    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { portalRestarted(); });
+        new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString& former, const QString& present) {
+                if (!former.isEmpty()) portalEnded();
+                if (!present.isEmpty()) portalStarted();
+            });
     introduce();
 }
 
@@ -193,30 +216,46 @@ void PortalHotKeyService::request(const QString& method, const QVariantList& arg
                                   const char* slot) {
     const QString token = QStringLiteral("parlivo%1").arg(++requests_);
     const QString sender = bus_.baseService().mid(1).replace(QLatin1Char('.'), QLatin1Char('_'));
-    bus_.connect(service, QStringLiteral("%1/request/%2/%3").arg(object, sender, token),
-                 QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"), this, slot);
+    request_ = QStringLiteral("%1/request/%2/%3").arg(object, sender, token);
+    bus_.connect(service, request_, QStringLiteral("org.freedesktop.portal.Request"),
+                 QStringLiteral("Response"), this, slot);
     options.insert(QStringLiteral("handle_token"), token);
     auto* const watcher = new QDBusPendingCallWatcher(
         bus_.asyncCall(methodCall(object, shortcutsInterface, method, QVariantList(arguments) << options)),
         this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, sent = request_] {
         watcher->deleteLater();
-        if (watcher->isError()) fail();
+        if (watcher->isError() && sent == request_) fail();
     });
+}
+
+/// One to a portal that has ended since may fail when the next one has been asked already.
+bool PortalHotKeyService::isAnswer(const QDBusMessage& response) const {
+    return response.path() == request_;
 }
 
 void PortalHotKeyService::ask() {
     if (!std::exchange(isAsking_, true) && isReady_) openSession();
 }
 
+/// Another one each time: a session's keys can be bound once only.
 void PortalHotKeyService::openSession() {
-    if (!session_.isEmpty()) return bind();
+    closeSession();
     request(QStringLiteral("CreateSession"), {},
-            {{QStringLiteral("session_handle_token"), QStringLiteral("parlivo")}},
-            SLOT(created(uint, QVariantMap)));
+            {{QStringLiteral("session_handle_token"), QStringLiteral("parlivo%1").arg(requests_)}},
+            SLOT(created(uint, QVariantMap, QDBusMessage)));
 }
 
-void PortalHotKeyService::created(uint code, const QVariantMap& results) {
+void PortalHotKeyService::closeSession() {
+    if (session_.isEmpty()) return;
+    const QString interface = QStringLiteral("org.freedesktop.portal.Session");
+    bus_.disconnect(service, session_, interface, QStringLiteral("Closed"), this,
+                    SLOT(sessionClosed(QVariantMap)));
+    bus_.asyncCall(methodCall(std::exchange(session_, QString()), interface, QStringLiteral("Close"), {}));
+}
+
+void PortalHotKeyService::created(uint code, const QVariantMap& results, const QDBusMessage& response) {
+    if (!isAnswer(response)) return;
     session_ = code == 0 ? results.value(QStringLiteral("session_handle")).toString() : QString();
     if (session_.isEmpty()) return fail();
     bus_.connect(service, session_, QStringLiteral("org.freedesktop.portal.Session"),
@@ -232,11 +271,12 @@ void PortalHotKeyService::bind() {
     request(QStringLiteral("BindShortcuts"),
             {QVariant::fromValue(QDBusObjectPath(session_)),
              QVariant::fromValue(QList<Shortcut>{{shortcutId, details}}), QString()},
-            {}, SLOT(bound(uint, QVariantMap)));
+            {}, SLOT(bound(uint, QVariantMap, QDBusMessage)));
 }
 
 /// Not judged by the code: GNOME 48 gives 2 although it has bound the key.
-void PortalHotKeyService::bound(uint, const QVariantMap& results) {
+void PortalHotKeyService::bound(uint code, const QVariantMap& results, const QDBusMessage& response) {
+    if (!isAnswer(response)) return;
     const auto shortcuts =
         qdbus_cast<QList<Shortcut>>(results.value(QStringLiteral("shortcuts")).value<QDBusArgument>());
     for (const Shortcut& shortcut : shortcuts) {
@@ -245,8 +285,11 @@ void PortalHotKeyService::bound(uint, const QVariantMap& results) {
         isAsking_ = false;
         isBound_ = true;
         wasRefused_ = false;
+        regains_.reset();
+        regaining_.stop();
         return edges_.tell(std::nullopt);
     }
+    if (code == dismissed) regains_.reset();
     fail();
 }
 
@@ -255,6 +298,7 @@ void PortalHotKeyService::fail() {
     isAsking_ = false;
     isBound_ = false;
     edges_.tell(notSetUp);
+    if (regains_) regainLater();
 }
 
 void PortalHotKeyService::activated(const QDBusObjectPath& session, const QString& id, qulonglong,
@@ -284,16 +328,46 @@ void PortalHotKeyService::sessionClosed(const QVariantMap&) {
     if (isBound_) fail();
 }
 
-/// Another portal knows neither this program nor its session.
-void PortalHotKeyService::portalRestarted() {
-    if (!isReady_) return;  // it was started for the first question
-    const bool wasBound = isBound_;
+/// The hold, the session and the key end with it; what was asked is not answered any more.
+void PortalHotKeyService::portalEnded() {
+    if (!isReady_) return;
     releaseHold();
     session_.clear();
+    request_.clear();
+    const bool wantsKey = isBound_ || isAsking_ || regains_;
+    isThere_ = false;
     isAsking_ = false;
     isBound_ = false;
-    bus_.asyncCall(registration());
-    if (wasBound) ask();
+    if (!wantsKey) return;
+    regains_ = 0;
+    regainLater();
+}
+
+/// Another portal knows neither this program nor its session.
+void PortalHotKeyService::portalStarted() {
+    isThere_ = true;
+    if (!isReady_ || !regains_) return;  // it was started for the first question
+    regains_ = 0;
+    regain();
+}
+
+void PortalHotKeyService::regain() {
+    regaining_.stop();
+    if (isThere_) {
+        bus_.asyncCall(registration());
+        return ask();
+    }
+    // One that comes back soon need not be told of.
+    if (*regains_ == 2) edges_.tell(notSetUp);
+    bus_.asyncCall(activation());
+    regainLater();
+}
+
+void PortalHotKeyService::regainLater() {
+    const auto next = static_cast<std::size_t>(*regains_);
+    if (next == regainPauses.size()) return;  // until the next portal, or until the user asks
+    regains_ = *regains_ + 1;
+    regaining_.start(Clock::scaled(regainPauses.at(next)));
 }
 
 }  // namespace parlivo::portal

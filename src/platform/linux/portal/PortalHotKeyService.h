@@ -34,7 +34,8 @@ struct PortalDesktop {
 
 /// Hot keys by the desktop's portal (org.freedesktop.portal.GlobalShortcuts), which asks the user once, in a
 /// dialog of the desktop's. That is begun by the user, by a button; until then the hot key is refused as not
-/// set up. Which keys are in force is then the desktop's affair.
+/// set up. Which keys are in force is then the desktop's affair. A key that was lost with the portal is asked
+/// for anew when there is another one, for about a minute if that one refuses at first.
 ///
 /// https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.GlobalShortcuts.html
 class PortalHotKeyService : public QObject, public HotKeyService {
@@ -60,8 +61,8 @@ class PortalHotKeyService : public QObject, public HotKeyService {
     std::vector<SessionHint> hints();
 
   private Q_SLOTS:
-    void created(uint code, const QVariantMap& results);
-    void bound(uint code, const QVariantMap& results);
+    void created(uint code, const QVariantMap& results, const QDBusMessage& response);
+    void bound(uint code, const QVariantMap& results, const QDBusMessage& response);
     void activated(const QDBusObjectPath& session, const QString& id, qulonglong time,
                    const QVariantMap& options);
     void deactivated(const QDBusObjectPath& session, const QString& id, qulonglong time,
@@ -77,12 +78,18 @@ class PortalHotKeyService : public QObject, public HotKeyService {
     void becomeReady();
     /// Sends a request whose answer comes to the slot.
     void request(const QString& method, const QVariantList& arguments, QVariantMap options, const char* slot);
+    /// Whether this answers the request that was sent last.
+    bool isAnswer(const QDBusMessage& response) const;
     void ask();
     void openSession();
+    void closeSession();
     void bind();
     void fail();
     void releaseHold();
-    void portalRestarted();
+    void portalEnded();
+    void portalStarted();
+    void regain();
+    void regainLater();
 
     QDBusConnection bus_;
     const PortalDesktop desktop_;
@@ -90,15 +97,19 @@ class PortalHotKeyService : public QObject, public HotKeyService {
     HotKeyEdges edges_;
     ReleaseRule rule_;
     QTimer silence_;
+    QTimer regaining_;
     std::optional<HotKeyIdentity> identity_;
     QString wanted_;         // how the portal spells the chosen combination
     QString session_;        // the path of its object; empty without one
     QString keys_;           // what the desktop has bound, in its words
     bool isReady_ = false;   // knows this program, and has hot keys
+    bool isThere_ = true;    // as the bus says; of interest once it is ready
     bool isAsking_ = false;  // for the key, or will when it is ready
     bool isBound_ = false;
     bool wasRefused_ = false;
+    std::optional<int> regains_;  // how often a key that was lost with the portal was asked for since
     int requests_ = 0;
+    QString request_;  // the path of the last one's object
 };
 
 }  // namespace parlivo::portal
