@@ -186,15 +186,17 @@ class Studio {
         }
         save(sideBySide(states), QStringLiteral("states-") + nameOf(panel));
 
-        for (const char* line : {"icon mic none", "mic authorised", "trusted yes"})
-            indicators.perform(QString::fromLatin1(line));
+        for (const char* line : {"title Pronto — tieni premuto Alt+Spazio per dettare", "icon mic none",
+                                 "mic authorised", "trusted yes"})
+            indicators.perform(QString::fromUtf8(line));
         screen_.click(tray.icon()->center());
         require(waitFor([&] { return !indicators.perform(QStringLiteral("lines")).isEmpty(); }),
                 "no menu opens");
         const int last = indicators.perform(QStringLiteral("lines")).last().section(u' ', 1, 1).toInt();
         screen_.movePointer(QPoint(2, 790) * scale_);
         letPass(500ms);
-        const QRect area(screenSize.width() - 440, 0, 440, last + 30);
+        constexpr int width = 560;
+        const QRect area(screenSize.width() - width, 0, width, last + 30);
         save(picture(area), QStringLiteral("menu-") + nameOf(panel));
         for (const char* line :
              {"title ⚠️ Impossibile avviare la registrazione: Microfono non disponibile", "mic denied",
