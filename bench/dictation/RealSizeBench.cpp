@@ -4,7 +4,7 @@
 /// of the sizes that users have, and which share of it is the program's; beside it the same put together by
 /// hand.
 ///
-/// usage: real_size_bench BY-HAND ENGINES RECOGNISER CLEANER [ROUNDS]
+/// usage: real_size_bench BY-HAND ENGINES RECOGNISER CLEANER SECONDS [ROUNDS]
 
 #include "BenchMain.h"
 #include "Table.h"
@@ -29,7 +29,6 @@ namespace {
 using namespace std::chrono_literals;
 using namespace desktop;
 
-constexpr std::array lengths{3s, 10s, 30s};
 constexpr auto dictationLimit = 10min;
 
 /// What one way to dictate took, in seconds; the share in per cent.
@@ -80,7 +79,7 @@ void print(Table& table, const std::string& what, const Waits& ours, const Waits
     table.row(what + "share of the wait that is not the engines'", "%", ours.share, 1, byHand.share);
 }
 
-int run(const std::vector<QString>& arguments, int rounds) {
+int run(const std::vector<QString>& arguments, std::chrono::seconds sound, int rounds) {
     const QString engines = arguments.at(1);
     separateSpeakerFromMicrophone();
     home::settle();
@@ -98,29 +97,23 @@ int run(const std::vector<QString>& arguments, int rounds) {
          "/health",
          "/v1/chat/completions"});
     Bench bench(recogniser, cleaner);
-    Table table("From the key's release to the text, with models of real size", "by hand");
+    const std::string length = std::to_string(sound.count()) + " s of sound";
+    Table table("From the key's release to the text, " + length, "by hand");
     Program program(bundle.path());
     require(program.waitUntilUp(), "the program does not come up");
     WithParlivo parlivo(program);
     ByHand byHand(arguments.at(0), 7ms);
-    Waits first;
-    bench.dictate(parlivo, 1s, first);  // once for what is done once only
-    bench.dictate(byHand, 1s, first);
-    for (const auto length : lengths) {
-        Waits ours;
-        Waits theirs;
-        for (int round = 0; round < rounds; ++round) {
-            bench.dictate(parlivo, length, ours);
-            bench.dictate(byHand, length, theirs);
-        }
-        print(table, std::to_string(length.count()) + " s of sound: ", ours, theirs);
+    Waits ours;
+    Waits theirs;
+    for (int round = 0; round < rounds; ++round) {
+        bench.dictate(parlivo, sound, ours);
+        bench.dictate(byHand, sound, theirs);
     }
+    print(table, "recognised: ", ours, theirs);
     home::set(QStringLiteral("cleanupLevel"), QStringLiteral("medium"));
-    for (const auto length : lengths) {
-        Waits ours;
-        for (int round = 0; round < rounds; ++round) bench.dictate(parlivo, length, ours);
-        print(table, std::to_string(length.count()) + " s of sound, cleaned: ", ours, Waits());
-    }
+    Waits cleaned;
+    for (int round = 0; round < rounds; ++round) bench.dictate(parlivo, sound, cleaned);
+    print(table, "recognised and cleaned: ", cleaned, Waits());
     return table.status();
 }
 
@@ -130,12 +123,13 @@ int run(const std::vector<QString>& arguments, int rounds) {
 int main(int argc, char** argv) {
     using namespace parlivo::bench;
     return runBenchmark(argc, argv, [](std::span<char*> arguments) {
-        if (arguments.size() < 5) {
-            std::fputs("usage: real_size_bench BY-HAND ENGINES RECOGNISER CLEANER [ROUNDS]\n", stderr);
+        if (arguments.size() < 6) {
+            std::fputs("usage: real_size_bench BY-HAND ENGINES RECOGNISER CLEANER SECONDS [ROUNDS]\n",
+                       stderr);
             return 2;
         }
         std::vector<QString> words;
         for (char* word : arguments.subspan(1, 4)) words.push_back(QString::fromLocal8Bit(word));
-        return run(words, argument(arguments, 5, 3));
+        return run(words, std::chrono::seconds(argument(arguments, 5, 3)), argument(arguments, 6, 3));
     });
 }
