@@ -28,6 +28,8 @@ OwnHotKey::OwnHotKey(std::function<void()> adopted, QWidget* parent)
     column->addWidget(warning_);
     verdict_->setAlignment(Qt::AlignRight);
     warning_->setAlignment(Qt::AlignRight);
+    // The verdict on a former try says nothing of the next.
+    connect(button_, &QPushButton::clicked, this, [this] { sayInForce(); });
     connect(&HotKeyStatus::shared(), &HotKeyStatus::changed, this, [this] { refresh(); });
     refresh();
 }
@@ -37,10 +39,8 @@ void OwnHotKey::offer() {
 }
 
 void OwnHotKey::refresh() {
-    const Preset inForce = HotKeyChoice::current();
-    const bool isOwn = inForce.id == HotKeyChoice::ownId();
-    button_->setVisible(isOwn);
-    say(isOwn ? tr("La tua scorciatoia è %1").arg(inForce.label) : QString());
+    button_->setVisible(HotKeyChoice::current().id == HotKeyChoice::ownId());
+    sayInForce();
     const auto warning = HotKeyStatus::shared().warning();
     warning_->setText(warning.value_or(QString()));
     warning_->setVisible(warning.has_value());
@@ -62,6 +62,12 @@ void OwnHotKey::take(std::optional<KeyCode> key, HotKeyModifiers modifiers) {
             return say(
                 tr("%1 non si può usare: serve Ctrl, Alt o Super, oppure un tasto funzione").arg(title));
     }
+}
+
+void OwnHotKey::sayInForce() {
+    const Preset inForce = HotKeyChoice::current();
+    const bool isOwn = inForce.id == HotKeyChoice::ownId();
+    say(isOwn ? tr("La tua scorciatoia è %1").arg(inForce.label) : QString());
 }
 
 void OwnHotKey::say(const QString& verdict) {

@@ -31,6 +31,7 @@ class OwnHotKey : public QWidget {
 
   private:
     void take(std::optional<KeyCode> key, HotKeyModifiers modifiers);
+    void sayInForce();
     void say(const QString& verdict);
 
     const std::function<void()> adopted_;

@@ -258,6 +258,7 @@ class DictationTabTest(SettingsTest):
         self.press_own_key("shift+a")
         self.program.wait("Maiusc+A non si può usare: serve Ctrl, Alt o Super, oppure un tasto funzione")
         self.press_own_key("Escape")
+        self.assertNotIn("Maiusc+A", self.program.picture(), "the verdict on the try before")
         self.assertNotIn("hotkeyPreset", settings())
 
     def test_another_tier_stops_the_recogniser(self):
