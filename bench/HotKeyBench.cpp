@@ -94,13 +94,15 @@ class Holds {
         if (!std::holds_alternative<std::unique_ptr<HotKeyRegistration>>(result))
             return {.lostPresses = holds, .lostReleases = holds};
         QString expected;
+        // Some window managers draw frames with windows of this kind: KWin that of the receiver.
+        const int before = menus_.seen();
         for (int i = 0; i < holds; ++i) {
             hold(i);
             const QString& text = texts.at(static_cast<std::size_t>(i) % texts.size());
             type(text);
             expected += text;
         }
-        counts_.menus = menus_.seen();
+        counts_.menus = menus_.seen() - before;
         counts_.wholeText = receiver_.waitForText(expected, 10s);
         return counts_;
     }

@@ -52,7 +52,7 @@ void limitHeight(QMessageBox& box) {
     auto* area = new QScrollArea(&box);
     const std::unique_ptr<QLayoutItem> former(box.layout()->replaceWidget(text, area));
     constexpr int gap = 8;  // between the text and the scroll bar
-    text->setContentsMargins(0, 0, gap, 0);
+    text->setContentsMargins(text->contentsMargins() + QMargins(0, 0, gap, 0));
     area->setMinimumWidth(text->sizeHint().width() + area->verticalScrollBar()->sizeHint().width());
     area->setFixedHeight(limit);
     area->setFrameShape(QFrame::NoFrame);
