@@ -176,8 +176,8 @@ class Session:
     def alert(self, name, button, described=True):
         """Takes a picture of the alert with this button; `described` only without another window around it."""
         self.program.explained("the alert's button", lambda: self.program.find(button))
-        # Another window of the program may have the same title. What was active may just have gone.
-        number, title = wait_for("the alert's window", active_window)
+        # Another window of the program may have the same title; one of a former run may be about to go.
+        number, title = wait_for("the alert's window", lambda: active_window(self.program.process.pid))
         self.picture(name, title, number, described)
 
     def describe(self, path, corner):
@@ -197,13 +197,14 @@ class Session:
         path.write_text(json.dumps(controls))
 
 
-def active_window():
-    """(number, title), or None."""
-    answers = []
-    for question in (["getactivewindow"], ["getactivewindow", "getwindowname"]):
+def active_window(process):
+    """(number, title) if it is this process's."""
+    def ask(*question):
         run = subprocess.run(["xdotool", *question], capture_output=True, text=True, check=False)
-        answers.append(run.stdout.strip() if run.returncode == 0 else "")
-    return answers if all(answers) else None
+        return run.stdout.strip() if run.returncode == 0 else ""
+    number = ask("getactivewindow")
+    title = number and ask("getwindowname", number)
+    return (number, title) if title and ask("getwindowpid", number) == str(process) else None
 
 
 def extents(item):
