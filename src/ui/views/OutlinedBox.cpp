@@ -18,13 +18,16 @@ constexpr float outlineOpacity = 0.3F;
 
 }  // namespace
 
-void drawField(QWidget& canvas, const QPalette& surroundings, FieldFocus focus) {
+QColor outlineColour(const QPalette& surroundings) {
     QColor pale = secondaryColour(surroundings);
     pale.setAlphaF(pale.alphaF() * outlineOpacity);
     const QColor ground = surroundings.color(QPalette::Window);
-    const QColor outline = focus == FieldFocus::Here
-                               ? accentColour(surroundings)
-                               : legible(composited(pale, ground), ground, drawingContrast);
+    return legible(composited(pale, ground), ground, drawingContrast);
+}
+
+void drawField(QWidget& canvas, const QPalette& surroundings, FieldFocus focus) {
+    const QColor outline =
+        focus == FieldFocus::Here ? accentColour(surroundings) : outlineColour(surroundings);
     const qreal width = focus == FieldFocus::None ? 1 : focusWidth;
     QPainter painter(&canvas);
     painter.setRenderHint(QPainter::Antialiasing);
