@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Demo.h"
+#include "RealEngineTest.h"
 #include "engines/Cleaner.h"
 #include "engines/CleanupPrompt.h"
 #include "engines/JsonExchange.h"
 #include "engines/LlamaRunner.h"
 #include "models/ModelCatalog.h"
 #include "settings/Config.h"
-#include "support/PlatformTest.h"
 
 #include <QTemporaryDir>
 
@@ -16,7 +16,7 @@ namespace {
 using Settings::cleanupLevel;
 using Settings::cleanupTier;
 
-class CleanupTest : public PlatformTest {
+class CleanupTest : public RealEngineTest {
   protected:
     CleanupTest() {
         platform.bundle().resources = {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "Demo.h"
+#include "RealEngineTest.h"
 #include "engines/Transcriber.h"
 #include "settings/Config.h"
-#include "support/PlatformTest.h"
 
 #include <QTemporaryDir>
 
 namespace parlivo {
 namespace {
 
-class RecognitionTest : public PlatformTest {
+class RecognitionTest : public RealEngineTest {
   protected:
     RecognitionTest() {
         platform.bundle().resources = {
