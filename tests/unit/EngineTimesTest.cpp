@@ -31,7 +31,10 @@ class EngineTimesTest : public EngineTest {
     /// What is asked of the clock for so many questions whether a server is alive, and for the rest.
     static Waits waitsOf(int probes, std::initializer_list<std::chrono::milliseconds> rest) {
         Waits waits(rest);
-        for (int i = 0; i < probes; ++i) waits.insert(waits.end(), {1000ms, 1500ms});
+        for (int i = 0; i < probes; ++i) {
+            waits.push_back(1000ms);
+            waits.push_back(1500ms);
+        }
         return waits;
     }
 
