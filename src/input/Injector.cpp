@@ -134,6 +134,12 @@ bool isRead(Pasteboard& pasteboard, std::optional<int> before) {
     return pasteboard.timesRead() != before;
 }
 
+/// Puts the text there anew if it is gone: what kept it for us may have ended meanwhile.
+bool staysOn(Pasteboard& pasteboard, const QString& text) {
+    return pasteboard.texts().value(PasteboardPlace::Clipboard) == text ||
+           pasteboard.setText(text, Pasteboard::History::Keep);
+}
+
 /// A shortcut would come as late as the text, when the pasteboard holds something else again.
 Outcome leaveOnClipboard(const QString& rest) {
     Log::info(QStringLiteral("l'applicazione non prende il testo: il resto va negli appunti"));
@@ -199,7 +205,7 @@ Outcome paste(const QString& text) {
     if (posted != Posted::Yes || !isRead(pasteboard, readBefore)) {
         // Nothing was pasted: the text stays where the user can take it from.
         pendingRestore().callOff();
-        return Outcome::LeftOnClipboard;
+        return staysOn(pasteboard, text) ? Outcome::LeftOnClipboard : Outcome::Lost;
     }
     scheduleRestore(ticket);
     return Outcome::Delivered;

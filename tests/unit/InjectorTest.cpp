@@ -343,9 +343,22 @@ TEST_F(PasteTest, APasteboardThatTakesNothingGetsNoShortcutAndTheTextIsLost) {
     EXPECT_EQ(clipboard(), QStringLiteral("prima"));
 }
 
+TEST_F(PasteTest, ATextThatIsGoneFromThePasteboardIsPutThereAgain) {
+    platform.pasteboard().tellsReadings = true;
+    platform.keyboard().beforeStroke = [this] { platform.pasteboard().selectionTaken({}); };
+    EXPECT_EQ(Injector::paste(newText), Injector::Outcome::LeftOnClipboard);
+    EXPECT_EQ(clipboard(), newText);
+    platform.keyboard().beforeStroke = [this] {
+        platform.pasteboard().selectionTaken({});
+        platform.pasteboard().refuses = true;
+    };
+    EXPECT_EQ(Injector::paste(newText), Injector::Outcome::Lost);
+}
+
 TEST_F(PasteTest, APasteIsDeliveredWhenItIsRead) {
     platform.pasteboard().tellsReadings = true;
     platform.pasteboard().readings = 7;
+    Clock::setScale(5);  // the receiver may come to its turn late
     std::thread receiver([this] {
         while (platform.keyboard().strokes().isEmpty()) std::this_thread::yield();
         ++platform.pasteboard().readings;
