@@ -115,6 +115,12 @@ int boundKeys() {
     return inShell(QStringLiteral("Main.shellDBusService._grabbedAccelerators.size")).toInt();
 }
 
+bool isSecretOnClipboard() {
+    return inShell(QStringLiteral("global.display.get_selection().get_mimetypes("
+                                  "imports.gi.Meta.SelectionType.SELECTION_CLIPBOARD).join(' ')"))
+        .contains(QLatin1String("x-kde-passwordManagerHint"));
+}
+
 void endLastRemoteSession() {
     // Newer shells have a sign of its own for sessions that are no recordings.
     inShell(

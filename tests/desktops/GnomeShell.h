@@ -43,6 +43,9 @@ bool waitForShell();
 bool isServed(const QString& name);
 /// How many key combinations programs have been given by the shell.
 int boundKeys();
+/// Whether the clipboard holds a text that is marked as secret, as one has that is being pasted. Nobody is
+/// asked for it.
+bool isSecretOnClipboard();
 /// The user ends the session that was opened last, by the shell's own sign for it.
 void endLastRemoteSession();
 

@@ -3,6 +3,7 @@
 
 #include "desktop/wayland/Hands.h"
 #include "desktop/wayland/Sway.h"
+#include "support/Clock.h"
 #include "support/Error.h"
 #include "support/Uuid.h"
 
@@ -15,13 +16,21 @@ namespace parlivo::desktop {
 
 namespace {
 
+using namespace std::chrono_literals;
+
+constexpr auto tapInterval = 300ms;
+/// A browser on a busy machine takes long to show its first page.
+constexpr auto startLimit = 90s;
+
 QStringList commandOf(WaylandReceiver::Kind kind, const QString& title, const QString& file) {
     const QString folder = QStringLiteral(PARLIVO_RECEIVERS "/");
     switch (kind) {
         case WaylandReceiver::Kind::Foot:
             return {QStringLiteral("foot"), QStringLiteral("--title"), title,
                     QStringLiteral("--override=locked-title=yes"), QStringLiteral("sh"), QStringLiteral("-c"),
-                    // Raw: the file holds exactly the bytes that came.
+                    // Raw: the file holds exactly the bytes that came. Without an echo the cursor stands
+                    // still, and foot answers an input method only when that moves: it stands for all that do
+                    // not answer.
                     QStringLiteral("stty raw -echo && exec cat >\"$0\""), file};
         case WaylandReceiver::Kind::Gtk3:
             return {folder + QStringLiteral("receiver_gtk3"), title, file};
@@ -56,7 +65,7 @@ QStringList environment() {
 
 }  // namespace
 
-WaylandReceiver::WaylandReceiver(Kind kind)
+WaylandReceiver::WaylandReceiver(Kind kind, std::function<void()> tapShift)
     : title_(QStringLiteral("receiver-") + freshUuid()), file_(folder_.filePath(QStringLiteral("text"))) {
     process_.start(QStringLiteral("env"), environment() + commandOf(kind, title_, file_));
     // Only sway tells which window has the focus; elsewhere the toolkits make the file when they have it.
@@ -65,13 +74,22 @@ WaylandReceiver::WaylandReceiver(Kind kind)
     };
     const bool wantsKeys = kind == Kind::Chromium || kind == Kind::ChromiumText;
     std::optional<Hands> hands;
-    if (wantsKeys) hands.emplace();
+    if (wantsKeys && !tapShift) {
+        hands.emplace();
+        tapShift = [&hands] { hands->tap(KEY_LEFTSHIFT); };
+    }
+    // A browser that is just starting must not find its queue full of keys.
+    auto nextTap = Clock::now();
     const auto ready = [&] {
         const bool hasFocus = focused();
-        if (hasFocus && wantsKeys) hands->tap(KEY_LEFTSHIFT);
+        if (hasFocus && wantsKeys && Clock::now() >= nextTap) {
+            tapShift();
+            nextTap = Clock::now() + tapInterval;
+        }
         return hasFocus && QFile::exists(file_);
     };
-    if (!waitFor(ready)) fail(QStringLiteral("no focus: ") + QString::fromStdString(nameOf(kind)));
+    if (!waitFor(ready, startLimit))
+        fail(QStringLiteral("no focus: ") + QString::fromStdString(nameOf(kind)));
 }
 
 QString WaylandReceiver::text() const {

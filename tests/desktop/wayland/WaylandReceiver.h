@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 
 #include <csignal>
+#include <functional>
 #include <iosfwd>
 #include <string>
 
@@ -26,7 +27,9 @@ class WaylandReceiver {
         ChromiumText,  ///< told to take text from an input method
     };
 
-    explicit WaylandReceiver(Kind kind);
+    /// `tapShift` presses and releases Shift, which a browser has to hear first; without it that is done by a
+    /// keyboard of the compositor's protocols.
+    explicit WaylandReceiver(Kind kind, std::function<void()> tapShift = {});
     WaylandReceiver(const WaylandReceiver&) = delete;
     WaylandReceiver& operator=(const WaylandReceiver&) = delete;
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/wayland/Hands.h"
+#include "desktop/wayland/Measured.h"
 #include "desktop/wayland/Sway.h"
 #include "desktop/wayland/WaylandReceiver.h"
 #include "input/Injector.h"
@@ -60,7 +61,7 @@ class WaylandTypingTest : public PlatformTest {
     /// Whether the focused window takes text without keys; a new window says so a moment after it has the
     /// focus.
     bool takesText() {
-        return waitFor([this] { return keyboard_->makeSource({}) != nullptr; }, 3s);
+        return waitFor([this] { return keyboard_->makeSource({}) != nullptr; });
     }
 
     Hands hands_;
@@ -78,6 +79,7 @@ TEST_P(EveryTextField, TakesTenThousandCharactersInTheLargestPieces) {
     const WaylandReceiver receiver(GetParam());
     ASSERT_TRUE(takesText());
     const QString text = mixed(10'000);
+    const auto begin = Clock::now();
     pipeline_.run([&] {
         const auto source = keyboard_->makeSource(text);
         qsizetype posted = 0;
@@ -98,6 +100,7 @@ TEST_P(EveryTextField, TakesTenThousandCharactersInTheLargestPieces) {
         EXPECT_EQ(posted, text.size());
     });
     EXPECT_TRUE(receiver.waitForText(text)) << qPrintable(receiver.text());
+    tellMeasured(GetParam(), "input method, largest pieces", 10'000, Clock::now() - begin);
     EXPECT_EQ(sway::clipboard(), QByteArray()) << "pasted, not typed";
 }
 
@@ -105,9 +108,12 @@ TEST_P(EveryTextField, TakesEachCharacterAtThePace) {
     const WaylandReceiver receiver(GetParam());
     ASSERT_TRUE(takesText());
     const QString text = mixed(500);
+    const auto begin = Clock::now();
     EXPECT_EQ(type(text), Injector::Outcome::Delivered);
+    const auto taken = Clock::now() - begin;
     EXPECT_TRUE(receiver.waitForText(text)) << qPrintable(receiver.text());
     EXPECT_EQ(sway::clipboard(), QByteArray()) << "pasted, not typed";
+    tellMeasured(GetParam(), "input method, fast", 500, taken);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, EveryTextField,
@@ -119,8 +125,10 @@ TEST_P(EveryWaylandReceiver, PastesTenThousandCharacters) {
     sway::copy("evidenziato", {QStringLiteral("--primary")});
     const WaylandReceiver receiver(GetParam());
     const QString text = mixed(10'000);
+    const auto begin = Clock::now();
     EXPECT_EQ(paste(text), Injector::Outcome::Delivered);
     EXPECT_TRUE(receiver.waitForText(text)) << qPrintable(receiver.text());
+    tellMeasured(GetParam(), "paste", 10'000, Clock::now() - begin);
     EXPECT_TRUE(waitFor([] { return sway::clipboard() == "prima"; })) << sway::clipboard().constData();
     EXPECT_TRUE(waitFor([] { return sway::clipboard({QStringLiteral("--primary")}) == "evidenziato"; }));
 }

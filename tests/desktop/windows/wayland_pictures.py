@@ -4,7 +4,8 @@
 
 usage: wayland_pictures.py PARLIVO FILE
 
-Run by tools/screenshots in a session of sway, and in one of labwc where that is installed.
+Run by tools/screenshots in a session of sway, of KWin, and of labwc where that is installed. KWin shows its
+screen on the X server; the others are asked for it.
 """
 import os
 import pathlib
@@ -18,6 +19,8 @@ import windows  # noqa: E402 (takes the program from the command line)
 
 TEXT = "Cara Anna,\n\nil treno arriva alle dieci e un quarto: ci vediamo al binario, come l'altra volta.\n"
 WIDTH = 960  # of the picture, in pixels
+X_SERVER = os.environ["DISPLAY"]
+IS_KDE = "wayland-kwin" in os.environ["WAYLAND_DISPLAY"]
 
 
 def enter_session():
@@ -28,7 +31,9 @@ def enter_session():
 
 
 def screen():
-    return subprocess.run(["grim", "-t", "png", "-"], check=True, capture_output=True).stdout
+    kde = ["import", "-display", X_SERVER, "-window", "root", "-strip", "-define", "png:exclude-chunks=date", "png:-"]
+    command = kde if IS_KDE else ["grim", "-t", "png", "-"]
+    return subprocess.run(command, check=True, capture_output=True).stdout
 
 
 def rest(seconds=20):
@@ -41,10 +46,10 @@ def rest(seconds=20):
 
 
 def arrange():
-    """sway tiles; the settings look as they are on a floating window."""
+    """sway tiles; the settings look as they are on a floating window. Gives back what shows the background."""
     if "SWAYSOCK" in os.environ:
         subprocess.run(["swaymsg", "-q", "for_window", "[app_id=it.parlivo.Parlivo]", "floating enable"], check=True)
-        subprocess.run(["swaymsg", "-q", "output * bg #3b5b6d solid_color"], check=False)
+    return subprocess.Popen(["swaybg", "-c", "#3b5b6d"], stderr=subprocess.DEVNULL)
 
 
 def start_editor():
@@ -56,7 +61,7 @@ def start_editor():
 
 def main():
     enter_session()
-    arrange()
+    background = arrange()
     windows.store({"onboardingDone": True, "cleanupLevel": "none"})
     model = pathlib.Path(os.environ["HOME"], "Projects/Parlivo/models/ggml-large-v3-turbo-q8_0.bin")
     model.parent.mkdir(parents=True)
@@ -72,13 +77,14 @@ def main():
         windows.wait_for("the recording", lambda: windows.state() == "recording")
         time.sleep(2)  # for the card to swing
         picture = screen()
-        subprocess.run(["convert", "png:-", "-resize", f"{WIDTH}x", "-strip", "-colors", "64", f"png8:{FILE}"],
+        subprocess.run(["convert", "png:-", "-resize", f"{WIDTH}x", "-strip", "+dither", "-colors", "64", f"png8:{FILE}"],
                        input=picture, check=True)  # fmt: skip
         print(FILE)
     finally:
         parlivo.terminate()
         parlivo.wait()
         editor.kill()
+        background.kill()
 
 
 main()
