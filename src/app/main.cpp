@@ -10,6 +10,7 @@
 #include "support/MainQueue.h"
 #include "support/Worker.h"
 #include "ui/views/AppIcon.h"
+#include "ui/views/ScrollAreas.h"
 #include "ui/views/Signs.h"
 #include "ui/views/Translation.h"
 
@@ -151,6 +152,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool w
     QApplication::setWindowIcon(appIcon());
     installTranslation();
     installSigns();
+    makeScrollAreasSafe();
     return application;
 }
 
