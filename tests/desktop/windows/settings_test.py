@@ -9,6 +9,7 @@ Needs a desktop of its own with sound (tests/support/desktop) in a world of its 
 import os
 import pathlib
 import shutil
+import subprocess
 
 import windows
 from windows import (MODELS, Web, WindowsTest, data_folder, key, models_folder, processes_named, provide_models,
@@ -216,6 +217,13 @@ class DictationTabTest(SettingsTest):
         self.assertEqual(len(offered), 2, "the sink's monitor is no microphone")
         self.pick("Microfono", offered[1], "microphone", "microfono")
         self.pick("Microfono", offered[0], "microphone", "")
+
+    def test_the_list_of_microphones_opens_none(self):
+        """Desktops show a sign while one is in use. The virtual microphone is a stream of the server's own."""
+        self.program.explained("the microphones", lambda: windows.options(self.program.picker("Microfono"))[1:])
+        streams = subprocess.run(["pactl", "list", "short", "source-outputs"],
+                                 check=True, capture_output=True, text=True)
+        self.assertNotIn("protocol-native", streams.stdout)
 
     def test_another_hot_key_counts_at_once(self):
         self.pick("Scorciatoia", "Ctrl+Alt+Spazio", "hotkeyPreset", "ctrl-opt-space")
