@@ -24,8 +24,9 @@ EngineRelay::EngineRelay(const Setup& setup)
     engine_.start(setup.program,
                   setup.arguments + QStringList{QStringLiteral("--host"), QStringLiteral("127.0.0.1"),
                                                 QStringLiteral("--port"), QString::number(setup.port + 10)});
-    const QUrl probe(url_ + QString::fromLatin1(setup.probe));
-    const auto answers = [&] { return Http::exchange({.url = probe}).status == 200; };
+    HttpRequest probe;
+    probe.url = QUrl(url_ + QString::fromLatin1(setup.probe));
+    const auto answers = [&] { return Http::exchange(probe).status == 200; };
     require(desktop::waitFor(answers, engineLimit), "an engine does not come up");
     relay_.on(setup.probe, StubReply::json({}));
     relay_.on(setup.path, [this](const StubServer::Request& request) { return pass(request); });
@@ -45,11 +46,13 @@ std::vector<EngineRelay::Exchange> EngineRelay::since(SteadyClock::time_point be
 }
 
 StubReply EngineRelay::pass(const StubServer::Request& request) {
-    const HttpReply reply = Http::exchange({.url = QUrl(url_ + QString::fromLatin1(request.path)),
-                                            .method = request.method,
-                                            .headers = {{"Content-Type", request.header("Content-Type")}},
-                                            .body = request.body,
-                                            .timeout = engineLimit});
+    HttpRequest passedOn;
+    passedOn.url = QUrl(url_ + QString::fromLatin1(request.path));
+    passedOn.method = request.method;
+    passedOn.headers = {{"Content-Type", request.header("Content-Type")}};
+    passedOn.body = request.body;
+    passedOn.timeout = engineLimit;
+    const HttpReply reply = Http::exchange(passedOn);
     const std::lock_guard lock(mutex_);
     exchanges_.push_back({request.arrived, SteadyClock::now()});
     return StubReply::body(reply.body, reply.status == 0 ? 502 : reply.status);
