@@ -152,7 +152,7 @@ std::size_t printInputMethod(qsizetype characters) {
     const QString text = textOf(characters);
     const Seconds due = 3'500us * characters;
     std::size_t errors = 0;
-    for (const auto kind : {Kind::Foot, Kind::Gtk3, Kind::Gtk4, Kind::ChromiumText}) {
+    for (const auto kind : {Kind::EchoingFoot, Kind::Foot, Kind::Gtk3, Kind::Gtk4, Kind::ChromiumText}) {
         Result ours;
         {
             Typist typist;
@@ -217,8 +217,8 @@ int run(qsizetype characters, int starts) {
     std::puts(
         "\nThe pace is \"fast\", 3.5 ms a character; wtype gets 4 ms. A paste's time includes the 50 ms until every "
         "program sees the new clipboard, and up to 50 ms until the receiver tells what it holds. foot answers an "
-        "input method only when its cursor moves, which it does not in this window: here each piece waits for a "
-        "second, and carries as much more.");
+        "input method only when its cursor moves. In EchoingFoot it does, as in a shell; in Foot nothing is echoed, so "
+        "that each piece waits for a second, and carries as much more.");
     return errors == 0 ? status : 1;
 }
 

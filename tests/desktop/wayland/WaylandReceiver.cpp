@@ -22,16 +22,27 @@ constexpr auto tapInterval = 300ms;
 /// A browser on a busy machine takes long to show its first page.
 constexpr auto startLimit = 90s;
 
+/// A terminal that puts down exactly the bytes that come.
+QStringList footWith(const QString& settings, const QString& title, const QString& file) {
+    return {QStringLiteral("foot"),
+            QStringLiteral("--title"),
+            title,
+            QStringLiteral("--override=locked-title=yes"),
+            QStringLiteral("sh"),
+            QStringLiteral("-c"),
+            QStringLiteral("stty raw %1 && exec cat >\"$0\"").arg(settings),
+            file};
+}
+
 QStringList commandOf(WaylandReceiver::Kind kind, const QString& title, const QString& file) {
     const QString folder = QStringLiteral(PARLIVO_RECEIVERS "/");
     switch (kind) {
         case WaylandReceiver::Kind::Foot:
-            return {QStringLiteral("foot"), QStringLiteral("--title"), title,
-                    QStringLiteral("--override=locked-title=yes"), QStringLiteral("sh"), QStringLiteral("-c"),
-                    // Raw: the file holds exactly the bytes that came. Without an echo the cursor stands
-                    // still, and foot answers an input method only when that moves: it stands for all that do
-                    // not answer.
-                    QStringLiteral("stty raw -echo && exec cat >\"$0\""), file};
+            // Its cursor stands still, and foot answers an input method only when that moves: it stands for
+            // all that do not answer.
+            return footWith(QStringLiteral("-echo"), title, file);
+        case WaylandReceiver::Kind::EchoingFoot:
+            return footWith(QStringLiteral("echo"), title, file);
         case WaylandReceiver::Kind::Gtk3:
             return {folder + QStringLiteral("receiver_gtk3"), title, file};
         case WaylandReceiver::Kind::Gtk4:
@@ -115,6 +126,8 @@ std::string nameOf(WaylandReceiver::Kind kind) {
     switch (kind) {
         case WaylandReceiver::Kind::Foot:
             return "Foot";
+        case WaylandReceiver::Kind::EchoingFoot:
+            return "EchoingFoot";
         case WaylandReceiver::Kind::Gtk3:
             return "Gtk3";
         case WaylandReceiver::Kind::Gtk4:

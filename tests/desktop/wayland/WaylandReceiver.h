@@ -19,7 +19,8 @@ namespace parlivo::desktop {
 class WaylandReceiver {
   public:
     enum class Kind {
-        Foot,
+        Foot,         ///< without an echo: its cursor stands still
+        EchoingFoot,  ///< as a shell leaves it
         Gtk3,
         Gtk4,
         Qt,
