@@ -2,6 +2,7 @@
 #include "desktop/dictation/ProgramTest.h"
 
 #include "desktop/indicators/Screen.h"
+#include "platform/linux/x11/NoOpKey.h"
 
 #include <QJsonObject>
 
@@ -15,8 +16,10 @@ namespace {
 
 constexpr quint16 recogniserPort = 8765;
 constexpr std::chrono::milliseconds longEnough{400};
-/// Fingers do not leave two keys in the same moment.
+/// Fingers do not leave two keys in the same moment, and this is how long they may take; a program that is
+/// busy with other things has time to prevent the modifier from opening a menu.
 constexpr std::chrono::milliseconds betweenFingers{30};
+constexpr std::chrono::milliseconds slowestFingers{500};
 
 /// Whether the card that floats over the windows during a recording is on the screen.
 bool isCardShown() {
@@ -46,8 +49,13 @@ void ProgramTest::press(const Chord& chord) {
 }
 
 void ProgramTest::release(const Chord& chord) {
-    for (const auto key : std::views::reverse(chord)) {
-        keyboard_.release(key);
+    const bool held = std::ranges::all_of(chord, [this](auto key) { return keyboard_.isDown(key); });
+    keys_.forget();
+    keyboard_.release(chord.back());
+    letPass(betweenFingers);
+    if (held) keys_.waitFor(x11::noOpKey, slowestFingers - betweenFingers);
+    for (const auto modifier : chord | std::views::reverse | std::views::drop(1)) {
+        keyboard_.release(modifier);
         letPass(betweenFingers);
     }
 }

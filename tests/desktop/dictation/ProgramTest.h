@@ -5,6 +5,7 @@
 #include "desktop/dictation/Home.h"
 #include "desktop/dictation/Program.h"
 #include "desktop/dictation/Sound.h"
+#include "support/KeyWatch.h"
 #include "support/Keyboard.h"
 #include "support/Receiver.h"
 #include "support/StubServer.h"
@@ -66,6 +67,7 @@ class ProgramTest : public testing::Test {
     static const demo::Phrase& phrase(const QString& id);
 
     Keyboard keyboard_;
+    KeyWatch keys_;
 };
 
 }  // namespace parlivo::desktop

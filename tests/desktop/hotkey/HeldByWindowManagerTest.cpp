@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/hotkey/HotKeyFixture.h"
 #include "desktop/hotkey/OtherClient.h"
+#include "platform/linux/x11/NoOpKey.h"
+#include "support/KeyWatch.h"
+#include "support/Receiver.h"
 
 namespace parlivo::desktop {
 namespace {
@@ -60,6 +63,19 @@ TEST_F(HeldByWindowManagerTest, AModifierThatComesUpFirstDoesNotStayDownForOther
         EXPECT_TRUE(waitFor([&] { return !keyboard.isDown(Key::leftAlt); }));
         EXPECT_FALSE(keyboard.isDown(Key::space));
     }
+}
+
+TEST_F(HeldByWindowManagerTest, FingersThatLeaveBothKeysAtOnceOpenNoMenu) {
+    const Receiver receiver(Receiver::Kind::Qt);
+    take("opt-space");
+    KeyWatch watch;
+    hold();
+    EXPECT_TRUE(watch.waitFor(x11::noOpKey, defaultTimeout)) << "not before the release";
+    keyboard.release(Key::space);
+    keyboard.release(Key::leftAlt);
+    keyboard.tap(Key::a);
+    EXPECT_TRUE(receiver.waitForText(QStringLiteral("a"))) << receiver.text().toStdString();
+    EXPECT_TRUE(edges(1, 1)) << seen();
 }
 
 TEST_F(HeldByWindowManagerTest, AHeldKeyGivesOnePressAndOneRelease) {

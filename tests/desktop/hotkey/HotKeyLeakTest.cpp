@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/hotkey/HotKeyFixture.h"
-#include "desktop/hotkey/OtherClient.h"
 #include "platform/linux/x11/NoOpKey.h"
+#include "support/KeyWatch.h"
 #include "support/Receiver.h"
 
 namespace parlivo::desktop {
@@ -55,8 +55,9 @@ TEST_P(HotKeyLeakTest, ATapOpensNoMenu) {
     keyboard.press(Key::leftAlt);
     keyboard.press(Key::space);
     ASSERT_TRUE(edges(1, 0)) << seen();
+    KeyWatch watch;
     keyboard.release(Key::space);
-    letPass(30ms);
+    EXPECT_TRUE(watch.waitFor(x11::noOpKey, defaultTimeout));
     keyboard.release(Key::leftAlt);
     expectOnlyWhatIsTypedNow(receiver);
 }
@@ -64,8 +65,7 @@ TEST_P(HotKeyLeakTest, ATapOpensNoMenu) {
 TEST_P(HotKeyLeakTest, ATapOpensNoMenuWhileTheProgramIsBusyWithIt) {
     const Receiver receiver(GetParam());
     take("opt-space");
-    OtherClient other;
-    other.watchKeys();
+    KeyWatch watch;
     bool shown = false;
     handler.reset();
     handler = service.installHandler(
@@ -73,7 +73,7 @@ TEST_P(HotKeyLeakTest, ATapOpensNoMenuWhileTheProgramIsBusyWithIt) {
             // As a fast user does while a microphone is being opened.
             ++presses;
             keyboard.release(Key::space);
-            shown = other.waitForKey(x11::noOpKey);
+            shown = watch.waitFor(x11::noOpKey, defaultTimeout);
             keyboard.release(Key::leftAlt);
         },
         [&] { ++releases; }, {});

@@ -2,14 +2,11 @@
 #include "desktop/hotkey/OtherClient.h"
 
 #include "platform/linux/x11/XcbQueries.h"
-#include "support/Waiting.h"
 #include "support/XServer.h"
 
 #include <xcb/xinput.h>
 
 #include <algorithm>
-#include <chrono>
-#include <thread>
 #include <vector>
 
 namespace parlivo::desktop {
@@ -109,32 +106,6 @@ bool OtherClient::moveModifier(xcb_keycode_t key, std::size_t modifier) {
     const auto cookie = xcb_set_modifier_mapping(c, map->keycodes_per_modifier, table.data());
     const auto reply = owned(xcb_set_modifier_mapping_reply(c, cookie, nullptr));
     return reply && reply->status == XCB_MAPPING_STATUS_SUCCESS;
-}
-
-void OtherClient::watchKeys() {
-    auto* const c = connection_.get();
-    owned(xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 2), nullptr));
-    const struct {
-        xcb_input_event_mask_t head{XCB_INPUT_DEVICE_ALL_MASTER, 1};
-        std::uint32_t mask = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS;
-    } selection;
-    xcb_input_xi_select_events(c, root(), 1, &selection.head);
-    sync();
-}
-
-bool OtherClient::waitForKey(xcb_keycode_t key) {
-    const auto end = std::chrono::steady_clock::now() + defaultTimeout;
-    while (std::chrono::steady_clock::now() < end) {
-        const x11::EventHandle event(xcb_poll_for_event(connection_.get()));
-        if (!event) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            continue;
-        }
-        if (event->response_type != XCB_GE_GENERIC) continue;
-        const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(*event);
-        if (raw.event_type == XCB_INPUT_RAW_KEY_PRESS && raw.detail == key) return true;
-    }
-    return false;
 }
 
 void OtherClient::setKeyboardsEnabled(bool enabled) {

@@ -35,12 +35,6 @@ class OtherClient {
     /// refuses.
     bool moveModifier(xcb_keycode_t key, std::size_t modifier);
 
-    /// Records every key press from now on, whichever program receives it.
-    void watchKeys();
-    /// Waits until that has been this key; nothing else happens on this thread meanwhile. False if that
-    /// does not happen in time.
-    bool waitForKey(xcb_keycode_t key);
-
     /// Takes all keyboards from the display, as when they are unplugged, or gives them back.
     void setKeyboardsEnabled(bool enabled);
 

@@ -65,8 +65,6 @@ class Soak : public ProgramTest {
     void start(const QString& bundle) {
         // Who has given an opinion is not asked for one in the middle.
         home::set(QStringLiteral("feedbackGiven"), true);
-        // On a busy machine even fingers that take their time may be faster than what keeps menus shut.
-        qputenv("RECEIVER_WITHOUT_MENU", "yes");
         program_ = std::make_unique<Program>(bundle);
         receiver_ = std::make_unique<Receiver>(Receiver::Kind::Qt);
         ASSERT_TRUE(program_->waitUntilUp());

@@ -71,7 +71,6 @@ const std::vector<Storm::Action>& Storm::actions() {
 }
 
 Storm::Storm() {
-    qputenv("RECEIVER_WITHOUT_MENU", "yes");
     home::settle(
         {{QStringLiteral("cleanupTier"), QStringLiteral("light")}, {QStringLiteral("feedbackGiven"), true}});
     engines_.setTranscript(word);

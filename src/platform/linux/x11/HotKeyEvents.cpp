@@ -65,9 +65,20 @@ std::function<void()> HotKeyEvents::jobFor(const std::shared_ptr<const xcb_gener
 
 /// While the hot key is still held under a core grab, the other key comes back here and does nothing.
 void HotKeyEvents::keepMenusShut(const GrabbedKey& key) {
-    if (key.edge != GrabbedKey::Edge::Release) return;
-    if (key.key == noOpKey || (key.keyboard == 0 && (key.state & menuModifiers) == 0)) return;
-    if (noOpKeyAvailable(connection_)) tapNoOpKey(connection_);
+    if (key.key == noOpKey) return;
+    if (key.edge == GrabbedKey::Edge::Press) {
+        if (!held_) beginHold(key);
+        return;
+    }
+    if (held_ && held_->key == key.key) held_.reset();
+    // A single keyboard's state lacks what others hold, and keys of its own have not been shown.
+    if (canShowKey_ && (key.keyboard != 0 || (key.state & menuModifiers) != 0)) tapNoOpKey(connection_);
+}
+
+void HotKeyEvents::beginHold(const GrabbedKey& key) {
+    held_ = key;
+    canShowKey_ = noOpKeyAvailable(connection_);
+    if (canShowKey_ && key.keyboard != 0) tapNoOpKey(connection_);
 }
 
 }  // namespace parlivo::x11

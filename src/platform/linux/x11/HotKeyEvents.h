@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <thread>
 
 namespace parlivo::x11 {
@@ -17,9 +18,10 @@ namespace parlivo::x11 {
 /// thread.
 ///
 /// The focused window sees the modifiers go down, but not the key. Many applications open a menu when Alt or
-/// Super is pressed and released alone, and what is typed next would go there. So when the key comes up
-/// before the modifier, they are shown another key, which has no meaning (NoOpKey.h). That cannot wait for
-/// the main thread, which may be opening or closing the microphone.
+/// Super is pressed and released alone, and what is typed next would go there. So before the modifier comes
+/// up they are shown another key, which has no meaning (NoOpKey.h): at the press where the grab is of a
+/// single keyboard, which lets the keys of others through, else when the key comes up. That cannot wait for
+/// the main thread, which may be opening or closing the microphone, nor for one round trip.
 class HotKeyEvents {
   public:
     struct Handlers {
@@ -43,11 +45,15 @@ class HotKeyEvents {
     void read();
     std::function<void()> jobFor(const std::shared_ptr<const xcb_generic_event_t>& event) const;
     void keepMenusShut(const GrabbedKey& key);
+    void beginHold(const GrabbedKey& key);
 
     xcb_connection_t* connection_;
     const xcb_window_t window_;  ///< invisible, the address of echoes
     const Handlers handlers_;
-    CutOffKeyboard cutOff_;  ///< in the thread
+    // In the thread:
+    CutOffKeyboard cutOff_;
+    std::optional<GrabbedKey> held_;
+    bool canShowKey_ = false;  ///< during this hold
     const Lifetime lifetime_;
     std::thread thread_;
 };
