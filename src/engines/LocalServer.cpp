@@ -23,8 +23,23 @@ class Texts {
 constexpr std::chrono::milliseconds probeTimeout{1000};
 constexpr std::chrono::milliseconds probeLimit{1500};
 constexpr std::chrono::minutes longestLoad{5};
+/// From the moment at which a crashing server's connections break.
+constexpr std::chrono::seconds longestCrash{3};
 /// Not scaled: the step before a request, which comes right after another one's answer, takes what it takes.
 constexpr std::chrono::milliseconds freshness{200};
+
+/// As by a server that crashes.
+bool isCutOff(const HttpReply& reply) {
+    return !reply.complete() && !reply.timedOut;
+}
+
+/// What is left of a stated time that began at `start`; 0 if nothing is.
+std::chrono::milliseconds remaining(std::chrono::milliseconds stated, Clock::TimePoint start) {
+    const std::chrono::duration<double> passed = Clock::now() - start;
+    const std::chrono::duration<double> whole = Clock::scaled(stated);
+    if (passed >= whole) return {};
+    return std::chrono::duration_cast<std::chrono::milliseconds>(stated * (1 - passed / whole));
+}
 
 }  // namespace
 
@@ -51,14 +66,18 @@ void LocalServer::noteAlive() {
     started_->seen = Clock::now();
 }
 
+/// The server that is to answer, if it is ours.
+std::shared_ptr<ChildProcess> LocalServer::noteRequest() {
+    const std::lock_guard lock(mutex_);
+    if (!started_) return nullptr;
+    started_->seen.reset();  // the request may be its end
+    started_->hasReplied = false;
+    return started_->process;
+}
+
 void LocalServer::noteReply() {
     const std::lock_guard lock(mutex_);
     if (started_) started_->hasReplied = true;
-}
-
-void LocalServer::forgetSight() {
-    const std::lock_guard lock(mutex_);
-    if (started_) started_->seen.reset();
 }
 
 bool LocalServer::isAlive() {
@@ -166,13 +185,39 @@ bool LocalServer::startWithoutGraphics(const std::shared_ptr<ChildProcess>& ende
     return true;
 }
 
-std::optional<QJsonObject> LocalServer::ask(const HttpRequest& request) {
-    forgetSight();  // the request may be its end
-    const HttpReply reply = JsonExchange::send(request);
+bool LocalServer::mayUseGraphics(const std::shared_ptr<ChildProcess>& process) const {
+    const std::lock_guard lock(mutex_);
+    return started_ && started_->process == process && started_->graphics == Graphics::Allowed;
+}
+
+/// The reply of a server without graphics; nullopt if graphics had no part in what happened to the request,
+/// or no such server comes up in the time that is left.
+std::optional<HttpReply> LocalServer::askWithoutGraphics(HttpRequest request, Clock::TimePoint sent,
+                                                         const std::shared_ptr<ChildProcess>& asked) {
+    if (!asked || !mayUseGraphics(asked) || !asked->waitForExit(longestCrash) || Clock::interrupted()) {
+        return std::nullopt;
+    }
+    if (!startWithoutGraphics(asked)) return std::nullopt;
+    const auto limit = request.limit.value_or(request.timeout);
+    if (!waitUntilAlive(remaining(limit, sent))) return std::nullopt;
+    request.limit = remaining(limit, sent);
+    const auto askedNow = noteRequest();
+    HttpReply reply = JsonExchange::send(std::move(request));
+    // The next start judges what was to blame, and must not find a server that is still on its way out.
+    if (isCutOff(reply) && askedNow) askedNow->waitForExit(longestCrash);
+    return reply;
+}
+
+std::optional<QJsonObject> LocalServer::ask(HttpRequest request) {
+    const auto sent = Clock::now();
+    const auto asked = noteRequest();
+    HttpReply reply = JsonExchange::send(request);
+    if (isCutOff(reply)) {
+        if (auto other = askWithoutGraphics(std::move(request), sent, asked)) reply = std::move(*other);
+    }
     if (reply.timedOut) terminate();
-    auto object = JsonExchange::object(reply);
-    if (object) noteReply();
-    return object;
+    if (reply.complete()) noteReply();
+    return JsonExchange::object(reply);
 }
 
 bool LocalServer::isLoading(const QString& model) const {

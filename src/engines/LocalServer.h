@@ -55,13 +55,17 @@ class LocalServer {
     /// absolute path. Throws Error with the reason when it cannot be started or lacks a file.
     ///
     /// An engine that brings a file for graphics processors depends on drivers, which may be broken. If it
-    /// ended by itself before its first reply, or took too long to load, it gets none from its next start on
-    /// and the log says so. If that does not help, the drivers were not the reason, and it gets them again.
+    /// ended by itself before its first reply or during a request, or took too long to load, it gets none
+    /// from its next start on and the log says so. If that does not help, the drivers were not the reason,
+    /// and it gets them again.
     void start(ChildProcess::Program program, const QString& model);
 
     /// Sends a request and reads the reply, one JSON object; nullopt if it is anything else. A server of ours
     /// that gives no reply in time is ended, so that its next use starts a fresh one.
-    std::optional<QJsonObject> ask(const HttpRequest& request);
+    ///
+    /// If it may have used a graphics processor and ends by itself instead of answering, it is started again
+    /// without and sent the request once more. Both together take no longer than the request may take.
+    std::optional<QJsonObject> ask(HttpRequest request);
 
     /// Whether a server started by us, running or not, has not been given up since.
     bool isStarted() const;
@@ -82,8 +86,8 @@ class LocalServer {
     bool answers() const;
     bool wasJustSeen() const;
     void noteAlive();
+    std::shared_ptr<ChildProcess> noteRequest();
     void noteReply();
-    void forgetSight();
     bool waitForFormer();
     std::shared_ptr<ChildProcess> process() const;
     void forgetStarted();
@@ -91,6 +95,9 @@ class LocalServer {
     Graphics graphicsFor(ChildProcess::Program& program) const;
     void launch(ChildProcess::Program program, const QString& model, int terminations);
     bool startWithoutGraphics(const std::shared_ptr<ChildProcess>& ended);
+    bool mayUseGraphics(const std::shared_ptr<ChildProcess>& process) const;
+    std::optional<HttpReply> askWithoutGraphics(HttpRequest request, Clock::TimePoint sent,
+                                                const std::shared_ptr<ChildProcess>& asked);
 
     struct Started {
         std::shared_ptr<ChildProcess> process;
@@ -99,7 +106,7 @@ class LocalServer {
         QString model;
         Clock::Deadline loadLimit;
         bool wasAlive = false;
-        bool hasReplied = false;
+        bool hasReplied = false;                 ///< to its last request
         std::optional<Clock::TimePoint> seen{};  ///< alive, and not asked for anything since
     };
 

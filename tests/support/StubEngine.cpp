@@ -7,7 +7,7 @@
 //   "killedAtStart" be ended at once by a signal, as a crash would
 //   "loading"      milliseconds until it serves; before, port 8765 refuses and port 8766 answers 503
 //   "text"         what it answers to a request; read afresh for each
-//   "onRequest"    "answer" (the default), "never" or "die"
+//   "onRequest"    "answer" (the default), "never", "hangUp" or "die"; read afresh for each
 //   "lingering"    milliseconds that it goes on serving when asked to end
 //   "deaf"         it takes no notice of being asked
 //   "withGraphics" another such object, which holds where it is given a file for graphics processors
@@ -76,11 +76,12 @@ QJsonObject chatReply(const QJsonValue& text) {
     return {{QStringLiteral("choices"), QJsonArray{QJsonObject{{QStringLiteral("message"), message}}}}};
 }
 
-StubReply replyTo(const QString& model, const QJsonObject& behaviour, const QJsonObject& answer) {
+StubReply replyTo(const QString& model, const QJsonObject& answer) {
     if (!QFile(model + QStringLiteral(".asked")).open(QIODevice::WriteOnly)) _exit(1);
-    const QString onRequest = behaviour.value(QLatin1String("onRequest")).toString();
+    const QString onRequest = readBehaviour(model).value(QLatin1String("onRequest")).toString();
     if (onRequest == QLatin1String("die")) _exit(1);
     if (onRequest == QLatin1String("never")) return StubReply::of(StubReply::Manner::Never);
+    if (onRequest == QLatin1String("hangUp")) return StubReply::of(StubReply::Manner::CloseAtOnce);
     return StubReply::json(answer);
 }
 
@@ -88,7 +89,7 @@ milliseconds duration(const QJsonObject& behaviour, QLatin1String key) {
     return milliseconds(behaviour.value(key).toInt());
 }
 
-std::map<QByteArray, StubServer::Script> paths(const QString& model, const QJsonObject& behaviour,
+std::map<QByteArray, StubServer::Script> paths(const QString& model,
                                                std::chrono::steady_clock::time_point ready) {
     using Request = StubServer::Request;
     const auto text = [model] { return readBehaviour(model).value(QLatin1String("text")); };
@@ -100,15 +101,14 @@ std::map<QByteArray, StubServer::Script> paths(const QString& model, const QJson
          }},
         {"/inference",
          [=](const Request&) {
-             return replyTo(model, behaviour, {{QStringLiteral("text"), text()}});
+             return replyTo(model, {{QStringLiteral("text"), text()}});
          }},
         {"/health",
          [=](const Request&) {
              const bool loaded = std::chrono::steady_clock::now() >= ready;
              return StubReply::json({}, loaded ? 200 : 503);
          }},
-        {"/v1/chat/completions",
-         [=](const Request&) { return replyTo(model, behaviour, chatReply(text())); }},
+        {"/v1/chat/completions", [=](const Request&) { return replyTo(model, chatReply(text())); }},
     };
 }
 
@@ -135,8 +135,7 @@ int main(int argc, char** argv) {
     const auto ready = std::chrono::steady_clock::now() + loading;
     if (port == 8765) std::this_thread::sleep_for(loading);
     std::optional<StubServer> server;
-    if (!behaviour.value(QLatin1String("idle")).toBool())
-        server.emplace(port, paths(model, behaviour, ready));
+    if (!behaviour.value(QLatin1String("idle")).toBool()) server.emplace(port, paths(model, ready));
 
     int signal = 0;
     do {
