@@ -3,6 +3,7 @@
 
 #include "ui/views/AppIcon.h"
 #include "ui/views/Labels.h"
+#include "ui/views/ScrollBars.h"
 #include "ui/views/Windows.h"
 
 #include <QApplication>
@@ -50,6 +51,7 @@ void limitHeight(QMessageBox& box) {
     const int limit = box.screen()->availableSize().height() / 2;
     if (!text || text->sizeHint().height() <= limit) return;
     auto* area = new QScrollArea(&box);
+    useSlimScrollBar(*area);
     const std::unique_ptr<QLayoutItem> former(box.layout()->replaceWidget(text, area));
     constexpr int gap = 8;  // between the text and the scroll bar
     text->setContentsMargins(text->contentsMargins() + QMargins(0, 0, gap, 0));

@@ -2,6 +2,7 @@
 #include "ui/views/Form.h"
 
 #include "ui/views/RowLook.h"
+#include "ui/views/ScrollBars.h"
 
 #include <QEvent>
 #include <QFrame>
@@ -41,6 +42,7 @@ FormPage::FormPage(QWidget* parent) : QScrollArea(parent) {
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFocusPolicy(Qt::NoFocus);
+    useSlimScrollBar(*this);
     setWidget(new QWidget);
     // The page shows what lies behind it, which on some styles is not the window's colour.
     viewport()->setAutoFillBackground(false);

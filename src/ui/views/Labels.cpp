@@ -16,6 +16,7 @@ namespace {
 
 constexpr int darkLightness = 128;  // of 255
 constexpr float secondaryOpacity = 0.78F;
+constexpr float outlineOpacity = 0.3F;  // of a secondary text's
 constexpr float placeholderOpacity = 0.8F;
 constexpr float disabledOpacity = 0.75F;
 
@@ -97,6 +98,13 @@ QColor starColour(const QPalette& palette) {
 QColor accentColour(const QPalette& palette) {
     return legible(palette.color(QPalette::Active, QPalette::Highlight), palette.color(QPalette::Window),
                    drawingContrast);
+}
+
+QColor outlineColour(const QPalette& surroundings) {
+    QColor pale = secondaryColour(surroundings);
+    pale.setAlphaF(pale.alphaF() * outlineOpacity);
+    const QColor ground = surroundings.color(QPalette::Window);
+    return legible(composited(pale, ground), ground, drawingContrast);
 }
 
 QString withoutMnemonic(QString label) {

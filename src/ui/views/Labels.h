@@ -30,6 +30,8 @@ QColor successColour(const QPalette& palette);
 QColor starColour(const QPalette& palette);
 /// The desktop's accent colour, for what is chosen and for what has the keyboard.
 QColor accentColour(const QPalette& palette);
+/// Of the outline of what lies in these surroundings, as pale as may be.
+QColor outlineColour(const QPalette& surroundings);
 bool isDark(const QPalette& palette);
 
 /// A label as it is read out: without the ampersand before the letter that Alt reaches it by.

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "ui/views/OutlinedBox.h"
 
-#include "ui/views/Contrast.h"
 #include "ui/views/Labels.h"
+#include "ui/views/ScrollBars.h"
 
+#include <QAbstractScrollArea>
 #include <QEvent>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -14,16 +15,8 @@ namespace {
 
 constexpr double cornerRadius = 6;
 constexpr qreal focusWidth = 1.6;
-constexpr float outlineOpacity = 0.3F;
 
 }  // namespace
-
-QColor outlineColour(const QPalette& surroundings) {
-    QColor pale = secondaryColour(surroundings);
-    pale.setAlphaF(pale.alphaF() * outlineOpacity);
-    const QColor ground = surroundings.color(QPalette::Window);
-    return legible(composited(pale, ground), ground, drawingContrast);
-}
 
 void drawField(QWidget& canvas, const QPalette& surroundings, FieldFocus focus) {
     const QColor outline =
@@ -46,6 +39,7 @@ OutlinedBox::OutlinedBox(QWidget* parent) : QWidget(parent) {
 void OutlinedBox::fill(QWidget* content) {
     layout()->addWidget(content);
     content->installEventFilter(this);
+    if (auto* area = qobject_cast<QAbstractScrollArea*>(content)) useSlimScrollBar(*area);
 }
 
 bool OutlinedBox::eventFilter(QObject* watched, QEvent* event) {

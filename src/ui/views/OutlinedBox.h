@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QColor>
 #include <QWidget>
 
 namespace parlivo {
-
-/// Of what lies in these surroundings, as pale as may be.
-QColor outlineColour(const QPalette& surroundings);
 
 /// The ground and the rounded outline of whatever takes text; `surroundings` is where it lies. The outline is
 /// stronger while the field has the keyboard.

@@ -2,7 +2,6 @@
 #include "ui/views/Progress.h"
 
 #include "ui/views/Labels.h"
-#include "ui/views/OutlinedBox.h"
 
 #include <QCoreApplication>
 #include <QPainter>

@@ -185,13 +185,15 @@ class Session:
         controls = []
         scale = self.look.scale
         for item in self.program.everything():
-            if item.get_role_name() not in windows.CONTROLS | {"label", "progress bar"} or not item.get_name():
+            role = item.get_role_name()
+            named = role in windows.CONTROLS | {"label", "progress bar"} and item.get_name()
+            if not named and role != "scroll bar":
                 continue
             place = extents(item)
             if is_cut_off(item, place):
                 continue
             enabled = windows.has(item, Atspi.StateType.ENABLED)
-            controls.append({"role": item.get_role_name(), "name": item.get_name(), "state": "" if enabled else "disabled ",
+            controls.append({"role": role, "name": item.get_name(), "state": "" if enabled else "disabled ",
                              "area": [place.x * scale - corner[0], place.y * scale - corner[1], place.width * scale,
                                       place.height * scale]})
         path.write_text(json.dumps(controls))
