@@ -136,12 +136,13 @@ TEST_F(EngineGraphicsTest, AnEngineThatHangsUpButLivesIsNotAskedAgain) {
 
 TEST_F(EngineGraphicsTest, AnEngineThatIsEndedDuringARequestIsNotStartedAgain) {
     install({{QStringLiteral("onRequest"), QStringLiteral("never")}});
-    std::jthread user([this] {
+    std::thread user([this] {
         const QString asked = folder.filePath(QStringLiteral("ggml-model.bin.asked"));
         EXPECT_TRUE(eventually([&asked] { return QFile::exists(asked); }));
         Transcriber::stopServer();
     });
     EXPECT_EQ(transcription(), QStringLiteral("error 4"));
+    user.join();
     EXPECT_EQ(starts().size(), 1U);
     EXPECT_EQ(logged(), QStringList());
 }
