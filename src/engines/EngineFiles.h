@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "models/ModelCatalog.h"
+
 #include <QMap>
 #include <QString>
 
@@ -14,6 +16,11 @@ namespace parlivo {
 /// the next best, but without any of them the engine ends when it loads its model, and its reason goes to the
 /// null device. Engines that were built for one processor are one file, and pass. Any thread.
 void checkEngineFiles(const QString& program);
+
+/// Why the engine's files do not let it run: one of them is missing or was cut off, as by a full disk.
+/// nullopt if none is, as far as their lengths tell. For an engine that did not come up: the system's loader
+/// ends it without a word. Any thread.
+std::optional<ModelCatalog::Fault> engineFault(const QString& program);
 
 /// The file with which the engine computes on a graphics processor, an absolute path; nullopt if the package
 /// that has it is not installed. Any thread.

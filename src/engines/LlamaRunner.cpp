@@ -2,6 +2,7 @@
 #include "engines/LlamaRunner.h"
 
 #include "engines/EngineAddress.h"
+#include "engines/EngineFiles.h"
 #include "engines/EngineReplies.h"
 #include "engines/JsonExchange.h"
 #include "engines/LocalServer.h"
@@ -51,6 +52,12 @@ HttpRequest chat(const QString& prompt) {
     return request;
 }
 
+/// What is wrong with the files of a server that does not come up.
+void logFaults() {
+    if (const auto fault = ModelCatalog::faultOf(Config::chosenCleaner())) Log::info(fault->detail);
+    if (const auto fault = engineFault(Config::llamaServerBinary())) Log::info(fault->detail);
+}
+
 }  // namespace
 
 void ensureServer() {
@@ -69,7 +76,7 @@ std::optional<QString> clean(const QString& prompt) {
     ensureServer();
     if (!server().isStarted()) return std::nullopt;
     if (!server().waitUntilAlive(startLimit)) {
-        if (const auto fault = ModelCatalog::faultOf(Config::chosenCleaner())) Log::info(fault->detail);
+        logFaults();
         return std::nullopt;
     }
     const auto reply = server().ask(chat(prompt));

@@ -2,6 +2,7 @@
 #include "engines/Transcriber.h"
 
 #include "engines/EngineAddress.h"
+#include "engines/EngineFiles.h"
 #include "engines/EngineReplies.h"
 #include "engines/LocalServer.h"
 #include "models/ModelCatalog.h"
@@ -101,11 +102,12 @@ QByteArray enclose(const QByteArray& head, const QString& path, const QByteArray
     return body += tail;
 }
 
-/// Names the model where that is the reason.
+/// Names the model or the engine's file where that is the reason.
 [[noreturn]] void failToRespond() {
-    const auto fault = QFileInfo(Config::recogniserInUse()).isFile()
-                           ? std::nullopt
-                           : ModelCatalog::faultOf(Config::chosenRecogniser());
+    auto fault = QFileInfo(Config::recogniserInUse()).isFile()
+                     ? std::nullopt
+                     : ModelCatalog::faultOf(Config::chosenRecogniser());
+    if (!fault) fault = engineFault(Config::whisperServer());
     if (fault) Log::info(fault->detail);
     throw Error(ErrorCode::WhisperNotResponding,
                 fault ? fault->message : Texts::tr("whisper-server non risponde"));
