@@ -28,15 +28,16 @@ bool lacksProcessorLibraries(const QDir& folder) {
 }
 
 /// Whether the file is shorter than it was made: its table of sections, which linkers put at its end, is not
-/// all there. Offsets as in the ELF header of 64 bits (System V ABI, chapter 4). What is no ELF file at all
-/// is taken for whole, unless it should be a library.
+/// all there. Offsets as in the ELF header of 64 bits (System V ABI, chapter 4). What has another form, such
+/// as a script or another system's library, is taken for whole.
 bool isCutOff(const QFileInfo& info) {
     constexpr qsizetype headerSize = 64;
     QFile file(info.filePath());
     if (!file.open(QIODevice::ReadOnly)) return false;
     const QByteArray header = file.read(headerSize);
-    if (!header.startsWith("\177ELF")) return info.fileName().contains(QLatin1String(".so"));
-    if (header.size() < headerSize) return true;
+    const bool isElf = header.startsWith("\177ELF");
+    if (header.size() < headerSize) return isElf || info.fileName().contains(QLatin1String(".so"));
+    if (!isElf) return false;
     const auto table = qFromLittleEndian<quint64>(header.constData() + 40);
     const auto entrySize = qFromLittleEndian<quint16>(header.constData() + 58);
     const auto entries = qFromLittleEndian<quint16>(header.constData() + 60);

@@ -95,6 +95,12 @@ TEST_F(EngineFilesTest, NoDamageIsLookedForInAnEngineThatComesUp) {
     EXPECT_EQ(logged(), QStringList());
 }
 
+TEST_F(EngineFilesTest, ALibraryOfAnotherFormIsNotBlamed) {
+    writeFile(QStringLiteral("engine/libother.so"), QByteArray(100, '.'));
+    EXPECT_EQ(transcription(), QStringLiteral("error 3"));
+    EXPECT_EQ(message, QStringLiteral("whisper-server non risponde"));
+}
+
 TEST_F(EngineFilesTest, AWrapperOfTheEngineIsNoDamagedEngine) {
     writeFile(QStringLiteral("wrapper"), "#!/bin/sh\nexit 1\n");
     const QString wrapper = folder.filePath(QStringLiteral("wrapper"));
