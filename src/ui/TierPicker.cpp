@@ -47,10 +47,10 @@ TierPicker::TierPicker(const QString& title, std::vector<ModelCatalog::Entry> ti
         rows_.push_back(row);
     }
     standInLine_ = new Label({}, TextStyle::Caption, secondaryColour, this);
-    standInLine_->setContentsMargins(RowLook::textLeft, 0, RowLook::margin, RowLook::padding);
+    standInLine_->setContentsMargins(RowLook::textLeft(), 0, RowLook::margin, RowLook::padding);
     column->addWidget(standInLine_);
     errorLine_ = new Label({}, TextStyle::Caption, errorColour, this);
-    errorLine_->setContentsMargins(RowLook::textLeft, 0, RowLook::margin, RowLook::padding);
+    errorLine_->setContentsMargins(RowLook::textLeft(), 0, RowLook::margin, RowLook::padding);
     column->addWidget(errorLine_);
     refresh();
 }

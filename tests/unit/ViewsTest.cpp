@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "support/WindowTest.h"
 #include "ui/settings/DictionaryTab.h"
+#include "ui/views/ChoiceRow.h"
 #include "ui/views/Contrast.h"
 #include "ui/views/Controls.h"
 #include "ui/views/Labels.h"
 #include "ui/views/OutlinedBox.h"
+#include "ui/views/RowLook.h"
+#include "ui/views/SymbolView.h"
 #include "ui/views/Windows.h"
 
 #include <QApplication>
@@ -168,6 +171,43 @@ TEST_F(ViewsTest, ACheckBoxShowsItsStateInEveryTheme) {
         EXPECT_GE(bestContrast(window, box), 3);
         EXPECT_NE(window.grab().toImage().copy(box), off);
     }
+}
+
+TEST_F(ViewsTest, BoxesAndCirclesGrowWithTheLetters) {
+    QFont font = QApplication::font();
+    const auto sides = [&font](int letters) {
+        font.setPixelSize(letters);
+        const DesktopFont desktop(font);
+        const Toggle toggle(u"Suoni"_s, {.get = [] { return true; }, .set = [](bool) {}});
+        const ChoiceRow choice(u"Uno"_s, {}, {});
+        const int circle = choice.findChild<SymbolView*>()->width();
+        EXPECT_EQ(circle, RowLook::indicator()) << "as large as a box, so that both stand in one column";
+        EXPECT_GE(toggle.sizeHint().height(), circle + 2 * RowLook::padding);
+        EXPECT_EQ(RowLook::textLeft() - circle, RowLook::margin + RowLook::gap);
+        return circle;
+    };
+    EXPECT_EQ(sides(12), 16) << "9 points";
+    EXPECT_EQ(sides(13), 16) << "10 points";
+    EXPECT_EQ(sides(19), 22) << "14 points";
+    EXPECT_EQ(sides(27), 32) << "20 points";
+}
+
+TEST_F(ViewsTest, ALargeBoxIsFilledToItsEdgesAndLeavesTheWordsFree) {
+    QFont font = QApplication::font();
+    font.setPixelSize(32);
+    const DesktopFont desktop(font);
+    QWidget window;
+    Toggle toggle(QString(), {.get = [] { return true; }, .set = [](bool) {}}, &window);
+    toggle.resize(RowLook::textLeft() + 50, toggle.sizeHint().height());
+    window.resize(toggle.size());
+    window.show();
+    const QImage picture = window.grab().toImage();
+    const QColor ground = window.palette().color(QPalette::Window);
+    const int middle = toggle.height() / 2;
+    EXPECT_GE(contrast(picture.pixelColor(RowLook::margin + 3, middle), ground), 3);
+    EXPECT_GE(contrast(picture.pixelColor(RowLook::margin + RowLook::indicator() - 4, middle), ground), 3);
+    for (int x = RowLook::margin + RowLook::indicator(); x < toggle.width(); ++x)
+        ASSERT_EQ(picture.pixelColor(x, middle), ground) << x;
 }
 
 TEST_F(ViewsTest, AGroupStoresAChoiceOnceAndShowsWhatIsStored) {

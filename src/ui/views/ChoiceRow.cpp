@@ -14,12 +14,6 @@ namespace parlivo {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr int circleSize = RowLook::indicator;
-
-}  // namespace
-
 void giveTabFocusToChecked(const QWidget& group) {
     const auto buttons = group.findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly);
     const bool chosen = std::ranges::any_of(buttons, &QRadioButton::isChecked);
@@ -44,7 +38,7 @@ ChoiceRow::ChoiceRow(const QString& label, const QString& detail, Colours colour
     if (!detail.isEmpty())
         words->addWidget(new Label(detail, TextStyle::Caption, std::move(colours.detail), this));
     for (QWidget* part : findChildren<QLabel*>()) part->setAttribute(Qt::WA_TransparentForMouseEvents);
-    circle_ = new SymbolView(u"circle"_s, circleSize, circleColour_, this);
+    circle_ = new SymbolView(u"circle"_s, RowLook::indicator(), circleColour_, this);
     line_->setContentsMargins(RowLook::margin, RowLook::padding, RowLook::margin, RowLook::padding);
     line_->setSpacing(RowLook::gap);
     line_->addWidget(circle_);

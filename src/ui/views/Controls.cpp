@@ -57,38 +57,46 @@ void Toggle::showEvent(QShowEvent* event) {
 
 QSize Toggle::sizeHint() const {
     const QSize words = fontMetrics().size(Qt::TextShowMnemonic, text());
-    return {RowLook::textLeft + words.width() + RowLook::margin,
-            std::max(words.height(), RowLook::indicator) + 2 * RowLook::padding};
+    return {RowLook::textLeft() + words.width() + RowLook::margin,
+            std::max(words.height(), RowLook::indicator()) + 2 * RowLook::padding};
 }
 
 bool Toggle::hitButton(const QPoint& position) const {
     return rect().contains(position);
 }
 
-void Toggle::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    RowLook::drawBackground(painter, *this);
+/// In units of a sixteenth of its side.
+void Toggle::drawBox(QPainter& painter) const {
     const QColor ink = isChecked() ? accentColour(palette()) : primaryColour(palette());
-    const QRectF box(RowLook::margin, (height() - RowLook::indicator) / 2.0, RowLook::indicator,
-                     RowLook::indicator);
+    constexpr double units = 16;
+    constexpr double inset = 1.25;
+    constexpr double side = units - 2 * inset;
     constexpr double pen = 1.5;
     constexpr double corner = 3.5;
+    painter.save();
+    painter.translate(RowLook::margin, (height() - RowLook::indicator()) / 2.0);
+    painter.scale(RowLook::indicator() / units, RowLook::indicator() / units);
     painter.setPen(QPen(ink, pen));
     painter.setBrush(isChecked() ? QBrush(ink) : QBrush(Qt::NoBrush));
-    painter.drawRoundedRect(box.adjusted(1.25, 1.25, -1.25, -1.25), corner, corner);
+    painter.drawRoundedRect(QRectF(inset, inset, side, side), corner, corner);
     if (isChecked()) {
         painter.setPen(
             QPen(palette().color(QPalette::Window), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         constexpr std::array corners{QPointF(4.5, 8.4), QPointF(7, 10.9), QPointF(11.6, 5.6)};
-        painter.translate(box.topLeft());
         painter.drawPolyline(corners.data(), static_cast<int>(corners.size()));
-        painter.translate(-box.topLeft());
     }
+    painter.restore();
+}
+
+void Toggle::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    RowLook::drawBackground(painter, *this);
+    drawBox(painter);
     const bool underlined = style()->styleHint(QStyle::SH_UnderlineShortcut, nullptr, this) != 0;
     const int mnemonic = underlined ? Qt::TextShowMnemonic : Qt::TextHideMnemonic;
     painter.setPen(primaryColour(palette()));
-    painter.drawText(rect().adjusted(RowLook::textLeft, 0, 0, 0), Qt::AlignVCenter | mnemonic, text());
+    painter.drawText(rect().adjusted(RowLook::textLeft(), 0, 0, 0), Qt::AlignVCenter | mnemonic, text());
 }
 
 RadioGroup::RadioGroup(const QString& name, const std::vector<Option>& options, Binding<QString> value,

@@ -39,6 +39,8 @@ class Toggle : public QCheckBox {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    void drawBox(QPainter& painter) const;
+
     Binding<bool> value_;
     bool refreshing_ = false;
 };

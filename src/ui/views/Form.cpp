@@ -102,7 +102,7 @@ Label& Form::text(const QString& text) {
 
 Label& Form::caption(const QString& text, Under under) {
     auto& label = add(new Label(text, TextStyle::Caption, secondaryColour, &host_));
-    const int left = under == Under::Words ? RowLook::textLeft : RowLook::margin;
+    const int left = under == Under::Words ? RowLook::textLeft() : RowLook::margin;
     label.setContentsMargins(left, 0, RowLook::margin, rhythm / 2);
     return label;
 }

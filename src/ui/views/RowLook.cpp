@@ -4,7 +4,11 @@
 #include "ui/views/Labels.h"
 
 #include <QAbstractButton>
+#include <QApplication>
+#include <QFontInfo>
 #include <QPainter>
+
+#include <algorithm>
 
 namespace parlivo {
 
@@ -14,6 +18,16 @@ constexpr float hoverOpacity = 0.06F;
 constexpr double cornerRadius = 6;
 
 }  // namespace
+
+int RowLook::indicator() {
+    constexpr int least = 16;
+    constexpr double lettersShare = 0.6;  // of the half of it, so that it is even and its middle is sharp
+    return std::max(least, 2 * qRound(QFontInfo(QApplication::font()).pixelSize() * lettersShare));
+}
+
+int RowLook::textLeft() {
+    return margin + indicator() + gap;
+}
 
 void RowLook::drawBackground(QPainter& painter, const QAbstractButton& row) {
     if (row.underMouse() || row.isDown()) {
