@@ -21,6 +21,14 @@ bool isModifier(int key) {
         case Qt::Key_Meta:
         case Qt::Key_Super_L:
         case Qt::Key_Super_R:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool isLock(int key) {
+    switch (key) {
         case Qt::Key_CapsLock:
         case Qt::Key_NumLock:
         case Qt::Key_ScrollLock:
@@ -63,6 +71,8 @@ KeyCaptureButton::~KeyCaptureButton() {
 
 void KeyCaptureButton::start() {
     capturing_ = true;
+    onlyModifiers_ = false;
+    modifiers_ = 0;
     setText(tr("Premi ora la combinazione (Esc annulla)"));
     setFocus();
     // Also from the window manager, which would take combinations of its own before us.
@@ -75,7 +85,10 @@ void KeyCaptureButton::stop() {
 }
 
 bool KeyCaptureButton::event(QEvent* event) {
-    if (!capturing_) return QPushButton::event(event);
+    if (!capturing_) {
+        noteKey(*event);
+        return QPushButton::event(event);
+    }
     switch (event->type()) {
         case QEvent::ShortcutOverride:
             event->accept();
@@ -84,22 +97,54 @@ bool KeyCaptureButton::event(QEvent* event) {
             keyPressed(static_cast<const QKeyEvent&>(*event));
             return true;
         case QEvent::KeyRelease:
+            keyReleased(static_cast<const QKeyEvent&>(*event));
             return true;
         default:
             return QPushButton::event(event);
     }
 }
 
+/// The key that presses the button is let go during the capture.
+void KeyCaptureButton::noteKey(const QEvent& event) {
+    if (event.type() == QEvent::Shortcut) keyIsDown_ = true;
+    if (event.type() != QEvent::KeyPress && event.type() != QEvent::KeyRelease) return;
+    const auto& key = static_cast<const QKeyEvent&>(event);
+    if (!key.isAutoRepeat() && !isModifier(key.key())) keyIsDown_ = event.type() == QEvent::KeyPress;
+}
+
 void KeyCaptureButton::keyPressed(const QKeyEvent& event) {
-    if (event.isAutoRepeat() || isModifier(event.key())) return;
+    if (event.isAutoRepeat()) return;
+    onlyModifiers_ = isModifier(event.key());
     const HotKeyModifiers modifiers = modifiersOf(event.modifiers());
+    if (onlyModifiers_) {
+        modifiers_ = modifiers;
+        return;
+    }
     stop();
     if (event.key() == Qt::Key_Escape && modifiers == 0) return;
-    captured_(Platform::current().hotKeys().keyCodeOf(event.nativeScanCode()), modifiers);
+    KeyCapture capture{.modifiers = modifiers};
+    if (!isLock(event.key())) capture.key = Platform::current().hotKeys().keyCodeOf(event.nativeScanCode());
+    captured_(capture);
+}
+
+void KeyCaptureButton::keyReleased(const QKeyEvent& event) {
+    using Outcome = KeyCapture::Outcome;
+    if (event.isAutoRepeat()) return;
+    if (isModifier(event.key())) {
+        if (std::exchange(onlyModifiers_, false)) captured_({.outcome = Outcome::Modifiers});
+        return;
+    }
+    if (std::exchange(keyIsDown_, false)) return;
+    stop();
+    // The modifiers may have been let go before it.
+    captured_({.outcome = Outcome::Withheld,
+               .key = Platform::current().hotKeys().keyCodeOf(event.nativeScanCode()),
+               .modifiers = modifiers_ | modifiersOf(event.modifiers())});
 }
 
 void KeyCaptureButton::focusOutEvent(QFocusEvent* event) {
     stop();
+    keyIsDown_ = false;
     QPushButton::focusOutEvent(event);
 }
 

@@ -16,7 +16,7 @@ namespace parlivo {
 OwnHotKey::OwnHotKey(std::function<void()> adopted, QWidget* parent)
     : QWidget(parent),
       adopted_(std::move(adopted)),
-      button_(new KeyCaptureButton([this](auto key, auto modifiers) { take(key, modifiers); }, this)),
+      button_(new KeyCaptureButton([this](const KeyCapture& capture) { take(capture); }, this)),
       verdict_(new Label({}, TextStyle::Caption, secondaryColour, this)),
       warning_(new Label({}, TextStyle::Caption, errorColour, this)) {
     auto* column = new QVBoxLayout(this);
@@ -46,13 +46,24 @@ void OwnHotKey::refresh() {
     warning_->setVisible(warning.has_value());
 }
 
-void OwnHotKey::take(std::optional<KeyCode> key, HotKeyModifiers modifiers) {
+void OwnHotKey::take(const KeyCapture& capture) {
+    using Outcome = KeyCapture::Outcome;
+    if (capture.outcome == Outcome::Modifiers)
+        return say(tr(
+            "Manca un tasto oltre a Ctrl, Alt, Super o Maiusc, oppure il sistema tiene per sé la combinazione"));
+    if (!capture.key) return say(tr("Questo tasto non si può usare come scorciatoia"));
+    if (capture.outcome == Outcome::Withheld)
+        return say(tr("%1 non si può usare: il sistema la tiene per sé")
+                       .arg(HotKeyChoice::titleOf(*capture.key, capture.modifiers)));
+    judge(*capture.key, capture.modifiers);
+}
+
+void OwnHotKey::judge(KeyCode key, HotKeyModifiers modifiers) {
     using Verdict = HotKeyStatus::Verdict;
-    if (!key) return say(tr("Questo tasto non si può usare come scorciatoia"));
-    const QString title = HotKeyChoice::titleOf(*key, modifiers);
-    switch (HotKeyStatus::shared().verdictOn(*key, modifiers)) {
+    const QString title = HotKeyChoice::titleOf(key, modifiers);
+    switch (HotKeyStatus::shared().verdictOn(key, modifiers)) {
         case Verdict::Free:
-            HotKeyChoice::store(*key, modifiers);
+            HotKeyChoice::store(key, modifiers);
             adopted_();
             refresh();
             return say(tr("%1 è libera: ora è la tua scorciatoia").arg(title));

@@ -6,11 +6,11 @@
 #include <QWidget>
 
 #include <functional>
-#include <optional>
 
 namespace parlivo {
 
 class KeyCaptureButton;
+struct KeyCapture;
 class Label;
 
 /// Below the list of presets: the combination of the user's own, and what is wrong with the hot key in force.
@@ -30,7 +30,8 @@ class OwnHotKey : public QWidget {
     void showEvent(QShowEvent* event) override;
 
   private:
-    void take(std::optional<KeyCode> key, HotKeyModifiers modifiers);
+    void take(const KeyCapture& capture);
+    void judge(KeyCode key, HotKeyModifiers modifiers);
     void sayInForce();
     void say(const QString& verdict);
 

@@ -242,10 +242,13 @@ class DictationTabTest(SettingsTest):
         key("End")
         self.program.wait("Scegli la combinazione…", "push button")
 
-    def press_own_key(self, combination):
+    def capture(self, combination):
         self.program.press("Scegli la combinazione…", "push button")
         self.program.wait("Premi ora la combinazione (Esc annulla)", "push button")
         key(combination)
+
+    def press_own_key(self, combination):
+        self.capture(combination)
         self.program.wait("Scegli la combinazione…", "push button")
 
     def test_a_key_of_ones_own_counts_at_once(self):
@@ -268,6 +271,34 @@ class DictationTabTest(SettingsTest):
         self.press_own_key("Escape")
         self.assertNotIn("Maiusc+A", self.program.picture(), "the verdict on the try before")
         self.assertNotIn("hotkeyPreset", settings())
+
+    def test_no_key_goes_without_a_verdict(self):
+        """Those that the server acts on itself, that lock, that compose, that no layout prints anything on."""
+        self.choose_own_key()
+        subprocess.run(["setxkbmap", "de", "-option", "compose:menu"], check=True)
+        unusable = "Questo tasto non si può usare come scorciatoia"
+        alone = "%s non si può usare: serve Ctrl, Alt o Super, oppure un tasto funzione"
+        no_key = ("Manca un tasto oltre a Ctrl, Alt, Super o Maiusc, "
+                  "oppure il sistema tiene per sé la combinazione")
+        withheld = "%s non si può usare: il sistema la tiene per sé"
+        free = "%s è libera: ora è la tua scorciatoia"
+        for pressed, verdict in (
+                ("ctrl+alt+F9", withheld % "Ctrl+Alt+F9"), ("ctrl+alt+F1", withheld % "Ctrl+Alt+F1"),
+                ("Caps_Lock", unusable), ("Caps_Lock", unusable), ("Num_Lock", unusable), ("Num_Lock", unusable),
+                ("Scroll_Lock", unusable), ("Multi_key", alone % "Menu"), ("dead_acute", alone % "´"),
+                ("KP_Begin", alone % "KP_Begin"), ("ISO_Level3_Shift+e", alone % "E"), ("Tab", alone % "Tab"),
+                ("Return", alone % "Invio"), ("Print", free % "Stamp"), ("Pause", free % "Pausa"),
+                ("XF86AudioPlay", free % "Riproduci/Pausa"), ("XF86Calculator", free % "Calculator"),
+                ("ctrl+alt+Delete", free % "Ctrl+Alt+Canc"), ("super+F10", free % "Super+F10")):
+            with self.subTest(key=pressed):
+                self.press_own_key(pressed)
+                self.program.wait(verdict)
+        for pressed in ("Shift_L", "Super_L", "ctrl+alt", "ISO_Level3_Shift"):
+            with self.subTest(key=pressed):
+                self.capture(pressed)
+                self.program.wait(no_key)
+                key("Escape")
+                self.program.wait("Scegli la combinazione…", "push button")
 
     def test_another_tier_stops_the_recogniser(self):
         before = self.wait_for_engine("whisper-server")
