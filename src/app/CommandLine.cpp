@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/CommandLine.h"
 
-#include "input/HotKeyTitle.h"
+#include "input/HotKeySentence.h"
 
 #include <QCoreApplication>
 

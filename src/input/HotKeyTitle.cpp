@@ -26,20 +26,4 @@ QString hotKeyTitle() {
     return hotKeyTitle(HotKeyChoice::current());
 }
 
-QString withHotKeyTitle(QString text) {
-    return text.contains(blank) ? text.replace(blank, hotKeyTitle()) : text;
-}
-
-QString hotKeySentence(const HotKeySentence& sentence) {
-    switch (Platform::current().hotKeys().edges()) {
-        case HotKeyService::Edges::Both:
-            break;
-        case HotKeyService::Edges::PressesOnly:
-            return withHotKeyTitle(sentence.pressed);
-        case HotKeyService::Edges::None:
-            return sentence.none;
-    }
-    return withHotKeyTitle(sentence.held);
-}
-
 }  // namespace parlivo

@@ -2,6 +2,8 @@
 #include "app/CommandLine.h"
 #include "app/State.h"
 #include "input/HotKeyManager.h"
+#include "input/HotKeySentence.h"
+#include "input/HotKeyStatus.h"
 #include "input/HotKeyTitle.h"
 #include "support/PlatformTest.h"
 #include "support/Words.h"
@@ -54,6 +56,35 @@ TEST_F(HotKeyTitleTest, WithOneTheyNameTheChosenKey) {
     EXPECT_EQ(statusText(State::idle), u"Pronto — tieni premuto "_s + chosen + u" per dettare"_s);
     EXPECT_EQ(stateOf(statusText(State::idle)), State::idle);
     EXPECT_TRUE(commandLineHelp().contains(u"Tieni premuto "_s + chosen + u": il testo"_s));
+}
+
+class RefusedHotKeyTest : public HotKeyTitleTest {
+  protected:
+    RefusedHotKeyTest() {
+        platform.hotKeys().contended = HotKeyService::Contention::Common;
+        HotKeyStatus::shared().set(HotKeyRefusal{10});
+    }
+    ~RefusedHotKeyTest() override { HotKeyStatus::shared().set(std::nullopt); }
+    RefusedHotKeyTest(const RefusedHotKeyTest&) = delete;
+    RefusedHotKeyTest& operator=(const RefusedHotKeyTest&) = delete;
+};
+
+TEST_F(RefusedHotKeyTest, NoSentenceNamesAKeyThatCannotBeHad) {
+    const HotKeySentence sentence{.held = u"Tieni premuto %1, parla."_s,
+                                  .pressed = u"Premi %1, parla."_s,
+                                  .none = u"Assegna un tasto."_s};
+    EXPECT_EQ(hotKeySentence(sentence), u"Tieni premuto il tasto che sceglierai, parla."_s);
+    platform.hotKeys().told = HotKeyService::Edges::PressesOnly;
+    EXPECT_EQ(hotKeySentence(sentence), u"Premi il tasto che sceglierai, parla."_s);
+    platform.hotKeys().told = HotKeyService::Edges::None;
+    EXPECT_EQ(hotKeySentence(sentence), sentence.none);
+    platform.hotKeys().told = HotKeyService::Edges::Both;
+    HotKeyStatus::shared().set(std::nullopt);
+    EXPECT_EQ(hotKeySentence(sentence), u"Tieni premuto "_s + hotKeyTitle() + u", parla."_s);
+}
+
+TEST_F(RefusedHotKeyTest, TheTextsOfMacosStayAsTheyAre) {
+    EXPECT_EQ(statusText(State::idle), u"Pronto — tieni premuto ⌥Spazio per dettare"_s);
 }
 
 }  // namespace

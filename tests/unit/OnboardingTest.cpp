@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "OnboardingFixture.h"
+#include "input/HotKeyManager.h"
 #include "input/HotKeyStatus.h"
 #include "settings/Config.h"
+#include "support/Words.h"
 #include "ui/views/ChoiceRow.h"
 
 #include <QApplication>
@@ -35,6 +37,22 @@ TEST_F(OnboardingTest, ItIsCreamWithTextInInk) {
                 << page << label->text().toStdString();
         }
     }
+}
+
+TEST_F(OnboardingTest, ItsPagesNameTheKeyInForceOrNone) {
+    const Words words_(
+        {{"Tieni premuto ⌥Spazio, parla, rilascia:\nil testo appare dove stai scrivendo.\nTutto in locale — "
+          "la tua voce non lascia mai questo Mac.",
+          u"Tieni premuto %1."_s}});
+    platform.hotKeys().contended = HotKeyService::Contention::Common;
+    controller.show();
+    const auto presets = HotKeyManager::presets();
+    EXPECT_TRUE(shows(window(), u"Tieni premuto %1."_s.arg(presets[0].label)));
+    HotKeyStatus::shared().set(HotKeyRefusal{10});
+    EXPECT_TRUE(shows(window(), u"Tieni premuto il tasto che sceglierai."_s));
+    store(Settings::hotkeyPreset, presets[1].id);
+    HotKeyStatus::shared().set(std::nullopt);
+    EXPECT_TRUE(shows(window(), u"Tieni premuto %1."_s.arg(presets[1].label)));
 }
 
 TEST_F(OnboardingTest, EscapeAndClosingAskAndMayChangeNothing) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/menu/StatusMenu.h"
 
+#include "input/HotKeyStatus.h"
 #include "input/HotKeyTitle.h"
 #include "platform/Platform.h"
 #include "ui/views/Contrast.h"
@@ -222,7 +223,8 @@ void StatusMenu::setTitle(const QString& title) {
 
 QString StatusMenu::toolTip() const {
     QString text = programName + QLatin1Char('\n') + title_;
-    const bool hasKey = Platform::current().hotKeys().edges() != HotKeyService::Edges::None;
+    const bool hasKey = Platform::current().hotKeys().edges() != HotKeyService::Edges::None &&
+                        !HotKeyStatus::shared().warning();
     const QString key = hotKeyTitle();
     if (hasKey && !title_.contains(key)) text += QLatin1Char('\n') + key;
     return text;

@@ -17,6 +17,8 @@ BEST = "ggml-large-v3-turbo-q8_0.bin"
 FULL = "gemma-3-4b-it-Q4_K_M.gguf"
 TAKEN = "Alt+Spazio è già usata da un altro programma: scegli un'altra scorciatoia"
 CHOOSE = "Scegli la scorciatoia…"
+WELCOME = ("Tieni premuto %s, parla, rilascia:\nil testo appare dove stai scrivendo.\n"
+           "Tutto in locale — la tua voce non lascia mai questo computer.")
 
 
 class RefusedKeyTest(WindowsTest):
@@ -54,11 +56,18 @@ class RefusedKeyTest(WindowsTest):
         key("alt+space")
         wait_for("its end", lambda: windows.state() != "recording")
 
+    def test_the_first_page_names_the_preset_that_is_taken_instead(self):
+        self.hold(PRESETS[0])
+        self.start()
+        self.program.wait(WELCOME % "Ctrl+Alt+Spazio", "label")
+        self.wait_for_setting("hotkeyPreset", "ctrl-opt-space")
+
     def test_the_last_page_says_which_and_leads_to_the_choice(self):
         self.hold(*PRESETS)
         provide_models(BEST, FULL)
         self.start()
         self.program.wait("Just talk. It types.")
+        self.program.wait(WELCOME % "il tasto che sceglierai", "label")
         for page in ("Dove salvo i modelli AI?", "Scegli il livello di efficacia", "Scarico i motori scelti",
                      "Permesso Microfono", "Permesso Accessibilità", "Tutto pronto"):
             self.program.press("Continua")
