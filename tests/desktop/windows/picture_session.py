@@ -8,7 +8,7 @@ import subprocess
 import threading
 
 import windows
-from windows import Atspi, Program, models_folder, store, wait_for
+from windows import Atspi, GLib, Program, models_folder, store, wait_for
 
 SIZES = {
     "ggml-large-v3-turbo-q5_0.bin": 574041195,
@@ -140,29 +140,37 @@ class Session:
         self.program.end()
         self.web.shutdown()
 
-    def picture(self, name, window, number=None, described=True):
-        """Takes a picture of a window once it has stopped changing."""
+    def picture(self, name, window, find=None, described=True):
+        """Takes a picture of a window once it has stopped changing. `find` tells its number; None without one."""
         environment = dict(os.environ, **({"DISPLAY": self.display} if self.display else {}))
         path = self.look.path(name)
-        number = number or wait_for(window, lambda: subprocess.run(
-            ["xdotool", "search", "--onlyvisible", "--name", f"^{window}$"], capture_output=True, text=True,
-            env=environment, check=False).stdout.split())[-1]
-        before = None
+        before = number = None
+
+        def by_title():
+            search = ["xdotool", "search", "--onlyvisible", "--name", f"^{window}$"]
+            numbers = subprocess.run(search, capture_output=True, text=True, env=environment, check=False).stdout.split()
+            return numbers[-1] if numbers else None
 
         def still():
-            nonlocal before
-            subprocess.run(["import", "-window", number, "-depth", "8", "-define", "png:compression-level=9", path],
-                           check=True, env=environment)
+            """Two pictures running are the same; a window that goes meanwhile gives none."""
+            nonlocal before, number
+            number = (find or by_title)()
+            grab = ["import", "-window", str(number), "-depth", "8", "-define", "png:compression-level=9", path]
+            if not number or subprocess.run(grab, check=False, env=environment).returncode != 0:
+                before = None
+                return False
             now = subprocess.run(["identify", "-format", "%#", path], check=True, capture_output=True).stdout
-            same, before = now == before, now
+            same, before = (number, now) == before, (number, now)
             return same
-        wait_for("a still picture", still)
+        wait_for(f"a still picture of {window}", still)
         where = subprocess.run(["xdotool", "getwindowgeometry", "--shell", number], check=True, capture_output=True,
                                text=True, env=environment).stdout
         place = dict(line.split("=") for line in where.split())
         self.check_place(path, *(int(place[key]) for key in ("X", "Y", "WIDTH", "HEIGHT")))
         if described and window != "Usa questa cartella":  # the toolkit's, or the desktop's
-            self.describe(pathlib.Path(path).with_suffix(".json"), [int(place["X"]), int(place["Y"])])
+            corner = int(place["X"]), int(place["Y"])
+            controls = wait_for("the controls", lambda: self.controls(*corner))
+            pathlib.Path(path).with_suffix(".json").write_text(json.dumps(controls))
         # Few colours are enough for flat drawings, and make small files.
         subprocess.run(["convert", path, "-strip", "+dither", "-colors", "255", f"PNG8:{path}"], check=True)
         print(path)
@@ -177,11 +185,14 @@ class Session:
         """Takes a picture of the alert with this button; `described` only without another window around it."""
         self.program.explained("the alert's button", lambda: self.program.find(button))
         # Another window of the program may have the same title; one of a former run may be about to go.
-        number, title = wait_for("the alert's window", lambda: active_window(self.program.process.pid))
-        self.picture(name, title, number, described)
+        _, title = wait_for("the alert's window", self.active_window)
+        self.picture(name, title, lambda: (self.active_window() or (None,))[0], described)
 
-    def describe(self, path, corner):
-        """Notes where the controls are in a picture of the window at this corner, for tools/contrast."""
+    def active_window(self):
+        return active_window(self.program.process.pid)
+
+    def controls(self, left, top):
+        """Where they are in a picture of the window at this corner, for tools/contrast."""
         controls = []
         scale = self.look.scale
         for item in self.program.everything():
@@ -194,9 +205,9 @@ class Session:
                 continue
             enabled = windows.has(item, Atspi.StateType.ENABLED)
             controls.append({"role": role, "name": item.get_name(), "state": "" if enabled else "disabled ",
-                             "area": [place.x * scale - corner[0], place.y * scale - corner[1], place.width * scale,
+                             "area": [place.x * scale - left, place.y * scale - top, place.width * scale,
                                       place.height * scale]})
-        path.write_text(json.dumps(controls))
+        return controls
 
 
 def active_window(process):
@@ -210,6 +221,8 @@ def active_window(process):
 
 
 def extents(item):
+    if not item.get_component_iface():
+        raise GLib.Error("it has just gone")
     return item.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
 
 
