@@ -117,6 +117,7 @@ class HotKeyService {
     /// `mayBeFree` is called on the main thread when a combination that was refused may be free: the
     /// keyboard's map or the window manager changed. An empty function ends the watch, which may cost
     /// wake-ups.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): those who watch keep it
     virtual void watchRefused(std::function<void()> /*mayBeFree*/) {}
 
     /// Whether registering one of these is worth a try, found out at less cost than by trying. True where

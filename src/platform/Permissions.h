@@ -28,8 +28,10 @@ class Permissions {
     virtual MicrophoneStatus microphone() = 0;
     /// `changed` is called on the main thread when the status becomes another one, until `owner` is gone. The
     /// default is for a system whose answer to microphone() is always the present one. Main thread.
-    virtual void observeMicrophone(const QObject* /*owner*/,
-                                   std::function<void(MicrophoneStatus)> /*changed*/) {}
+    virtual void observeMicrophone(
+        const QObject* /*owner*/,
+        // NOLINTNEXTLINE(performance-unnecessary-value-param): those who observe keep it
+        std::function<void(MicrophoneStatus)> /*changed*/) {}
     /// Asks the system, and the user if it does so. Returns at once. Main thread.
     virtual void requestMicrophone(MicrophoneCheck check, Answer answer) = 0;
     /// Whether the program may send keys to other applications; with a prompt the system may ask the user.

@@ -78,7 +78,7 @@ JsonUserDefaults::JsonUserDefaults(QString file, Complaint complaint, std::chron
 JsonUserDefaults::~JsonUserDefaults() {
     writer_.request_stop();
     if (writer_.joinable()) writer_.join();
-    flush();
+    JsonUserDefaults::flush();
 }
 
 QVariant JsonUserDefaults::value(const QString& key) const {

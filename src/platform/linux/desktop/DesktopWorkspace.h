@@ -9,7 +9,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <utility>
 
 namespace parlivo {
 
@@ -20,8 +19,8 @@ namespace parlivo {
 class DesktopWorkspace : public Workspace {
   public:
     /// `environment` is that of the programs it starts.
-    DesktopWorkspace(const Bundle& bundle, SystemLog& log, QProcessEnvironment environment)
-        : bundle_(bundle), log_(log), environment_(std::move(environment)) {}
+    DesktopWorkspace(const Bundle& bundle, SystemLog& log, const QProcessEnvironment& environment)
+        : bundle_(bundle), log_(log), environment_(environment) {}
 
     void open(const QUrl& url) override;
     /// The desktop's sound settings, and the page of help on what typing needs: desktops have no

@@ -13,6 +13,7 @@ namespace parlivo {
 class HotKeyEdges {
   public:
     HotKeyEdges() = default;
+    ~HotKeyEdges() = default;
     HotKeyEdges(const HotKeyEdges&) = delete;
     HotKeyEdges& operator=(const HotKeyEdges&) = delete;
 

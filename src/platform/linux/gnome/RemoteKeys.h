@@ -5,6 +5,9 @@
 #include "platform/linux/wayland/ChordKeys.h"
 
 #include <memory>
+#include <ranges>
+#include <utility>
+#include <vector>
 
 namespace parlivo::gnome {
 
@@ -16,8 +19,7 @@ class RemoteKeys : public wayland::ChordKeys {
     bool press(std::span<const std::uint32_t> keys) override {
         std::vector<RemoteDesktop::KeyMove> moves;
         for (const auto key : keys) moves.push_back({key, RemoteDesktop::KeyState::Down});
-        for (auto key = keys.rbegin(); key != keys.rend(); ++key)
-            moves.push_back({*key, RemoteDesktop::KeyState::Up});
+        for (const auto key : std::views::reverse(keys)) moves.push_back({key, RemoteDesktop::KeyState::Up});
         return desktop_->moveKeys(moves);
     }
     bool move(std::uint32_t key, Edge edge) override {

@@ -69,7 +69,7 @@ class PulseMicrophone : public MicrophoneReports {
     void publish(MicrophoneStatus status);
 
     std::vector<Observer> observers_;  // main thread
-    const Lifetime lifetime_;          // main thread
+    Lifetime lifetime_;                // main thread
     std::atomic<MicrophoneStatus> status_ = MicrophoneStatus::NotAsked;
     std::atomic<bool> hangs_ = false;
     std::atomic<bool> refused_ = false;  // the last recording
