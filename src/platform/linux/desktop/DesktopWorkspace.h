@@ -9,7 +9,6 @@
 #include <QString>
 #include <QStringList>
 
-
 namespace parlivo {
 
 /// The user's own programs for addresses and files, by xdg-open, and the desktop's own settings.
