@@ -5,7 +5,6 @@
 #include "platform/linux/wayland/ChordKeys.h"
 
 #include <memory>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -19,7 +18,7 @@ class RemoteKeys : public wayland::ChordKeys {
     bool press(std::span<const std::uint32_t> keys) override {
         std::vector<RemoteDesktop::KeyMove> moves;
         for (const auto key : keys) moves.push_back({key, RemoteDesktop::KeyState::Down});
-        for (const auto key : std::views::reverse(keys)) moves.push_back({key, RemoteDesktop::KeyState::Up});
+        for (auto i = keys.size(); i-- > 0;) moves.push_back({keys[i], RemoteDesktop::KeyState::Up});
         return desktop_->moveKeys(moves);
     }
     bool move(std::uint32_t key, Edge edge) override {
