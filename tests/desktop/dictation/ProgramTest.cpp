@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <iostream>
-#include <ranges>
 
 namespace parlivo::desktop {
 
@@ -54,8 +53,8 @@ void ProgramTest::release(const Chord& chord) {
     keyboard_.release(chord.back());
     letPass(betweenFingers);
     if (held) keys_.waitFor(x11::noOpKey, slowestFingers - betweenFingers);
-    for (const auto modifier : chord | std::views::reverse | std::views::drop(1)) {
-        keyboard_.release(modifier);
+    for (auto modifier = chord.rbegin() + 1; modifier != chord.rend(); ++modifier) {
+        keyboard_.release(*modifier);
         letPass(betweenFingers);
     }
 }
