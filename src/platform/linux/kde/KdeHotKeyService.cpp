@@ -171,12 +171,12 @@ void KdeHotKeyService::endHold() {
     edges_.release();
 }
 
-void KdeHotKeyService::pressed(const QString&, const QString& name, qlonglong) {
-    if (name == dictate.at(1)) beginHold();
+void KdeHotKeyService::pressed(const QString&, const QString& action, qlonglong) {
+    if (action == dictate.at(1)) beginHold();
 }
 
-void KdeHotKeyService::released(const QString&, const QString& name, qlonglong) {
-    if (name == dictate.at(1)) endHold();
+void KdeHotKeyService::released(const QString&, const QString& action, qlonglong) {
+    if (action == dictate.at(1)) endHold();
 }
 
 }  // namespace parlivo::kde

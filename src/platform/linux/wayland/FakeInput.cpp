@@ -3,7 +3,6 @@
 
 #include <fake-input-client.h>
 
-#include <ranges>
 
 namespace parlivo::wayland {
 
@@ -39,7 +38,7 @@ bool FakeInput::press(std::span<const std::uint32_t> keys) {
     connection_.run([&] {
         if (!ensureStarted()) return;
         for (const auto key : keys) send(key, Edge::Press);
-        for (const auto key : std::views::reverse(keys)) send(key, Edge::Release);
+        for (auto i = keys.size(); i-- > 0;) send(keys[i], Edge::Release);
         sent = connection_.roundTrip();
     });
     return sent;

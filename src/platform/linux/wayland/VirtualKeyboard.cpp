@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <ranges>
 #include <utility>
 
 namespace parlivo::wayland {
@@ -74,7 +73,7 @@ bool VirtualKeyboard::press(std::span<const std::uint32_t> keys) {
     connection_.run([&] {
         if (!ensureKeyboard()) return;
         for (const auto key : keys) send(key, Edge::Press);
-        for (const auto key : std::views::reverse(keys)) send(key, Edge::Release);
+        for (auto i = keys.size(); i-- > 0;) send(keys[i], Edge::Release);
         sent = connection_.roundTrip();
     });
     return sent;
