@@ -43,7 +43,7 @@ const Row& rowOf(State state) {
 }  // namespace
 
 QString statusText(State state) {
-    const QString text = QCoreApplication::translate(context, rowOf(state).text);
+    QString text = QCoreApplication::translate(context, rowOf(state).text);
     if (state != State::idle) return text;
     return hotKeySentence(
         {.held = text,

@@ -28,9 +28,9 @@ TEST(KeyPositionsTest, EveryKeyOfAKeyboardConvertsBothWays) {
 }
 
 TEST(KeyPositionsTest, ModifiersLocksAndCodesBeyondThoseOfTheDisplayAreNoHotKeys) {
-    for (const std::uint32_t code : {KEY_RESERVED, KEY_LEFTCTRL, KEY_RIGHTALT, KEY_CAPSLOCK, KEY_NUMLOCK,
-                                     KEY_SCROLLLOCK, KEY_LEFTMETA, 248, 0x1000})
-        EXPECT_EQ(KeyPositions::keyCodeOf(code), std::nullopt) << code;
+    for (const int key : {KEY_RESERVED, KEY_LEFTCTRL, KEY_RIGHTALT, KEY_CAPSLOCK, KEY_NUMLOCK, KEY_SCROLLLOCK,
+                          KEY_LEFTMETA, 248, 0x1000})
+        EXPECT_EQ(KeyPositions::keyCodeOf(static_cast<std::uint32_t>(key)), std::nullopt) << key;
     EXPECT_EQ(KeyPositions::kernelCodeOf(VirtualKey::firstKernelCode + KEY_LEFTCTRL), std::nullopt);
     EXPECT_EQ(KeyPositions::kernelCodeOf(VirtualKey::firstKernelCode + KEY_SPACE), std::nullopt)
         << "it has a code of its own";

@@ -15,10 +15,10 @@ TEST(TransferRateTest, IsBytesPerSecondOfTheLastSeconds) {
     EXPECT_FALSE(rate.bytesPerSecond());
     rate.add(100, start + std::chrono::milliseconds(10));
     EXPECT_FALSE(rate.bytesPerSecond()) << "too early to tell";
-    for (int second = 1; second <= 10; ++second) rate.add(1000 * second, start + seconds(second));
+    for (int second = 1; second <= 10; ++second) rate.add(qint64{1000} * second, start + seconds(second));
     EXPECT_NEAR(rate.bytesPerSecond().value_or(0), 1000, 1);
     for (int second = 11; second <= 20; ++second)
-        rate.add(10'000 + 3000 * (second - 10), start + seconds(second));
+        rate.add(10'000 + qint64{3000} * (second - 10), start + seconds(second));
     EXPECT_NEAR(rate.bytesPerSecond().value_or(0), 3000, 1) << "what was long ago does not count";
 }
 

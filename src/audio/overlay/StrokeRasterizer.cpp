@@ -108,7 +108,7 @@ class StrokeRasterizer::Slice {
         constexpr std::array<float, lanes> offsets{0, 1, 2, 3};
         const float top = topY_ - static_cast<float>(firstRow);
         const float bottom = bottomY_ - static_cast<float>(firstRow);
-        std::array<float, lanes> result;
+        std::array<float, lanes> result{};
         for (std::size_t lane = 0; lane < lanes; ++lane)
             result[lane] = bottom_.above(bottom - offsets[lane]) - top_.above(top - offsets[lane]);
         return result;
@@ -124,7 +124,7 @@ class StrokeRasterizer::Slice {
 void StrokeRasterizer::resize(QSize size) {
     size_ = size;
     // The last group of rows may run over the picture's edge.
-    columnLength_ = static_cast<std::size_t>(size.height() + lanes);
+    columnLength_ = static_cast<std::size_t>(size.height()) + lanes;
     mask_.assign(columnLength_ * static_cast<std::size_t>(size.width()), 1.0F);
     parts_.assign(columnLength_, 0.0F);
     partsRows_ = {size.height(), 0};

@@ -29,7 +29,7 @@ class TransferRate {
   private:
     struct Sample {
         Clock::TimePoint when;
-        qint64 received;
+        qint64 received = 0;
     };
     std::deque<Sample> samples_;
 };

@@ -36,11 +36,11 @@ class SettingsWindow : public QWidget {
 
 SettingsWindow::SettingsWindow(const SettingsActions& actions)
     : QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
-                           Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint) {
+                           Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint),
+      view_(new SettingsView(actions, this)) {
     setWindowTitle(tr("Impostazioni Parlivo"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);
-    view_ = new SettingsView(actions, this);
     column->addWidget(view_);
     fixSize(*this, windowSize, view_->leastWidth() + 2 * margin);
 }

@@ -69,7 +69,7 @@ class Program : public QObject {
     /// Calls a method on the bus. False when that fails.
     bool invoke(const char* method) const;
 
-    bool waitForState(const QString& state) const;
+    bool waitForState(const QString& wanted) const;
     /// Every state that the signal told, oldest first.
     const QStringList& states() const { return states_; }
     void forgetStates() { states_.clear(); }

@@ -66,7 +66,7 @@ class HotKeyManagerOnX11Test : public testing::Test {
         const int before = ups;
         const auto chord = chordOf(preset);
         for (const auto key : chord) keyboard.press(key);
-        for (auto key = chord.rbegin(); key != chord.rend(); ++key) keyboard.release(*key);
+        for (auto i = chord.size(); i-- > 0;) keyboard.release(chord[i]);
         return waitFor([&] { return ups > before; }, 1s);
     }
     /// What this case has logged.

@@ -75,9 +75,11 @@ std::vector<MenuLine> linesOf(const QDBusArgument& layout) {
 /// Pictures travel as ARGB in network byte order.
 QImage pictureOf(int width, int height, const QByteArray& data) {
     QImage image(width, height, QImage::Format_ARGB32);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image.setPixel(x, y, qFromBigEndian<quint32>(data.constData() + (y * width + x) * 4));
+    const char* pixel = data.constData();
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x, pixel += sizeof(quint32))
+            image.setPixel(x, y, qFromBigEndian<quint32>(pixel));
+    }
     return image;
 }
 
