@@ -4,7 +4,6 @@
 #include "desktops/SessionService.h"
 
 #include <memory>
-#include <ranges>
 #include <vector>
 
 namespace parlivo::desktop {
@@ -36,10 +35,10 @@ class GnomeShellEnd : public testing::Test {
     void killShell() { services_.front()->kill(); }
     /// As a user who logs in again has it.
     void beginSessionAgain() {
-        for (const auto& service : services_ | std::views::drop(1)) service->kill();
+        for (std::size_t i = 1; i < services_.size(); ++i) services_[i]->kill();
         services_.front()->restart();
         ASSERT_TRUE(gnome::waitForShell());
-        for (const auto& service : services_ | std::views::drop(1)) service->restart();
+        for (std::size_t i = 1; i < services_.size(); ++i) services_[i]->restart();
     }
     static QProcessEnvironment session() {
         auto environment = QProcessEnvironment::systemEnvironment();

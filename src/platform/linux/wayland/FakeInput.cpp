@@ -3,7 +3,6 @@
 
 #include <fake-input-client.h>
 
-
 namespace parlivo::wayland {
 
 namespace {
