@@ -68,12 +68,12 @@ bool isLocked(const QString& path) {
     return file && flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
-void removeUnlocked(const QString& path) {
+bool removeUnlocked(const QString& path) {
     const QByteArray name = QFile::encodeName(path);
     const UniqueFd file = openWithoutFollowing(name);
-    if (!file || !belongsToUser(file) || flock(file.get(), LOCK_EX | LOCK_NB) != 0) return;
-    std::error_code ignored;
-    std::filesystem::remove_all(name.toStdString(), ignored);
+    if (!file || !belongsToUser(file) || flock(file.get(), LOCK_EX | LOCK_NB) != 0) return false;
+    std::error_code failure;
+    return std::filesystem::remove_all(name.toStdString(), failure) > 0 && !failure;
 }
 
 }  // namespace parlivo

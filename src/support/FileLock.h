@@ -36,7 +36,7 @@ bool isLocked(const QString& path);
 
 /// Deletes a regular file, or a folder with all that is in it, if it belongs to this user and no living
 /// process has it locked. Everything else stays, and so does what cannot be deleted. Never waits for another
-/// process.
-void removeUnlocked(const QString& path);
+/// process. Whether something was deleted.
+bool removeUnlocked(const QString& path);
 
 }  // namespace parlivo

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "AppDelegateFixture.h"
+#include "app/DictationMark.h"
 #include "app/menu/StatusMenu.h"
 #include "support/AskedWaits.h"
+#include "support/FileLock.h"
 #include "support/Uuid.h"
 #include "ui/views/Contrast.h"
 #include "ui/views/SymbolIcon.h"
@@ -9,7 +11,9 @@
 #include <QAction>
 #include <QImage>
 
+#include <atomic>
 #include <map>
+#include <thread>
 
 namespace parlivo {
 namespace {
@@ -249,13 +253,17 @@ class LostDictationTest : public AppDelegateIndicatorsTest {
         spinUntil([&] { return platform.keyboard().prepared > before; });
         settle();
     }
+    QString temporary() const { return platform.directories().temporary(); }
+    QString freshMark() const {
+        return temporary() + line(u"/.parlivo-") + freshUuid() + line(u".dictation");
+    }
+    QStringList hiddenFilesLeft() const { return QDir(temporary()).entryList(QDir::Files | QDir::Hidden); }
 };
 
 TEST_F(LostDictationTest, TheNextStartTellsOnceOfADictationThatWasCutShort) {
     {
         // What a killed program leaves: a file that nobody holds.
-        QFile mark(platform.directories().temporary() + line(u"/.parlivo-") + freshUuid() +
-                   line(u".dictation"));
+        QFile mark(freshMark());
         ASSERT_TRUE(mark.open(QIODevice::WriteOnly));
     }
     launch();
@@ -273,7 +281,7 @@ TEST_F(LostDictationTest, AProgramThatIsEndedWhileItRecordsHasNothingToTell) {
     delegate->applicationWillTerminate();
     delegate.reset();
     Clock::resume();
-    EXPECT_EQ(filesLeft(), Strings()) << "no recording";
+    EXPECT_EQ(hiddenFilesLeft(), Strings()) << "no recording, no mark";
     launchAndLook();
     EXPECT_FALSE(platform.notifications().texts.contains(lost));
 }
@@ -288,14 +296,29 @@ TEST_F(LostDictationTest, ADictationThatCameToItsEndIsNotTakenForLost) {
     Clock::resume();
     launchAndLook();
     EXPECT_FALSE(platform.notifications().texts.contains(lost));
-    const QDir temporary(platform.directories().temporary());
-    EXPECT_EQ(temporary.entryList(QDir::Files | QDir::Hidden), Strings());
+    EXPECT_EQ(hiddenFilesLeft(), Strings());
+}
+
+TEST_F(LostDictationTest, TheFirstDictationAfterTheStartIsNotTakenForLost) {
+    // As early as the look for what was left, which meets its file at any moment of its life.
+    std::atomic<bool> ended = false;
+    std::atomic<bool> found = false;
+    std::thread look([&] {
+        while (!ended) found = takeLeftMarks() || found;
+    });
+    for (int i = 0; i < 2000; ++i) const DictationMark mark;
+    ended = true;
+    look.join();
+    EXPECT_FALSE(found);
 }
 
 TEST_F(LostDictationTest, TheDictationOfAnotherSessionIsNotLost) {
-    const DictationMark others;
+    const QString others = freshMark();
+    const UniqueFd held = createLockedFile(others, 0600);
+    ASSERT_TRUE(held);
     launchAndLook();
     EXPECT_FALSE(platform.notifications().texts.contains(lost));
+    EXPECT_TRUE(QFile::exists(others));
 }
 
 TEST_F(AppDelegateIndicatorsTest, SoundsStatesAndCountComeInTheirOrder) {
