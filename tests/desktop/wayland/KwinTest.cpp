@@ -84,6 +84,7 @@ TEST_F(KdeHotKeyTest, NothingIsHeldAfterTheRegistration) {
     registerOption(VirtualKey::space);
     EXPECT_TRUE(isActive());
     hands.press({KEY_LEFTALT, KEY_SPACE});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+")));
     hands.release({KEY_SPACE, KEY_LEFTALT});
     EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
 }
@@ -106,6 +107,7 @@ TEST_F(KdeHotKeyTest, AnyCombinationOfTheLayoutWorks) {
                                        HotKeyModifier::control | HotKeyModifier::option, identity);
     ASSERT_TRUE(std::holds_alternative<std::unique_ptr<HotKeyRegistration>>(result));
     hands.press({KEY_LEFTCTRL, KEY_LEFTALT, KEY_E});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+")));
     hands.release({KEY_E, KEY_LEFTALT, KEY_LEFTCTRL});
     EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
 }
@@ -123,6 +125,7 @@ TEST_F(KdeHotKeyTest, ATrialOfAnotherCombinationLeavesTheHotKeyAlone) {
     ASSERT_TRUE(std::holds_alternative<HotKeyRefusal>(unusable));
     EXPECT_EQ(std::get<HotKeyRefusal>(unusable).reason, HotKeyRefusal::Reason::Unusable);
     hands.press({KEY_LEFTALT, KEY_SPACE});
+    EXPECT_TRUE(edgesBecome(QStringLiteral("+")));
     hands.release({KEY_SPACE, KEY_LEFTALT});
     EXPECT_TRUE(edgesBecome(QStringLiteral("+-"))) << qPrintable(edges);
     QDBusInterface component(QStringLiteral("org.kde.kglobalaccel"),
