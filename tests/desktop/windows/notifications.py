@@ -59,9 +59,10 @@ class NotificationService:
             else:
                 asked = replaced
             self.shown[replaced] = body
+            invocation.return_value(GLib.Variant("(u)", (replaced,)))
+            # Only now: who waits for the call may press a button of it, whose number the program must know by then.
             self.icons.append(icon)
-            self.calls.append((name, asked, summary, body, actions))
-            return invocation.return_value(GLib.Variant("(u)", (replaced,)))
+            return self.calls.append((name, asked, summary, body, actions))
         if method == "CloseNotification":
             self.closed.append(values[0])
             self.shown.pop(values[0], None)
