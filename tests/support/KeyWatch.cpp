@@ -4,9 +4,8 @@
 #include "support/Error.h"
 #include "support/XServer.h"
 
+#include <poll.h>
 #include <xcb/xinput.h>
-
-#include <thread>
 
 namespace parlivo::desktop {
 
@@ -44,12 +43,15 @@ void KeyWatch::forget() {
 
 bool KeyWatch::waitFor(xcb_keycode_t key, std::chrono::milliseconds limit) {
     const auto end = std::chrono::steady_clock::now() + limit;
-    while (std::chrono::steady_clock::now() < end) {
+    pollfd news{.fd = xcb_get_file_descriptor(connection_.get()), .events = POLLIN, .revents = 0};
+    while (true) {
         const x11::EventHandle event(xcb_poll_for_event(connection_.get()));
         if (event && isPressOf(*event, key)) return true;
-        if (!event) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        if (left.count() <= 0) return false;
+        if (!event) ::poll(&news, 1, static_cast<int>(left.count()));
     }
-    return false;
 }
 
 }  // namespace parlivo::desktop

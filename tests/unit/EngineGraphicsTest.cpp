@@ -40,6 +40,18 @@ class EngineGraphicsTest : public EngineProcessTest {
         return environment.readAll().split('\0').contains(variable);
     }
 
+    /// Both engines were started twice, and the second time without.
+    void expectBothToAnswerWithoutThem() {
+        EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
+        EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
+        for (const auto& all : {starts(), starts(lightModel)}) {
+            ASSERT_EQ(all.size(), 2U);
+            EXPECT_EQ(all.front().arguments, all.back().arguments);
+            EXPECT_FALSE(hasGraphics(all.back()));
+        }
+        EXPECT_EQ(logged().count(withdrawn), 2);
+    }
+
     const QString engine = folder.filePath(QStringLiteral("engine/server"));
     const QString file =
         QDir(folder.path()).canonicalPath() + QStringLiteral("/engine/vulkan/libggml-vulkan.so");
@@ -51,14 +63,7 @@ class EngineGraphicsTest : public EngineProcessTest {
 
 TEST_F(EngineGraphicsTest, AnEngineThatDiesComesUpWithoutThemForTheSameDictation) {
     install(answeringOnlyWithoutGraphics(crashes), answeringOnlyWithoutGraphics(exits));
-    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
-    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
-    for (const auto& all : {starts(), starts(lightModel)}) {
-        ASSERT_EQ(all.size(), 2U);
-        EXPECT_EQ(all.front().arguments, all.back().arguments);
-        EXPECT_FALSE(hasGraphics(all.back()));
-    }
-    EXPECT_EQ(logged().count(withdrawn), 2);
+    expectBothToAnswerWithoutThem();
 }
 
 TEST_F(EngineGraphicsTest, AnEngineThatDiedUnwatchedComesUpWithoutThem) {
@@ -82,14 +87,7 @@ TEST_F(EngineGraphicsTest, TheyStayWithheldInLaterStarts) {
 
 TEST_F(EngineGraphicsTest, AnEngineThatDiesOfARequestAnswersItWithoutThem) {
     install(answeringOnlyWithoutGraphics(dies), answeringOnlyWithoutGraphics(dies));
-    EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
-    EXPECT_EQ(LlamaRunner::clean(QStringLiteral("x")), QStringLiteral("Ciao"));
-    for (const auto& all : {starts(), starts(lightModel)}) {
-        ASSERT_EQ(all.size(), 2U);
-        EXPECT_EQ(all.front().arguments, all.back().arguments);
-        EXPECT_FALSE(hasGraphics(all.back()));
-    }
-    EXPECT_EQ(logged().count(withdrawn), 2);
+    expectBothToAnswerWithoutThem();
     EXPECT_EQ(transcription(), QStringLiteral("Ciao"));
     EXPECT_EQ(starts().size(), 2U);
 }
